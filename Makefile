@@ -1,0 +1,43 @@
+# The two set-up commands: `make run` and `make test`. Both install what is missing from
+# Debian's packages first (as root), so they work on a fresh Debian 12 machine.
+BUILD_DIR ?= build
+BUILD_TYPE ?= RelWithDebInfo
+EXAMPLE ?= examples/customer-satisfaction.xml
+
+PACKAGES := cmake ninja-build g++ pkg-config ccache \
+	qt6-base-dev libqt6sql6-sqlite libzip-dev libicu-dev \
+	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3
+
+SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
+
+.PHONY: all deps configure build test run clean
+
+all: build
+
+deps:
+	@missing=""; \
+	for p in $(PACKAGES); do \
+	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || missing="$$missing $$p"; \
+	done; \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing:$$missing"; \
+	  $(SUDO) apt-get update -qq && \
+	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
+	fi
+
+$(BUILD_DIR)/build.ninja: | deps
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+
+configure: deps $(BUILD_DIR)/build.ninja
+
+build: configure
+	cmake --build $(BUILD_DIR)
+
+test: build
+	ctest --test-dir $(BUILD_DIR) --output-on-failure -j2
+
+run: build
+	$(BUILD_DIR)/src/app/translator $(EXAMPLE) listcaptions
+
+clean:
+	rm -rf $(BUILD_DIR)

@@ -1,0 +1,85 @@
+#include "questionnaire/CaptionAccess.h"
+
+#include "questionnaire/Questionnaire.h"
+
+namespace questionnaire {
+
+QString ReadCaption(const CQuestionnaire& q, qint32 questionId, qint32 responseId,
+                    qint32 language) {
+    if (questionId == kSystemMessageMarker)
+        return q.GetErrorMessage(language, responseId);
+    int index = 0;
+    if (questionId == kRoutingMarker) {
+        if (!q.FindRoutingById(responseId, index))
+            return {};
+        return q.GetFiltre(index).GetLocalisedMessage(language);
+    }
+    if (!q.FindQuestionById(questionId, index))
+        return {};
+    const CQuestion& question = q.GetQuestion(index);
+    switch (responseId) {
+    case kLongCaption:
+        return question.GetLocalisedLongCaption(language);
+    case kShortCaption:
+        return question.GetLocalisedShortCaption(language);
+    case kInstructions:
+        return question.GetLocalisedInstructions(language);
+    case kComments:
+        return question.GetLocalisedComments(language);
+    default:
+        break;
+    }
+    const CModalite* response = nullptr;
+    if (!question.FindModaliteById(responseId, response))
+        return {};
+    return response->GetLocalisedLongCaption(language);
+}
+
+namespace {
+void WriteSystemMessage(CQuestionnaire& q, qint32 number, qint32 language, const QString& text) {
+    if (text == q.GetErrorMessage(language, number))
+        return;
+    if (text == CQuestionnaire::GetStandardErrorMessage(language, number))
+        q.SetCustomErrorMessage(language, number, QString());
+    else
+        q.SetCustomErrorMessage(language, number, text);
+}
+} // namespace
+
+void WriteCaption(CQuestionnaire& q, qint32 questionId, qint32 responseId, qint32 language,
+                  const QString& text) {
+    if (questionId == kSystemMessageMarker) {
+        WriteSystemMessage(q, responseId, language, text);
+        return;
+    }
+    int index = 0;
+    if (questionId == kRoutingMarker) {
+        if (q.FindRoutingById(responseId, index))
+            q.GetAdrFiltre(index)->SetLocalisedMessage(language, text);
+        return;
+    }
+    if (!q.FindQuestionById(questionId, index))
+        return;
+    CQuestion* question = q.GetAdrQuestion(index);
+    switch (responseId) {
+    case kLongCaption:
+        question->SetLocalisedLongCaption(language, text);
+        return;
+    case kShortCaption:
+        question->SetLocalisedShortCaption(language, text);
+        return;
+    case kInstructions:
+        question->SetLocalisedInstructions(language, text);
+        return;
+    case kComments:
+        question->SetLocalisedComments(language, text);
+        return;
+    default:
+        break;
+    }
+    CModalite* response = nullptr;
+    if (question->FindAdrModaliteById(responseId, response))
+        response->SetLocalisedLongCaption(language, text);
+}
+
+} // namespace questionnaire

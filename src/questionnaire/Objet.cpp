@@ -1,0 +1,3 @@
+#include "questionnaire/Objet.h"
+
+CObjet::~CObjet() = default;

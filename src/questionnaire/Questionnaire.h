@@ -1,0 +1,110 @@
+#pragma once
+
+#include "questionnaire/Filtre.h"
+#include "questionnaire/Language.h"
+#include "questionnaire/LocalisedText.h"
+#include "questionnaire/Objet.h"
+#include "questionnaire/Question.h"
+#include "questionnaire/SystemMessageCatalog.h"
+#include "questionnaire/Version.h"
+
+#include <QHash>
+#include <QString>
+
+#include <array>
+#include <memory>
+#include <vector>
+
+class CMarkup;
+
+// A whole questionnaire: languages, versions, questions with their responses, routings and the
+// customised system messages. Ids are looked up through hash maps kept beside the arrays.
+class CQuestionnaire : public CObjet {
+public:
+    CQuestionnaire() = default;
+    CQuestionnaire(const CQuestionnaire& other);
+    CQuestionnaire& operator=(const CQuestionnaire& other);
+    ~CQuestionnaire() override;
+
+    // Drops every question, routing, language, version and custom message.
+    void Clear();
+
+    // Rebuilds the id indexes; called once after every load, before anything reads the object.
+    void PrepareLinks() const;
+
+    // --- XML form ---
+    bool FromXML(CMarkup& doc);
+    // includeTexts: write the captions; includeRoutings: write the routings.
+    void GetQuestionsAsXML(CMarkup& doc, bool includeTexts, bool includeRoutings) const;
+
+    // --- questions ---
+    int GetNbreQuestion() const { return int(m_questions.size()); }
+    const CQuestion& GetQuestion(int index) const { return *m_questions[size_t(index)]; }
+    CQuestion* GetAdrQuestion(int index) const { return m_questions[size_t(index)].get(); }
+    virtual bool FindQuestionById(qint32 id, int& index) const;
+    // Takes ownership; returns the index, or -1 when the id is already used.
+    int AddQuestion(CQuestion* question);
+    int AddQuestion(std::unique_ptr<CQuestion> question);
+
+    // --- routings ---
+    int GetNbreFiltre() const { return int(m_filtres.size()); }
+    const CFiltre& GetFiltre(int index) const { return *m_filtres[size_t(index)]; }
+    CFiltre* GetAdrFiltre(int index) { return m_filtres[size_t(index)].get(); }
+    bool FindRoutingById(qint32 id, int& index) const;
+    int AddFiltre(std::unique_ptr<CFiltre> routing);
+
+    // --- languages ---
+    int GetLanguageCount() const { return int(m_languages.size()); }
+    const CLanguage& GetLanguage(int index) const { return *m_languages[size_t(index)]; }
+    CLanguage* GetAdrLanguage(int index) { return m_languages[size_t(index)].get(); }
+    bool HasLanguage(qint32 lcid) const;
+    // Takes ownership; returns the index, or -1 when the language is already there.
+    int AddLanguage(CLanguage* language);
+    int AddLanguage(std::unique_ptr<CLanguage> language);
+    // The main language (the first one flagged), else the first language, else 0.
+    qint32 GetDefaultLanguage() const;
+    // Flags exactly this language as the main one.
+    void SetDefaultLanguage(qint32 lcid);
+
+    // --- versions ---
+    int GetVersionCount() const { return int(m_versions.size()); }
+    const CVersion& GetVersion(int index) const { return *m_versions[size_t(index)]; }
+    bool FindVersionById(qint32 id, int& index) const;
+    int AddVersion(std::unique_ptr<CVersion> version);
+
+    // --- settings ---
+    bool IsAllowingInstructionAndComment() const { return m_allowInstructionsAndComments; }
+    void SetAllowingInstructionAndComment(bool allow) { m_allowInstructionsAndComments = allow; }
+    const QString& GetName() const { return m_name; }
+    void SetName(const QString& name) { m_name = name; }
+
+    // --- system messages (numbers 2 to 43) ---
+    // The custom text when one is set, else the standard one.
+    QString GetErrorMessage(qint32 language, qint32 messageId) const;
+    static QString GetStandardErrorMessage(qint32 language, qint32 messageId);
+    // An empty text removes the customisation.
+    void SetCustomErrorMessage(qint32 language, qint32 messageId, const QString& text);
+    // The customised texts of one message (empty when none).
+    const CLocalisedText& GetCustomErrorMessages(qint32 messageId) const;
+
+    bool operator==(const CQuestionnaire& other) const;
+
+    mutable QString m_lastError; // filled by every failed load or save
+    quint16 m_status = 0;  // status of the last Read
+
+private:
+    void CopyFrom(const CQuestionnaire& other);
+
+    QString m_name;
+    bool m_allowInstructionsAndComments = true;
+    std::vector<std::unique_ptr<CLanguage>> m_languages;
+    std::vector<std::unique_ptr<CVersion>> m_versions;
+    std::vector<std::unique_ptr<CQuestion>> m_questions;
+    std::vector<std::unique_ptr<CFiltre>> m_filtres;
+    std::array<CLocalisedText, questionnaire::kSystemMessageCount> m_customMessages;
+
+    // Id indexes; mutable so that PrepareLinks can rebuild them on a const object.
+    mutable QHash<qint32, int> m_questionIndex;
+    mutable QHash<qint32, int> m_filtreIndex;
+    mutable QHash<qint32, int> m_versionIndex;
+};

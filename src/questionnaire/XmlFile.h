@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class CQuestionnaire;
+
+namespace questionnaire {
+
+// The declaration line that starts every XML questionnaire file we write.
+inline constexpr char16_t kXmlDeclaration[] = u"<?xml version=\"1.0\" encoding=\"Unicode\" ?>";
+
+// Reads an XML questionnaire file: UTF-16LE when it starts with FF FE, else text in the ANSI
+// code page. On failure the questionnaire's last error text says why.
+bool ReadXmlFile(const QString& path, CQuestionnaire& q);
+
+// Writes the file as FF FE, the declaration line and CR LF, then the document, all UTF-16LE.
+// The old file stays untouched unless the whole new one was written.
+bool WriteXmlFile(const QString& path, const CQuestionnaire& q);
+
+} // namespace questionnaire

@@ -1,0 +1,83 @@
+#include "util/TextFile.h"
+
+#include "util/AnsiCodePage.h"
+#include "util/StdioFileEx.h"
+
+#include <QFile>
+#include <QtEndian>
+#include <QtDebug>
+
+namespace util {
+
+namespace {
+
+// Up to the first zero character; an odd last byte counts as a character with a zero high byte.
+QString Utf16UpToZero(const QByteArray& bytes, qsizetype offset) {
+    const qsizetype units = (bytes.size() - offset + 1) / 2;
+    QString text(units, Qt::Uninitialized);
+    char16_t* out = reinterpret_cast<char16_t*>(text.data());
+    const qsizetype whole = (bytes.size() - offset) / 2;
+    qFromLittleEndian<quint16>(bytes.constData() + offset, whole, out);
+    if (whole < units)
+        out[whole] = char16_t(uchar(bytes[bytes.size() - 1]));
+    const qsizetype zero = text.indexOf(QChar(0));
+    if (zero >= 0)
+        text.truncate(zero);
+    return text;
+}
+
+QString AnsiUpToZero(const QByteArray& bytes) {
+    const qsizetype zero = bytes.indexOf('\0');
+    const QByteArray ansi = zero < 0 ? bytes : bytes.left(zero);
+    QString text;
+    // An unusable code page override still yields the text rather than nothing.
+    if (!AnsiCodePage::ToUnicode(ansi, AnsiCodePage::kSystem, text))
+        text = QString::fromLatin1(ansi);
+    return text;
+}
+
+bool HasMark(const QByteArray& bytes) {
+    return bytes.size() >= 2 && uchar(bytes[0]) == 0xFF && uchar(bytes[1]) == 0xFE;
+}
+
+// Binary files end their text at an early zero. The subtraction wraps on purpose: any file
+// under 40 bytes needs a negative number of characters and passes.
+bool LooksLikeText(const QString& text, qint64 bytesRead) {
+    const quint32 needed = quint32(bytesRead / 2) - 20u;
+    return text.size() >= qint32(needed);
+}
+
+void Report(const CFileException& error, bool reportErrors, const ErrorSink& sink) {
+    if (!reportErrors)
+        return;
+    if (sink)
+        sink(error.GetErrorMessage());
+    else
+        qWarning().noquote() << error.GetErrorMessage();
+}
+
+} // namespace
+
+QString DecodeText(const QByteArray& bytes) {
+    return HasMark(bytes) ? Utf16UpToZero(bytes, 2) : AnsiUpToZero(bytes);
+}
+
+bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const ErrorSink& sink) {
+    text.clear();
+    QFile file(path);
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
+        Report(CFileException::ForFailedOpen(path), reportErrors, sink);
+        return false;
+    }
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    const qint64 bytesRead = file.read(bytes.data(), bytes.size());
+    if (bytesRead < 0) {
+        Report(CFileException(CFileException::hardIO, path), reportErrors, sink);
+        return false;
+    }
+    bytes.truncate(bytesRead);
+    text = DecodeText(bytes);
+    return LooksLikeText(text, bytesRead);
+}
+
+} // namespace util

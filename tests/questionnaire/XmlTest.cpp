@@ -1,0 +1,149 @@
+#include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
+#include "questionnaire/Markup.h"
+#include "questionnaire/XmlFile.h"
+#include "util/AnsiCodePage.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace questionnaire;
+
+namespace {
+
+class XmlFileTest : public ::testing::Test {
+protected:
+    QString Path(const QString& name) const { return m_dir.filePath(name); }
+
+    // Writes, validates against the schema, reads back and writes again.
+    void RoundTrip(const CQuestionnaire& q) {
+        const QString first = Path(QStringLiteral("first.xml"));
+        const QString second = Path(QStringLiteral("second.xml"));
+        ASSERT_TRUE(WriteXmlFile(first, q)) << q.m_lastError.toStdString();
+        const QString invalid = testutil::ValidateAgainstSchema(first);
+        EXPECT_TRUE(invalid.isEmpty()) << invalid.toStdString();
+        CQuestionnaire read;
+        ASSERT_TRUE(ReadXmlFile(first, read)) << read.m_lastError.toStdString();
+        EXPECT_EQ(read, q);
+        ASSERT_TRUE(WriteXmlFile(second, read));
+        EXPECT_EQ(testutil::ReadAll(first), testutil::ReadAll(second));
+    }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(XmlFileTest, SampleSurvivesWriteReadWriteByteForByte) {
+    RoundTrip(testutil::MakeSample());
+}
+
+TEST_F(XmlFileTest, TextsXmlCannotCarryPlainlySurviveToo) {
+    CQuestionnaire q = testutil::MakeSample();
+    CQuestion* question = q.GetAdrQuestion(0);
+    const QString hostile[] = {
+        QStringLiteral("CR\rLF\nCRLF\r\nTAB\t"),
+        QStringLiteral("  leading and trailing  "),
+        QStringLiteral("<tag attr=\"x\"> & ]]> '"),
+        QString::fromUtf16(u"bell \u0007 and nul \u0000 inside", 22),
+        QString(QChar(0xD800)) + QStringLiteral("lone surrogate"),
+        QString::fromUtf16(u"pair \U0001F600 and rtl \u05E9\u05DC\u05D5\u05DD"),
+        QString(QChar(0xFFFF)),
+    };
+    qint32 language = 2000;
+    for (const QString& text : hostile) {
+        question->SetLocalisedLongCaption(language, text);
+        question->GetAdrModalite(0)->SetLocalisedLongCaption(language, text);
+        q.SetCustomErrorMessage(language, 7, text);
+        ++language;
+    }
+    question->m_shortcut = QStringLiteral("Q\x01") + QStringLiteral("\"1\"\n");
+    question->GetAdrModalite(0)->m_entryCode = QStringLiteral("a\tb");
+    question->SetLocalisedShortCaption(1033, QString()); // an empty text is kept as a text
+    q.SetName(QString(QChar(0x1F)));
+    RoundTrip(q);
+}
+
+TEST_F(XmlFileTest, FileStartsWithMarkAndDeclarationLine) {
+    const QString path = Path(QStringLiteral("q.xml"));
+    ASSERT_TRUE(WriteXmlFile(path, testutil::MakeSample()));
+    const QByteArray bytes = testutil::ReadAll(path);
+    const QByteArray head =
+        testutil::Utf16Le(QStringLiteral("<?xml version=\"1.0\" encoding=\"Unicode\" ?>\r\n<questionnaire "));
+    EXPECT_TRUE(bytes.startsWith(head));
+    EXPECT_EQ(bytes.size() % 2, 0);
+}
+
+TEST_F(XmlFileTest, ReadsAnsiTextWithoutMark) {
+    util::AnsiCodePage::SetCurrent(1252);
+    const QByteArray ansi =
+        "<?xml version=\"1.0\" encoding=\"windows-1252\"?>\n"
+        "<questionnaire format=\"1\"><languages><language id=\"1036\" main=\"true\"/></languages>"
+        "<versions/><questions><question id=\"1\" shortcut=\"Q\xe9\" type=\"text\">"
+        "<long lang=\"1036\">Caf\xe9 cr\xe8me \x80</long></question></questions></questionnaire>";
+    const QString path = Path(QStringLiteral("ansi.xml"));
+    ASSERT_TRUE(testutil::WriteAll(path, ansi));
+    CQuestionnaire q;
+    ASSERT_TRUE(ReadXmlFile(path, q)) << q.m_lastError.toStdString();
+    EXPECT_EQ(q.GetQuestion(0).m_shortcut, QStringLiteral("Qé"));
+    EXPECT_EQ(q.GetQuestion(0).GetLocalisedLongCaption(1036), QStringLiteral("Café crème €"));
+    util::AnsiCodePage::Reset();
+
+    // UTF-16 without its mark is taken as ANSI: the first zero byte ends the text.
+    const QString unmarked = Path(QStringLiteral("unmarked.xml"));
+    ASSERT_TRUE(testutil::WriteAll(
+        unmarked, testutil::Utf16Le(QStringLiteral("<questionnaire format=\"1\"/>"), false)));
+    CQuestionnaire broken;
+    EXPECT_FALSE(ReadXmlFile(unmarked, broken));
+    EXPECT_FALSE(broken.m_lastError.isEmpty());
+}
+
+TEST_F(XmlFileTest, MalformedDocumentsAreRefusedWithAMessage) {
+    const char* const documents[] = {
+        "",
+        "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"single\">",
+        "<other/>",
+        "<questionnaire format=\"2\"/>",
+        "<questionnaire format=\"1\"><questions><question id=\"x\" type=\"single\"/></questions>"
+        "</questionnaire>",
+        "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"blob\"/></questions>"
+        "</questionnaire>",
+        "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\"/>"
+        "<question id=\"1\" type=\"text\"/></questions></questionnaire>",
+        "<questionnaire format=\"1\"><systemMessages><message number=\"44\" lang=\"1\">x</message>"
+        "</systemMessages></questionnaire>",
+        "<!DOCTYPE questionnaire [<!ENTITY a \"aaaa\">]><questionnaire format=\"1\"/>",
+        "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">"
+        "<long lang=\"1033\" hex=\"00Z1\"/></question></questions></questionnaire>",
+    };
+    for (const char* text : documents) {
+        CMarkup doc;
+        doc.SetDoc(QString::fromUtf8(text));
+        CQuestionnaire q = testutil::MakeSample();
+        EXPECT_FALSE(q.FromXML(doc)) << text;
+        EXPECT_FALSE(q.m_lastError.isEmpty()) << text;
+        EXPECT_EQ(q.GetNbreQuestion(), 0) << "a failed read leaves nothing half-built: " << text;
+    }
+}
+
+TEST_F(XmlFileTest, UnknownElementsOfALaterFormatAreSkipped) {
+    CMarkup doc;
+    doc.SetDoc(QStringLiteral(
+        "<questionnaire format=\"1\"><media><file name=\"a.png\"/></media><languages/>"
+        "<versions/><questions><question id=\"4\" type=\"single\"><layout columns=\"2\"/>"
+        "<response id=\"1\"><caption lang=\"9\">Yes</caption><image/></response>"
+        "</question></questions></questionnaire>"));
+    CQuestionnaire q;
+    ASSERT_TRUE(q.FromXML(doc)) << q.m_lastError.toStdString();
+    ASSERT_EQ(q.GetNbreQuestion(), 1);
+    EXPECT_EQ(q.GetQuestion(0).GetModalite(0).GetLocalisedLongCaption(9), QStringLiteral("Yes"));
+}
+
+TEST_F(XmlFileTest, FailedSaveLeavesTheOldFile) {
+    const QString path = Path(QStringLiteral("keep.xml"));
+    ASSERT_TRUE(testutil::WriteAll(path, "old"));
+    CQuestionnaire q = testutil::MakeSample();
+    EXPECT_FALSE(WriteXmlFile(Path(QStringLiteral("missing/folder/q.xml")), q));
+    EXPECT_FALSE(q.m_lastError.isEmpty());
+    EXPECT_EQ(testutil::ReadAll(path), QByteArray("old"));
+}
+
+} // namespace

@@ -1,0 +1,203 @@
+#include "util/StdioFileEx.h"
+
+#include "common/TestUtil.h"
+#include "util/AnsiCodePage.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using testutil::Utf16Le;
+using util::AnsiCodePage;
+
+namespace {
+
+class StdioFileExTest : public ::testing::Test {
+protected:
+    void SetUp() override { AnsiCodePage::SetCurrent(1252); }
+    void TearDown() override { AnsiCodePage::Reset(); }
+
+    QString Write(const QByteArray& bytes) {
+        const QString path = m_dir.filePath(QStringLiteral("f%1.txt").arg(++m_count));
+        EXPECT_TRUE(testutil::WriteAll(path, bytes));
+        return path;
+    }
+    static QStringList ReadLines(const QString& path, quint32 flags = CStdioFileEx::typeText) {
+        CStdioFileEx file;
+        EXPECT_TRUE(file.Open(path, flags));
+        QStringList lines;
+        QString line;
+        while (file.ReadString(line))
+            lines.append(line);
+        EXPECT_TRUE(line.isEmpty());
+        return lines;
+    }
+
+    QTemporaryDir m_dir;
+    int m_count = 0;
+};
+
+struct LineCase {
+    const char* name;
+    QByteArray bytes;
+    QStringList lines;
+};
+
+TEST_F(StdioFileExTest, ReadStringCutsLineEnds) {
+    const QString longLine(3000, QLatin1Char('x')); // spans several read-ahead chunks
+    const LineCase cases[] = {
+        {"ansi crlf", "one\r\ntwo\r\n", {"one", "two"}},
+        {"ansi lf, no end", "one\ntwo", {"one", "two"}},
+        {"ansi lone cr", "a\rb\nlast\r", {"a\rb", "last"}},
+        {"ansi empty lines", "\n\nx\n", {"", "", "x"}},
+        {"ansi code page", "caf\xE9\r\n", {QStringLiteral(u"café")}},
+        {"utf16 crlf", Utf16Le(QStringLiteral("one\r\ntwo\r\n")), {"one", "two"}},
+        {"utf16 lf and lone cr", Utf16Le(QStringLiteral("a\rb\n\nlast\r")), {"a\rb", "", "last"}},
+        // Units whose low or high byte is 0x0A are not line ends.
+        {"utf16 0x0A bytes",
+         Utf16Le(QStringLiteral(u"\u010A\u0A41\r\nz")),
+         {QStringLiteral(u"\u010A\u0A41"), "z"}},
+        {"utf16 long", Utf16Le(longLine + "\r\nend"), {longLine, "end"}},
+        {"mark only", "\xFF\xFE", {}},
+        {"empty", "", {}},
+    };
+    for (const LineCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(ReadLines(Write(c.bytes)), c.lines);
+    }
+}
+
+TEST_F(StdioFileExTest, ReadsAnsiInTheCurrentCodePage) {
+    AnsiCodePage::SetCurrent(932);
+    EXPECT_EQ(ReadLines(Write("\x93\xFA\x96\x7B\r\n\x93\xFA")),
+              QStringList({QStringLiteral(u"日本"), QStringLiteral(u"日")}));
+}
+
+TEST_F(StdioFileExTest, OnlyTextReadingWithoutCreateLooksForTheMark) {
+    using F = CStdioFileEx;
+    struct {
+        quint32 flags;
+        bool unicode;
+        quint32 finalFlags;
+    } const cases[] = {
+        {F::typeText, true, F::typeBinary},
+        {F::typeText | F::modeReadWrite, true, F::typeBinary | F::modeReadWrite},
+        {F::typeText | F::modeWrite, false, F::typeText | F::modeWrite},
+        {F::typeText | F::modeCreate | F::modeNoTruncate, false,
+         F::typeText | F::modeCreate | F::modeNoTruncate},
+        {F::modeRead, false, F::modeRead},
+        {F::typeBinary, false, F::typeBinary},
+    };
+    const QString marked = Write(Utf16Le(QStringLiteral("ab")));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.flags);
+        CStdioFileEx file;
+        ASSERT_TRUE(file.Open(marked, c.flags));
+        EXPECT_EQ(file.m_unicodeFile, c.unicode);
+        EXPECT_EQ(file.m_openFlags, c.finalFlags);
+        EXPECT_EQ(file.CountCharacters(), c.unicode ? 2 : 6);
+    }
+    CStdioFileEx ansi(Write("abc"), F::typeText);
+    EXPECT_FALSE(ansi.m_unicodeFile);
+    EXPECT_EQ(ansi.m_openFlags, F::typeText);
+    EXPECT_EQ(ansi.CountCharacters(), 3);
+    EXPECT_EQ(CStdioFileEx().CountCharacters(), 0);
+}
+
+TEST_F(StdioFileExTest, UnicodeWriteStartsWithOneMark) {
+    using F = CStdioFileEx;
+    const QString path = m_dir.filePath(QStringLiteral("out.txt"));
+    {
+        CStdioFileEx file(path, F::modeCreate | F::modeWrite | F::modeUnicodeWrite);
+        file.WriteString(QStringLiteral("a\u00E9"));
+        file.WriteString(QStringLiteral("\r\n"));
+    }
+    {
+        CStdioFileEx file(path, F::modeWrite | F::modeUnicodeWrite);
+        ASSERT_TRUE(file.SeekToEnd());
+        file.WriteString(QStringLiteral("z"));
+    }
+    EXPECT_EQ(testutil::ReadAll(path), Utf16Le(QStringLiteral("a\u00E9\r\nz")));
+    EXPECT_EQ(ReadLines(path), QStringList({QStringLiteral(u"aé"), QStringLiteral("z")}));
+}
+
+TEST_F(StdioFileExTest, AnsiWriteUsesOneBytePerCharacter) {
+    struct {
+        quint32 codePage;
+        QString text;
+        QByteArray bytes;
+    } const cases[] = {
+        {1252, QStringLiteral(u"café 日本\n"), "caf\xE9 ##\n"},
+        {1252, QStringLiteral(u"e\u0301!"), "\xE9!"},     // composed first, never padded
+        {932, QStringLiteral(u"日本語"), "\x93\xFA\x96"}, // cut at the character count
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.codePage);
+        AnsiCodePage::SetCurrent(c.codePage);
+        const QString path = Write("old content");
+        {
+            CStdioFileEx file(path, CStdioFileEx::modeCreate | CStdioFileEx::modeWrite);
+            file.WriteString(c.text);
+        }
+        EXPECT_EQ(testutil::ReadAll(path), c.bytes);
+    }
+}
+
+TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
+    const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
+    CStdioFileEx file;
+    QString error;
+    EXPECT_FALSE(file.Open(missing, CStdioFileEx::modeWrite, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("was not found"))) << error.toStdString();
+    EXPECT_FALSE(QFile::exists(missing)); // writing without create never creates
+    EXPECT_FALSE(file.Open(m_dir.filePath(QStringLiteral("no/such/dir.txt")),
+                           CStdioFileEx::modeRead, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("incorrect path"))) << error.toStdString();
+    EXPECT_THROW(CStdioFileEx(missing, CStdioFileEx::typeText), CFileException);
+
+    // A file opened for writing without create keeps its content and cannot be read.
+    const QString existing = Write("keep\n");
+    ASSERT_TRUE(file.Open(existing, CStdioFileEx::modeWrite));
+    QString line;
+    EXPECT_FALSE(file.ReadString(line));
+    file.Close();
+    EXPECT_EQ(testutil::ReadAll(existing), QByteArray("keep\n"));
+}
+
+TEST_F(StdioFileExTest, SetFilePathRefusesNull) {
+    CStdioFileEx file;
+    EXPECT_THROW(file.SetFilePath(QString()), std::invalid_argument);
+    file.SetFilePath(QStringLiteral(""));
+    EXPECT_TRUE(file.GetFilePath().isEmpty());
+}
+
+TEST_F(StdioFileExTest, HasUtf16MarkNeedsFfFeFirst) {
+    EXPECT_TRUE(CStdioFileEx::HasUtf16Mark(Write("\xFF\xFE")));
+    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(Write("\xFE\xFF\x41\x00")));
+    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(Write("\xFF")));
+    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(m_dir.filePath(QStringLiteral("missing"))));
+}
+
+TEST_F(StdioFileExTest, StaticConvertersIncludeTheTerminator) {
+    const QString text = QStringLiteral(u"Ωa");
+    char bytes[8] = {};
+    EXPECT_EQ(CStdioFileEx::WideToAnsi(text.constData(), bytes, 8, 1253), 3);
+    EXPECT_EQ(QByteArray(bytes, 3), QByteArray("\xD9\x61", 3));
+    EXPECT_EQ(CStdioFileEx::WideToAnsi(text.constData(), bytes, 8, 1252), 3);
+    EXPECT_EQ(QByteArray(bytes), QByteArray("#a"));
+    EXPECT_EQ(CStdioFileEx::WideToAnsi(text.constData(), bytes, 0, 1252), 3);
+    EXPECT_EQ(CStdioFileEx::WideToAnsi(text.constData(), bytes, 2, 1252), 0);
+    EXPECT_EQ(CStdioFileEx::WideToAnsi(nullptr, bytes, 8, 1252), 0);
+
+    AnsiCodePage::SetCurrent(1251);
+    QChar wide[4] = {};
+    ASSERT_TRUE(CStdioFileEx::AnsiToWide("\xC6z", wide, 4, AnsiCodePage::kSystem));
+    EXPECT_EQ(QString(wide), QStringLiteral(u"Жz"));
+    EXPECT_EQ(wide[2], QChar(0));
+    EXPECT_FALSE(CStdioFileEx::AnsiToWide("\xC6z", wide, 2, 1251));
+    EXPECT_FALSE(CStdioFileEx::AnsiToWide("a", nullptr, 4, 1251));
+    EXPECT_FALSE(CStdioFileEx::AnsiToWide("a", wide, 4, 4711));
+}
+
+} // namespace

@@ -1,0 +1,89 @@
+#include "util/TextFile.h"
+
+#include "common/TestUtil.h"
+#include "util/AnsiCodePage.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using testutil::Utf16Le;
+using util::AnsiCodePage;
+
+namespace {
+
+struct LoadCase {
+    const char* name;
+    QByteArray bytes;
+    bool plausible;
+    QString text;
+};
+
+class TextFileTest : public ::testing::Test {
+protected:
+    void SetUp() override { AnsiCodePage::SetCurrent(1252); }
+    void TearDown() override { AnsiCodePage::Reset(); }
+
+    QString Write(const QByteArray& bytes) {
+        const QString path = m_dir.filePath(QStringLiteral("f%1.txt").arg(++m_count));
+        EXPECT_TRUE(testutil::WriteAll(path, bytes));
+        return path;
+    }
+    QTemporaryDir m_dir;
+    int m_count = 0;
+};
+
+// ASCII text as UTF-16 without a mark: read as ANSI, it ends after the first letter.
+QByteArray Unmarked(int bytes) {
+    return Utf16Le(QString(bytes / 2, QLatin1Char('a')), false);
+}
+
+TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
+    const QString body(60, QLatin1Char('x'));
+    const LoadCase cases[] = {
+        {"marked utf16", Utf16Le(QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body), true,
+         QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body},
+        {"marked, zero early", Utf16Le(QStringLiteral("ab") + QChar(0) + body), false, "ab"},
+        {"marked, odd length", QByteArray("\xFF\xFE\x41\x00\x42", 5), true, "AB"},
+        {"mark only", "\xFF\xFE", true, ""},
+        {"ansi", QByteArray("caf\xE9 ") + body.toLatin1(), true, QStringLiteral(u"café ") + body},
+        {"empty", "", true, ""},
+        // Each unmarked file reads as "a"; it needs (bytes / 2) - 20 characters.
+        {"unmarked 38 bytes", Unmarked(38), true, "a"},
+        {"unmarked 42 bytes", Unmarked(42), true, "a"},
+        {"unmarked 44 bytes", Unmarked(44), false, "a"},
+        {"unmarked 80 bytes", Unmarked(80), false, "a"},
+        {"ansi binary", QByteArray("MZP") + QByteArray(100, '\0'), false, "MZP"},
+    };
+    for (const LoadCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        QString text = QStringLiteral("stale");
+        EXPECT_EQ(util::LoadTextFile(Write(c.bytes), text, false), c.plausible);
+        EXPECT_EQ(text, c.text);
+    }
+}
+
+TEST_F(TextFileTest, AnsiUsesTheCurrentCodePage) {
+    AnsiCodePage::SetCurrent(936);
+    QString text;
+    EXPECT_TRUE(util::LoadTextFile(Write("\xD6\xD0\xCE\xC4"), text, false));
+    EXPECT_EQ(text, QStringLiteral(u"中文"));
+}
+
+TEST_F(TextFileTest, MissingFileFailsAndIsReportedOnlyWhenAsked) {
+    const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
+    QStringList reported;
+    const auto sink = [&](const QString& message) { reported.append(message); };
+    QString text;
+    EXPECT_FALSE(util::LoadTextFile(missing, text, false, sink));
+    EXPECT_TRUE(reported.isEmpty());
+    EXPECT_FALSE(util::LoadTextFile(missing, text, true, sink));
+    ASSERT_EQ(reported.size(), 1);
+    EXPECT_TRUE(reported[0].contains(QStringLiteral("missing.txt was not found")))
+        << reported[0].toStdString();
+    EXPECT_FALSE(util::LoadTextFile(m_dir.path(), text, true, sink)); // a folder
+    EXPECT_EQ(reported.size(), 2);
+}
+
+} // namespace
