@@ -1,44 +1,71 @@
 #include "BuildInfo.h"
-#include "app/CaptionListing.h"
-#include "questionnaire/Questionnaire.h"
-#include "questionnaire/XmlFile.h"
+#include "app/AppContext.h"
+#include "app/BatchRunner.h"
+#include "util/MessageSink.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
 
 namespace {
-void PrintUsage(QTextStream& out) {
-    out << "Usage: translator FILE OPTION...\n"
-           "  translator survey.xml listcaptions   print every translatable caption\n"
-           "  translator --help | --version\n";
-}
+
+const char kUsage[] =
+    "Usage: translator FILE OPTION...\n"
+    "\n"
+    "FILE is a questionnaire: .qes (database), .qex (package) or .xml. Each option is one\n"
+    "argument, a flag or KEY:VALUE; a leading - or / is allowed; names are case-insensitive.\n"
+    "\n"
+    "Operations (the last one given wins):\n"
+    "  export:PATH          write the captions to PATH for translation\n"
+    "  translate:PATH       import the translated file PATH, then save FILE\n"
+    "  addlanguage          add the languages of languages:... that FILE lacks, then save\n"
+    "  listcaptions         print every caption row with its label\n"
+    "Options:\n"
+    "  languages:LIST       comma-separated LCIDs or short names (1033,FRA,...):\n"
+    "                       export: the columns in order (default: all, main language first);\n"
+    "                       translate: the languages of columns 3, 4, ... (header not read);\n"
+    "                       addlanguage: the languages to add\n"
+    "  reference:LANGUAGE   translate: the source language (default: the main language)\n"
+    "  headers:LIST         comma-separated column titles (export and translate)\n"
+    "  importunchanged      translate: only rows whose source text has not changed; the others\n"
+    "                       go to UnusedStrings.txt beside the translated file\n"
+    "  copyidentical        translate: apply each row to every caption with the same source\n"
+    "  excludenonvisible, excluderouting, excludemessage, excludetranslated,\n"
+    "  excludeduplicates    export filters\n"
+    "\n"
+    "The exit status is the low 8 bits of the result; the full result is the last line of\n"
+    "standard output as result=N: 0 done (addlanguage), -1 FILE could not be loaded, -2 FILE\n"
+    "could not be saved, -20 export finished (judge by the file), N >= 0 captions imported,\n"
+    "-10 to -19 the translated file was refused.\n"
+    "\n"
+    "  translator --help | --version\n";
+
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    // Batch work needs no display: no widget may exist before it is done.
+    QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QString::fromLatin1(buildinfo::kCompany));
     QCoreApplication::setApplicationName(QString::fromLatin1(buildinfo::kProduct));
     QTextStream out(stdout);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() == 2 && arguments[1] == QLatin1String("--help")) {
+        out << kUsage;
+        return 0;
+    }
+    if (arguments.size() == 2 && arguments[1] == QLatin1String("--version")) {
+        out << buildinfo::kProduct << ' ' << buildinfo::kVersion << " (" << buildinfo::kBuildDate
+            << ")\n"
+            << buildinfo::kLegal << '\n';
+        return 0;
+    }
+    app::AppContext context;
+    util::StandardErrorSink messages;
+    if (app::RunBatch(context, arguments, messages, out)) {
+        out << "result=" << context.exitCode << '\n';
+        out.flush();
+        return app::PosixStatus(context.exitCode);
+    }
     QTextStream err(stderr);
-    const QStringList args = QCoreApplication::arguments();
-    if (args.size() == 2 && args[1] == QLatin1String("--help")) {
-        PrintUsage(out);
-        return 0;
-    }
-    if (args.size() == 2 && args[1] == QLatin1String("--version")) {
-        out << buildinfo::kProduct << ' ' << buildinfo::kVersion << '\n';
-        return 0;
-    }
-    if (args.size() >= 3 && args[2].compare(QLatin1String("listcaptions"), Qt::CaseInsensitive) == 0) {
-        CQuestionnaire q;
-        if (!questionnaire::ReadXmlFile(args[1], q)) {
-            err << q.m_lastError << '\n';
-            return 1;
-        }
-        q.PrepareLinks();
-        app::PrintCaptionList(q, out);
-        return 0;
-    }
-    PrintUsage(err);
+    err << "This build has no window: give an operation (translator --help).\n";
     return 2;
 }

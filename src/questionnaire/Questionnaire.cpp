@@ -45,6 +45,7 @@ void CQuestionnaire::CopyFrom(const CQuestionnaire& other) {
     m_lastError = other.m_lastError;
     m_status = other.m_status;
     m_name = other.m_name;
+    m_exchangeFolder = other.m_exchangeFolder;
     m_allowInstructionsAndComments = other.m_allowInstructionsAndComments;
     CopyObjects(other.m_languages, m_languages);
     CopyObjects(other.m_versions, m_versions);

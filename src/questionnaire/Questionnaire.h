@@ -17,6 +17,9 @@
 
 class CMarkup;
 
+// Kinds of questionnaire databases the reader knows.
+enum DataBaseType { dbUnknown = 0, dbQesFile = 1 };
+
 // A whole questionnaire: languages, versions, questions with their responses, routings and the
 // customised system messages. Ids are looked up through hash maps kept beside the arrays.
 class CQuestionnaire : public CObjet {
@@ -31,6 +34,28 @@ public:
 
     // Rebuilds the id indexes; called once after every load, before anything reads the object.
     void PrepareLinks() const;
+
+    // --- questionnaire database (.qes) ---
+    // Reads the whole questionnaire. The flags choose what is read (captions, responses,
+    // routings, custom system messages, versions); `programVersion` is this program's 16-bit
+    // version number (major * 256 + minor), used to tell a file written by an older program;
+    // `checkIntegrity` runs the database's own consistency check first. m_status tells the outcome
+    // (see questionnaire::QesStatus): a false result with a status above 8 still read the
+    // questionnaire, with a warning in m_lastError.
+    bool Read(const QString& path, bool withCaptions, bool withResponses, bool withRoutings,
+              bool withMessages, bool withVersions, DataBaseType type, qint32 programVersion,
+              bool checkIntegrity);
+
+    // --- exchange package (.qex): a ZIP holding questionnaire.xml and further files ---
+    // Unpacks the package into the working folder (which must exist) and reads its XML. The
+    // folder is remembered: the next save packs it back.
+    bool ReadFromExchangeFormat(const QString& path, const QString& workingFolder);
+    // Writes questionnaire.xml into the remembered working folder and packs the folder (stamp
+    // files left out) into the package, replacing it atomically; without a working folder the
+    // package holds the XML alone. `extraFolder`, when not empty, is a folder whose files are
+    // packed too. `flags`: bit 0 writes the captions, bit 1 the routings; -1 writes everything.
+    bool SaveToExchangeFormat(const QString& path, const QString& extraFolder, qint32 flags);
+    const QString& GetExchangeFolder() const { return m_exchangeFolder; }
 
     // --- XML form ---
     bool FromXML(CMarkup& doc);
@@ -96,6 +121,7 @@ private:
     void CopyFrom(const CQuestionnaire& other);
 
     QString m_name;
+    QString m_exchangeFolder; // working folder of the package this was read from
     bool m_allowInstructionsAndComments = true;
     std::vector<std::unique_ptr<CLanguage>> m_languages;
     std::vector<std::unique_ptr<CVersion>> m_versions;

@@ -1,0 +1,42 @@
+// Arbitrary bytes as a questionnaire database file: a refusal must say why, and whatever reads
+// must write and read back to the same questionnaire.
+#include "questionnaire/QesDatabase.h"
+#include "questionnaire/Questionnaire.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static int argc = 1;
+    static char name[] = "fuzz_qes_reader";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv); // the database driver is a plugin
+    static QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("input.qes"));
+    QFile::remove(path + QStringLiteral("-journal"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        std::abort();
+    file.write(reinterpret_cast<const char*>(data), qint64(size));
+    file.close();
+
+    CQuestionnaire q;
+    const bool read = q.Read(path, true, true, true, true, true, dbQesFile, 0x100, true);
+    if (!questionnaire::QesStatusMeansRead(q.m_status)) {
+        if (read || q.m_lastError.isEmpty() || q.GetNbreQuestion() != 0)
+            std::abort();
+        return 0;
+    }
+    const QString copy = dir.filePath(QStringLiteral("copy.qes"));
+    QString error;
+    if (!questionnaire::WriteQesFile(copy, q, 0x100, error))
+        std::abort();
+    CQuestionnaire again;
+    if (!again.Read(copy, true, true, true, true, true, dbQesFile, 0x100, true) || !(again == q))
+        std::abort();
+    return 0;
+}

@@ -1,0 +1,77 @@
+#include "app/AppContext.h"
+
+#include "BuildInfo.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+#include <cstdlib>
+#include <ctime>
+
+namespace app {
+
+namespace {
+QSettings Profile() {
+    return QSettings(QString::fromLatin1(buildinfo::kCompany),
+                     QString::fromLatin1(buildinfo::kProduct));
+}
+} // namespace
+
+QStringList RecentFiles::Files() const {
+    QSettings settings = Profile();
+    QStringList files;
+    for (int i = 1; i <= kMaxFiles; ++i) {
+        const QString file =
+            settings.value(QStringLiteral("Recent File List/File%1").arg(i)).toString();
+        if (!file.isEmpty())
+            files.append(file);
+    }
+    return files;
+}
+
+void RecentFiles::Add(const QString& path) {
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    QStringList files = Files();
+    files.removeIf([&absolute](const QString& file) {
+        return file.compare(absolute, Qt::CaseInsensitive) == 0;
+    });
+    files.prepend(absolute);
+    QSettings settings = Profile();
+    for (int i = 1; i <= kMaxFiles; ++i) {
+        const QString key = QStringLiteral("Recent File List/File%1").arg(i);
+        if (i <= files.size())
+            settings.setValue(key, files[i - 1]);
+        else
+            settings.remove(key);
+    }
+}
+
+qint32 DrawStampNumber() {
+    std::srand(unsigned(std::time(nullptr)));
+    (void)std::rand();
+    // The classic generator's range, 0 to 32767: stamp names stay short.
+    return qint32(std::rand() & 0x7FFF);
+}
+
+AppContext::AppContext() : dictionaryPath(DictionaryPath()) {
+    stamps.stampNumber = DrawStampNumber();
+}
+
+QString AppContext::DefaultDictionaryPath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/Varnel/Translator/Translator.dic");
+}
+
+QString AppContext::DictionaryPath() {
+    const QString configured =
+        Profile().value(QStringLiteral("Settings/LibraryPath")).toString();
+    return configured.isEmpty() ? DefaultDictionaryPath() : configured;
+}
+
+qint32 AppContext::ProgramVersion() {
+    return buildinfo::kVersionMajor * 256 + buildinfo::kVersionMinor;
+}
+
+} // namespace app

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "exchange/WorkingFolder.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace app {
+
+// The recent-file list kept in the profile, most recent first.
+class RecentFiles {
+public:
+    static constexpr int kMaxFiles = 4;
+
+    QStringList Files() const;
+    void Add(const QString& path);
+};
+
+// The run-wide values: the stamp number of this run, the dictionary's location, the exit code.
+class AppContext {
+public:
+    AppContext();
+
+    // The dictionary file: the profile's "Settings"/"LibraryPath" when set, else the default
+    // location in the user's data folder.
+    static QString DictionaryPath();
+    static QString DefaultDictionaryPath();
+    // Major * 256 + minor: stored in the files this program writes.
+    static qint32 ProgramVersion();
+
+    exchange::StampOwner stamps;
+    qint32 exitCode = 0;
+    QString dictionaryPath;
+    RecentFiles recentFiles;
+};
+
+// The stamp number of a run: the clock starts the random generator, the first number is thrown
+// away and the second kept.
+qint32 DrawStampNumber();
+
+} // namespace app

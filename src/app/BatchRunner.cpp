@@ -1,0 +1,222 @@
+#include "app/BatchRunner.h"
+
+#include "app/AppContext.h"
+#include "app/CaptionListing.h"
+#include "app/QuestionnaireDocument.h"
+#include "exchange/ExportFile.h"
+#include "exchange/ImportFile.h"
+#include "questionnaire/CaptionList.h"
+#include "questionnaire/LanguageList.h"
+#include "questionnaire/StaticTools.h"
+#include "util/MessageSink.h"
+
+#include <QTextStream>
+
+namespace app {
+
+namespace {
+
+constexpr qint32 kCannotLoad = -1;
+constexpr qint32 kCannotSave = -2;
+constexpr qint32 kExportDone = -20;
+
+using Operation = BatchOptions::Operation;
+
+bool SetFlag(BatchOptions& o, const QString& argument) {
+    const struct {
+        const char* name;
+        bool BatchOptions::*flag;
+    } flags[] = {
+        {"importunchanged", &BatchOptions::importUnchanged},
+        {"copyidentical", &BatchOptions::copyIdentical},
+        {"excludenonvisible", &BatchOptions::excludeNonVisible},
+        {"excluderouting", &BatchOptions::excludeRouting},
+        {"excludemessage", &BatchOptions::excludeMessage},
+        {"excludetranslated", &BatchOptions::excludeTranslated},
+        {"excludeduplicates", &BatchOptions::excludeDuplicates},
+    };
+    for (const auto& f : flags) {
+        if (argument.compare(QLatin1String(f.name), Qt::CaseInsensitive) == 0) {
+            o.*(f.flag) = true;
+            return true;
+        }
+    }
+    const struct {
+        const char* name;
+        Operation operation;
+    } operations[] = {{"addlanguage", Operation::AddLanguage},
+                      {"listcaptions", Operation::ListCaptions}};
+    for (const auto& op : operations) {
+        if (argument.compare(QLatin1String(op.name), Qt::CaseInsensitive) == 0) {
+            o.operation = op.operation;
+            return true;
+        }
+    }
+    return false;
+}
+
+void SetKey(BatchOptions& o, const QString& key, const QString& value) {
+    auto is = [&key](const char* name) {
+        return key.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+    };
+    if (is("export") || is("translate")) {
+        o.operation = is("export") ? Operation::Export : Operation::Translate;
+        o.path = value;
+    } else if (is("languages")) {
+        o.languages = value;
+    } else if (is("reference")) {
+        o.reference = value;
+    } else if (is("headers")) {
+        o.headers = value;
+    }
+}
+
+qint32 Reference(const QString& text, qint32 fallback) {
+    if (text.isEmpty())
+        return fallback;
+    qint32 lcid = 0;
+    if (CStaticTools::EstLong(text, lcid))
+        return lcid;
+    for (const auto& language : CLanguage::WindowsLanguages())
+        if (language->m_shortName.compare(text, Qt::CaseInsensitive) == 0)
+            return language->m_id;
+    return fallback;
+}
+
+class Batch {
+public:
+    Batch(AppContext& app, const BatchOptions& o, util::MessageSink& messages, QTextStream& out)
+        : m_app(app), m_o(o), m_messages(messages), m_out(out), m_document(app, messages) {}
+
+    qint32 Export();
+    qint32 Translate();
+    qint32 AddLanguages();
+    qint32 ListCaptions();
+
+private:
+    bool Load() { return m_document.OpenSilently(m_o.file); }
+    questionnaire::CaptionList Captions() const {
+        questionnaire::CaptionList list;
+        questionnaire::BuildCaptionList(*m_document.Questionnaire(), list, false);
+        return list;
+    }
+
+    AppContext& m_app;
+    const BatchOptions& m_o;
+    util::MessageSink& m_messages;
+    QTextStream& m_out;
+    // Its end runs the housekeeping of the package's working folder.
+    QuestionnaireDocument m_document;
+};
+
+qint32 Batch::Export() {
+    if (!Load())
+        return kCannotLoad;
+    const CQuestionnaire& q = *m_document.Questionnaire();
+    exchange::ExportOptions options;
+    options.excludeTranslated = m_o.excludeTranslated;
+    options.excludeDuplicates = m_o.excludeDuplicates;
+    options.excludeNonVisible = m_o.excludeNonVisible;
+    options.kinds.excludeSystemMessages = m_o.excludeMessage;
+    options.kinds.excludeRoutings = m_o.excludeRouting;
+    options.languages = m_o.languages.isEmpty() ? questionnaire::DefaultLanguageOrder(q)
+                                                : questionnaire::ParseLanguageList(m_o.languages);
+    options.headers = m_o.headers;
+    options.batch = true;
+    exchange::ExportReport report;
+    const bool ok = exchange::ExportStringsForTranslation(m_o.path, q, options, Captions(),
+                                                          m_messages, &report);
+    if (report.written)
+        m_out << "exported " << report.rows << " rows to " << m_o.path << '\n';
+    // The export reports failure in every case: scripts judge success by the file.
+    return ok ? 0 : kExportDone;
+}
+
+qint32 Batch::Translate() {
+    if (!Load())
+        return kCannotLoad;
+    CQuestionnaire& q = *m_document.Questionnaire();
+    exchange::ImportOptions options;
+    options.onlyUnchanged = m_o.importUnchanged;
+    options.copyIdentical = m_o.copyIdentical;
+    options.referenceLanguage = Reference(m_o.reference, q.GetDefaultLanguage());
+    for (int i = 0; i < q.GetLanguageCount(); ++i)
+        options.languages.append(q.GetLanguage(i).m_id);
+    options.headerNames = m_o.headers;
+    options.explicitLanguages = questionnaire::ParseLanguageList(m_o.languages);
+    options.silent = true;
+    exchange::ImportReport report;
+    const qint32 result =
+        exchange::ImportTranslatedFile(q, m_o.path, options, Captions(), m_messages, &report);
+    if (result >= 0)
+        m_out << "imported " << result << " captions, " << report.rejectedRows
+              << " rows changed since the export"
+              << (report.unusedStringsPath.isEmpty() ? QString()
+                                                     : QStringLiteral(" (written to %1)")
+                                                           .arg(report.unusedStringsPath))
+              << '\n';
+    if (result > 0 && !m_document.SaveBatch())
+        return kCannotSave;
+    return result;
+}
+
+qint32 Batch::AddLanguages() {
+    const QList<qint32> lcids = questionnaire::ParseLanguageList(m_o.languages);
+    if (!Load())
+        return kCannotLoad;
+    const int added = questionnaire::AddLanguages(*m_document.Questionnaire(), lcids);
+    m_out << "added " << added << " languages\n";
+    if (added > 0 && !m_document.SaveBatch())
+        return kCannotSave;
+    return 0;
+}
+
+qint32 Batch::ListCaptions() {
+    if (!Load())
+        return kCannotLoad;
+    PrintCaptionList(*m_document.Questionnaire(), m_out);
+    return 0;
+}
+
+} // namespace
+
+BatchOptions ParseBatchOptions(const QStringList& arguments) {
+    BatchOptions o;
+    if (arguments.size() < 3)
+        return o;
+    o.file = arguments[1];
+    for (qsizetype i = 2; i < arguments.size(); ++i) {
+        QString argument = arguments[i];
+        if (argument.startsWith(QLatin1Char('-')) || argument.startsWith(QLatin1Char('/')))
+            argument.remove(0, 1);
+        if (SetFlag(o, argument))
+            continue;
+        const qsizetype colon = argument.indexOf(QLatin1Char(':'));
+        if (colon >= 0)
+            SetKey(o, argument.left(colon), argument.mid(colon + 1));
+    }
+    return o;
+}
+
+bool RunBatch(AppContext& app, const QStringList& arguments, util::MessageSink& messages,
+              QTextStream& out) {
+    const BatchOptions o = ParseBatchOptions(arguments);
+    const bool needsPath = o.operation == Operation::Export || o.operation == Operation::Translate;
+    if (o.operation == Operation::None || (needsPath && o.path.isEmpty()))
+        return false;
+    Batch batch(app, o, messages, out);
+    switch (o.operation) {
+    case Operation::Export: app.exitCode = batch.Export(); break;
+    case Operation::Translate: app.exitCode = batch.Translate(); break;
+    case Operation::AddLanguage: app.exitCode = batch.AddLanguages(); break;
+    case Operation::ListCaptions: app.exitCode = batch.ListCaptions(); break;
+    case Operation::None: break;
+    }
+    return true;
+}
+
+int PosixStatus(qint32 exitCode) {
+    return int(quint32(exitCode) & 0xFF);
+}
+
+} // namespace app

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QTextStream;
+
+namespace util {
+class MessageSink;
+}
+
+namespace app {
+
+class AppContext;
+
+// The command line of batch work: `translator FILE option...`, each option one argument, a flag
+// or a key and value joined by a colon.
+struct BatchOptions {
+    enum class Operation { None, Export, Translate, AddLanguage, ListCaptions };
+
+    QString file;
+    Operation operation = Operation::None;
+    QString path; // of `export` and `translate`, which share it
+    QString languages;
+    QString reference;
+    QString headers;
+    bool importUnchanged = false;
+    bool copyIdentical = false;
+    bool excludeNonVisible = false;
+    bool excludeRouting = false;
+    bool excludeMessage = false;
+    bool excludeTranslated = false;
+    bool excludeDuplicates = false;
+};
+
+// Reads the options from the third argument on; unknown options and arguments without a colon
+// are ignored without a word, and the last of repeated options wins.
+BatchOptions ParseBatchOptions(const QStringList& arguments);
+
+// Does the batch work the command line asks for. Returns false when it asks for none (the file
+// then opens in the window); otherwise the exit code is in `app.exitCode`.
+bool RunBatch(AppContext& app, const QStringList& arguments, util::MessageSink& messages,
+              QTextStream& out);
+
+// The exit code as a POSIX status keeps it: its low 8 bits.
+int PosixStatus(qint32 exitCode);
+
+} // namespace app

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+namespace exchange {
+
+// A caption as it stands in an export file or a grid cell: backslash doubled first, then line
+// feed, carriage return and tab written as "\n", "\r" and "\t". Doubling first keeps it
+// reversible.
+QString EscapeCaption(const QString& text);
+// Appends the escaped caption to `out` without building a temporary.
+void AppendEscapedCaption(QString& out, const QString& text);
+
+// What the import does to a cell: "\r", "\n", "\t" decoded first, then "\\"; then a cell that
+// both begins and ends with a double quote loses them and has its doubled quotes halved. The
+// order decodes an escaped backslash before n, r or t wrongly; the export warns about such
+// captions.
+void UnescapeCell(QString& cell);
+
+// False when a caption would not come back unchanged from its own export: it begins and ends
+// with a double quote or holds a backslash before n, r or t (see UnescapeCell), holds a zero
+// character (readers stop there), or its cell is longer than spreadsheet programs keep. In the
+// source column a doubled backslash is lost too: an import of only unchanged captions decodes
+// that column twice.
+bool CaptionSurvivesRoundTrip(const QString& text, bool sourceColumn = false);
+
+// The longest cell spreadsheet programs keep whole.
+inline constexpr qsizetype kSpreadsheetCellLimit = 32767;
+
+} // namespace exchange

@@ -1,0 +1,297 @@
+#include "exchange/ImportFile.h"
+
+#include "exchange/CaptionEscaping.h"
+#include "exchange/RowCutter.h"
+#include "exchange/Strings.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/Questionnaire.h"
+#include "questionnaire/StaticTools.h"
+#include "util/MessageSink.h"
+#include "util/TextFile.h"
+
+#include <QFileInfo>
+#include <QHash>
+#include <QSaveFile>
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace exchange {
+
+using namespace questionnaire;
+
+namespace {
+
+// One column map entry per language column: its language's index in the language list, or -1.
+struct ColumnMap {
+    QList<int> entries;
+    qsizetype referenceColumn = -1; // position in `entries`
+};
+
+// Captions by their reference text, in caption-list order, kept current as the import writes:
+// copy identical finds its captions without walking the whole list for every row.
+class ReferenceIndex {
+public:
+    ReferenceIndex(const CQuestionnaire& q, const CaptionList& captions, qint32 reference)
+        : m_q(q), m_captions(captions), m_reference(reference) {
+        m_byText.reserve(captions.size());
+        for (qsizetype k = 0; k < captions.size(); ++k)
+            m_byText[Text(k)].append(k);
+    }
+    QList<qsizetype> Find(const QString& text) const { return m_byText.value(text); }
+    QString Text(qsizetype k) const {
+        return ReadCaption(m_q, m_captions.questionIds[k], m_captions.responseIds[k], m_reference);
+    }
+    // Called after caption k's reference text may have changed from `before`.
+    void Moved(qsizetype k, const QString& before) {
+        const QString after = Text(k);
+        if (after == before)
+            return;
+        QList<qsizetype>& old = m_byText[before];
+        old.erase(std::lower_bound(old.begin(), old.end(), k));
+        QList<qsizetype>& now = m_byText[after];
+        now.insert(std::lower_bound(now.begin(), now.end(), k), k);
+    }
+
+private:
+    const CQuestionnaire& m_q;
+    const CaptionList& m_captions;
+    qint32 m_reference;
+    QHash<QString, QList<qsizetype>> m_byText;
+};
+
+class Importer {
+public:
+    Importer(CQuestionnaire& q, const QString& path, const ImportOptions& options,
+             const CaptionList& captions, util::MessageSink& messages)
+        : m_q(q), m_path(path), m_options(options), m_captions(captions), m_messages(messages) {}
+
+    qint32 Run(ImportReport* report);
+
+private:
+    qint32 Fail(qint32 code, const QString& message) {
+        if (!m_options.silent && !message.isEmpty())
+            m_messages.Show(message);
+        return code;
+    }
+    qint32 CheckHeader(const QStringList& header);
+    qint32 MapExplicitLanguages();
+    qint32 MapHeaderLanguages(const QStringList& header);
+    void ImportRow(QStringList& cells, qint32 questionId, qint32 responseId);
+    void CopyIdentical(QStringList& cells);
+    void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
+                          const QString& text, qsizetype captionIndex = -1);
+    void Finish(ImportReport* report);
+
+    CQuestionnaire& m_q;
+    const QString& m_path;
+    const ImportOptions& m_options;
+    const CaptionList& m_captions;
+    util::MessageSink& m_messages;
+    ColumnMap m_map;
+    QStringList m_rejected;
+    qint32 m_count = 0;
+    std::unique_ptr<ReferenceIndex> m_index;
+};
+
+qint32 Importer::Run(ImportReport* report) {
+    QString text;
+    if (!util::LoadTextFile(m_path, text, false))
+        return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
+    RowCutter cutter(text);
+    QStringList cells;
+    if (!cutter.Next(cells))
+        return Fail(kImportNoRow, QString::fromLatin1(strings::kNotATranslationFile));
+    if (const qint32 code = CheckHeader(cells); code < 0)
+        return code;
+    if (m_options.copyIdentical)
+        m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
+    while (cutter.Next(cells)) {
+        if (cells.size() <= 2)
+            continue;
+        const qint32 questionId = CStaticTools::ToLong(cells[0]);
+        const qint32 responseId = CStaticTools::ToLong(cells[1]);
+        // Deliberately, a caption whose key holds a 0 cannot be imported.
+        if (questionId == 0 || responseId == 0)
+            continue;
+        if (m_options.copyIdentical)
+            CopyIdentical(cells);
+        else
+            ImportRow(cells, questionId, responseId);
+    }
+    text.clear();
+    Finish(report);
+    return m_count;
+}
+
+qint32 Importer::CheckHeader(const QStringList& header) {
+    const QString notTranslation = QString::fromLatin1(strings::kNotATranslationFile);
+    if (header.size() < 3)
+        return Fail(kImportShortHeader, notTranslation);
+    QStringList names;
+    CStaticTools::ReadStringSeparatorString(m_options.headerNames, QLatin1Char(','), names);
+    const QString first = names.value(0).isEmpty() ? QStringLiteral("QuestionId") : names[0];
+    const QString second = names.value(1).isEmpty() ? QStringLiteral("ResponseId") : names[1];
+    if (header[0] != first)
+        return Fail(kImportFirstHeader, notTranslation);
+    if (header[1] != second)
+        return Fail(kImportSecondHeader, notTranslation);
+    const qint32 code = m_options.explicitLanguages.isEmpty() ? MapHeaderLanguages(header)
+                                                              : MapExplicitLanguages();
+    if (code < 0)
+        return code;
+    if (m_options.onlyUnchanged && m_map.referenceColumn < 0)
+        return Fail(kImportNoReferenceColumn,
+                    QString::fromLatin1(strings::kReferenceLanguageNotFound));
+    return 0;
+}
+
+qint32 Importer::MapExplicitLanguages() {
+    for (qint32 lcid : m_options.explicitLanguages) {
+        const int index = int(m_options.languages.indexOf(lcid));
+        if (index < 0)
+            return Fail(kImportLanguageNotInQuestionnaire,
+                        QString::fromLatin1(strings::kLanguageNotDefined)
+                            .arg(CLanguage(quint32(lcid)).m_name));
+        if (lcid == m_options.referenceLanguage)
+            m_map.referenceColumn = m_map.entries.size();
+        m_map.entries.append(index);
+    }
+    return 0;
+}
+
+qint32 Importer::MapHeaderLanguages(const QStringList& header) {
+    const QString notTranslation = QString::fromLatin1(strings::kNotATranslationFile);
+    for (qsizetype column = 2; column < header.size(); ++column) {
+        const QString& cell = header[column];
+        // An empty title ends the languages: later columns are ignored altogether.
+        if (cell.isEmpty())
+            break;
+        if (cell.compare(QLatin1String("shortcut"), Qt::CaseInsensitive) == 0 ||
+            cell.compare(QLatin1String("entrycode"), Qt::CaseInsensitive) == 0) {
+            m_map.entries.append(-1);
+            continue;
+        }
+        const qsizetype parenthesis = cell.indexOf(QLatin1Char('('));
+        if (parenthesis < 0)
+            return Fail(kImportNoParenthesis, notTranslation);
+        qint32 lcid = 0;
+        if (!CStaticTools::EstLong(cell.left(parenthesis), lcid))
+            return Fail(kImportNotANumber, notTranslation);
+        const CLanguage language(static_cast<quint32>(lcid));
+        if (language.m_name.isEmpty())
+            return Fail(kImportUnknownLanguage, QString::fromLatin1(strings::kLanguageNotRecognised));
+        const int index = int(m_options.languages.indexOf(lcid));
+        if (index < 0)
+            return Fail(kImportLanguageNotInQuestionnaire,
+                        QString::fromLatin1(strings::kLanguageNotDefined).arg(language.m_name));
+        if (lcid == m_options.referenceLanguage)
+            m_map.referenceColumn = m_map.entries.size();
+        m_map.entries.append(index);
+    }
+    return 0;
+}
+
+void Importer::WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
+                                const QString& text, qsizetype captionIndex) {
+    const QString current = ReadCaption(m_q, questionId, responseId, language);
+    if (text == current)
+        return;
+    WriteCaption(m_q, questionId, responseId, language, text);
+    ++m_count;
+    if (m_index && captionIndex >= 0 && language == m_options.referenceLanguage)
+        m_index->Moved(captionIndex, current);
+}
+
+void Importer::ImportRow(QStringList& cells, qint32 questionId, qint32 responseId) {
+    if (m_options.onlyUnchanged) {
+        const QString current =
+            ReadCaption(m_q, questionId, responseId, m_options.referenceLanguage);
+        const qsizetype column = 2 + m_map.referenceColumn;
+        // A row too short to have the reference cell reads it as empty.
+        while (cells.size() <= column)
+            cells.append(QString());
+        UnescapeCell(cells[column]);
+        if (cells[column] != current) {
+            cells[column] = EscapeCaption(current);
+            m_rejected.append(cells.join(QLatin1Char('\t')));
+            return;
+        }
+    }
+    for (qsizetype i = 0; i < m_map.entries.size(); ++i) {
+        const qsizetype column = 2 + i;
+        const int language = m_map.entries[i];
+        if (column >= cells.size() || language < 0)
+            continue;
+        // An empty cell of the first language never clears it; in any other language it does.
+        if (language == 0 && cells[column].isEmpty())
+            continue;
+        UnescapeCell(cells[column]);
+        WriteIfDifferent(questionId, responseId, m_options.languages[language], cells[column]);
+    }
+}
+
+void Importer::CopyIdentical(QStringList& cells) {
+    QString source = cells[2];
+    UnescapeCell(source);
+    for (qsizetype k : m_index->Find(source)) {
+        if (m_index->Text(k) != source)
+            continue;
+        const qint32 questionId = m_captions.questionIds[k];
+        const qint32 responseId = m_captions.responseIds[k];
+        for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
+            const qsizetype column = 2 + i;
+            const int language = m_map.entries[i];
+            if (column >= cells.size() || language < 0)
+                continue;
+            // Each further match decodes the same cells once more.
+            UnescapeCell(cells[column]);
+            if (cells[column].isEmpty())
+                continue;
+            WriteIfDifferent(questionId, responseId, m_options.languages[language], cells[column], k);
+        }
+    }
+}
+
+void Importer::Finish(ImportReport* report) {
+    if (report)
+        report->rejectedRows = m_rejected.size();
+    // A single rejected row is deliberately neither written nor reported.
+    if (m_rejected.size() < 2) {
+        if (!m_options.silent)
+            m_messages.Show(QString::fromLatin1(strings::kCaptionsModified).arg(m_count));
+        return;
+    }
+    const QString unusedPath = QFileInfo(m_path).absolutePath() + QLatin1Char('/') +
+                               QString::fromLatin1(strings::kUnusedStringsFile);
+    QSaveFile file(unusedPath);
+    bool written = file.open(QIODevice::WriteOnly);
+    if (written) {
+        QString text(QChar(0xFEFF));
+        for (const QString& line : std::as_const(m_rejected))
+            text += line + QStringLiteral("\r\n");
+        QByteArray bytes(text.size() * 2, Qt::Uninitialized);
+        qToLittleEndian<quint16>(text.utf16(), text.size(), bytes.data());
+        written = file.write(bytes) == bytes.size() && file.commit();
+    }
+    if (!written && !m_options.silent)
+        m_messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
+    if (written && report)
+        report->unusedStringsPath = unusedPath;
+    if (!m_options.silent)
+        m_messages.Show(QString::fromLatin1(strings::kImportedWithRejects)
+                            .arg(m_count)
+                            .arg(m_rejected.size() - 1)
+                            .arg(unusedPath));
+}
+
+} // namespace
+
+qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
+                            const CaptionList& captions, util::MessageSink& messages,
+                            ImportReport* report) {
+    Importer importer(q, path, options, captions, messages);
+    return importer.Run(report);
+}
+
+} // namespace exchange

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "questionnaire/CaptionList.h"
+
+#include <QList>
+#include <QString>
+
+class CQuestionnaire;
+
+namespace util {
+class MessageSink;
+}
+
+namespace exchange {
+
+// The choices of one import.
+struct ImportOptions {
+    bool onlyUnchanged = false;     // reject rows whose reference text changed since the export
+    qint32 referenceLanguage = 0;   // the language the export carried as source
+    bool copyIdentical = false;     // apply each row to every caption with the same source text
+    QList<qint32> languages;        // the questionnaire's languages in column order
+    QString headerNames;            // expected first two header cells, comma-separated
+    QList<qint32> explicitLanguages; // languages of columns 3, 4, ... instead of the header's
+    bool silent = false;            // batch: no message is shown
+};
+
+// Result codes of ImportTranslatedFile besides the count of captions written.
+enum ImportResult : qint32 {
+    kImportCannotRead = -10,
+    kImportNoRow = -11,
+    kImportShortHeader = -12,
+    kImportFirstHeader = -13,
+    kImportSecondHeader = -14,
+    kImportNoParenthesis = -15,
+    kImportNotANumber = -16,
+    kImportUnknownLanguage = -17,
+    kImportLanguageNotInQuestionnaire = -18,
+    kImportNoReferenceColumn = -19,
+};
+
+struct ImportReport {
+    qint64 rejectedRows = 0;       // rows whose source text had changed
+    QString unusedStringsPath;     // where they were written, when they were
+};
+
+// Reads a translated file back into the questionnaire. Returns the number of captions written,
+// or one of the negative ImportResult codes (nothing is changed then).
+qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
+                            const questionnaire::CaptionList& captions,
+                            util::MessageSink& messages, ImportReport* report = nullptr);
+
+} // namespace exchange

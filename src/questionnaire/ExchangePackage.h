@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QtGlobal>
+
+// Names and limits of the exchange package (.qex), a ZIP file holding questionnaire.xml and any
+// further files. CQuestionnaire::ReadFromExchangeFormat and SaveToExchangeFormat use them.
+namespace questionnaire {
+
+// The entry that holds the questionnaire, at the top of the package.
+inline constexpr char kPackageXmlName[] = "questionnaire.xml";
+
+// Files at the top of a working folder with this ending are stamps that running instances own:
+// never packed, never removed, never overwritten by unpacking.
+inline constexpr char kStampSuffix[] = ".stp";
+
+// Unpacking refuses a package beyond these before it writes anything. A questionnaire with its
+// media is far below them; only a damaged or hostile package reaches them.
+inline constexpr qint64 kMaxPackageEntries = 10000;
+inline constexpr quint64 kMaxPackageEntrySize = quint64(1) << 30;      // 1 GiB, uncompressed
+inline constexpr quint64 kMaxPackageTotalSize = quint64(4) << 30;      // 4 GiB, uncompressed
+inline constexpr quint64 kMaxPackageRatio = 1000;                      // uncompressed : compressed
+inline constexpr quint64 kPackageRatioCheckedAbove = quint64(1) << 20; // 1 MiB
+
+// Bits of SaveToExchangeFormat's `flags`; -1 writes everything.
+inline constexpr qint32 kPackageWithCaptions = 1;
+inline constexpr qint32 kPackageWithRoutings = 2;
+
+} // namespace questionnaire

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class CQuestionnaire;
+
+namespace questionnaire {
+
+// Outcome of CQuestionnaire::Read. Values above 8 mean the questionnaire was read and the
+// result is only a warning.
+enum QesStatus : quint16 {
+    kQesOk = 0,
+    kQesCannotOpen = 1,        // the file is missing or cannot be opened
+    kQesNotADatabase = 2,      // the file is not a database
+    kQesNotAQuestionnaire = 3, // a table we need is missing
+    kQesBadSchema = 4,         // a column is missing or has the wrong type
+    kQesNewerFormat = 5,       // written by a program that knows a later format
+    kQesBadData = 6,           // a row holds something that cannot be (a duplicate id, a non-number)
+    kQesReadError = 7,         // the database failed while being read
+    kQesWrittenByOlderProgram = 9, // read; the file was last written by an older program
+    kQesRowsSkipped = 10,          // read; rows about questions or responses that do not exist
+};
+
+inline bool QesStatusMeansRead(quint16 status) {
+    return status == kQesOk || status > 8;
+}
+
+// Writes a whole new database file for the questionnaire. The file appears only when complete:
+// an existing file is replaced at once or not at all.
+bool WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 programVersion,
+                  QString& error);
+
+} // namespace questionnaire
+
+// Base of the database savers: the text of the last failure.
+class CDBStructureVirtual {
+public:
+    virtual ~CDBStructureVirtual();
+    const QString& GetLastError() const { return m_lastError; }
+
+protected:
+    QString m_lastError;
+};
+
+// Saves parts of a questionnaire into its existing database, each part in one transaction that
+// touches only that part's tables, so everything else in the file stays as it was. A caller that
+// saves several parts wraps them in BeginTransaction / CommitTransaction.
+class CDBStructureAdo : public CDBStructureVirtual {
+public:
+    static QString GetQesConnectionString(const QString& path);
+
+    explicit CDBStructureAdo(const QString& connection);
+    ~CDBStructureAdo() override;
+    CDBStructureAdo(const CDBStructureAdo&) = delete;
+    CDBStructureAdo& operator=(const CDBStructureAdo&) = delete;
+
+    // Opens the database; with `createIfMissing` a missing file becomes a new empty
+    // questionnaire database, otherwise it is an error.
+    virtual bool Open(bool createIfMissing);
+    bool SaveLanguages(CQuestionnaire& q);
+    bool SaveCaptionsOnly(CQuestionnaire* q);
+    bool SaveErrorMessages(CQuestionnaire& q);
+    bool DoSaveFilters(CQuestionnaire* q);
+
+    // Groups the savers that follow into one transaction: all of them reach the file, or none.
+    bool BeginTransaction();
+    bool CommitTransaction();
+    void RollbackTransaction();
+
+private:
+    struct Connection;
+    template <class F> bool InTransaction(const char* operation, F&& work);
+
+    QString m_path;
+    std::unique_ptr<Connection> m_connection;
+};

@@ -1,0 +1,173 @@
+#include "app/AppContext.h"
+#include "app/QuestionnaireDocument.h"
+#include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/QesDatabase.h"
+#include "questionnaire/QesSchema.h"
+#include "questionnaire/XmlFile.h"
+#include "util/MessageSink.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using app::FileType;
+
+namespace {
+
+const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+
+TEST(FileType, FromTheLastThreeLetters) {
+    const std::pair<const char*, FileType> cases[] = {
+        {"a/survey.qes", FileType::Database}, {"survey.QEX", FileType::Exchange},
+        {"survey.Qew", FileType::Campaign},   {"survey.xml", FileType::Xml},
+        {"surveyxml", FileType::Xml},         {"survey.txt", FileType::Database},
+        {"survey", FileType::Database},       {"xml.d/survey", FileType::Database},
+    };
+    for (const auto& [path, type] : cases)
+        EXPECT_EQ(app::FileTypeOf(QString::fromLatin1(path)), type) << path;
+}
+
+class DocumentTest : public ::testing::Test {
+protected:
+    QString Path(const QString& name) const { return m_dir.filePath(name); }
+
+    CQuestionnaire Load(const QString& path) {
+        app::QuestionnaireDocument document(m_app, m_messages);
+        EXPECT_TRUE(document.OpenSilently(path)) << path.toStdString();
+        return document.Questionnaire() ? *document.Questionnaire() : CQuestionnaire();
+    }
+
+    QTemporaryDir m_dir;
+    app::AppContext m_app;
+    util::RecordingSink m_messages;
+};
+
+TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
+    CQuestionnaire original;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, original));
+    const QStringList types = {QStringLiteral("xml"), QStringLiteral("qes"), QStringLiteral("qex")};
+    for (const QString& from : types) {
+        const QString source = Path(QStringLiteral("source.") + from);
+        {
+            app::QuestionnaireDocument document(m_app, m_messages);
+            ASSERT_TRUE(document.Open(kExample));
+            ASSERT_TRUE(document.Save(source)) << m_messages.messages.join(u'\n').toStdString();
+        }
+        for (const QString& to : types) {
+            const QString target = Path(QStringLiteral("%1-to-%2.%2").arg(from, to));
+            app::QuestionnaireDocument document(m_app, m_messages);
+            ASSERT_TRUE(document.Open(source));
+            ASSERT_TRUE(document.Save(target)) << from.toStdString() << " -> " << to.toStdString();
+            EXPECT_EQ(document.Type(), app::FileTypeOf(target));
+            EXPECT_EQ(Load(target), original) << from.toStdString() << " -> " << to.toStdString();
+        }
+    }
+    EXPECT_TRUE(m_messages.messages.isEmpty());
+}
+
+TEST_F(DocumentTest, SaveAsRules) {
+    const QString qes = Path(QStringLiteral("survey.qes"));
+    QString error;
+    ASSERT_TRUE(questionnaire::WriteQesFile(qes, testutil::MakeSample(), 0x100, error));
+    {   // A table the program does not know travels with a database copied by "Save As".
+        QSqlDatabase db = questionnaire::qes::OpenConnection(qes, false, error);
+        QSqlQuery(db).exec(QStringLiteral("CREATE TABLE extra (x TEXT)"));
+        questionnaire::qes::CloseConnection(db);
+    }
+    app::QuestionnaireDocument document(m_app, m_messages);
+    ASSERT_TRUE(document.Open(qes));
+    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman,
+                                QStringLiteral("Neu"));
+    const QString copy = Path(QStringLiteral("copy.qes"));
+    ASSERT_TRUE(document.Save(copy));
+    EXPECT_EQ(document.Path(), copy);
+    {
+        QSqlDatabase db = questionnaire::qes::OpenConnection(copy, true, error);
+        EXPECT_TRUE(QSqlQuery(db).exec(QStringLiteral("SELECT * FROM extra")));
+        questionnaire::qes::CloseConnection(db);
+    }
+    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman), QStringLiteral("Neu"));
+    // The original was not saved.
+    EXPECT_EQ(questionnaire::ReadCaption(Load(qes), 10, -1, testutil::kGerman), QString());
+
+    // The same path in other letters is the same file: saved in place, nothing copied.
+    ASSERT_TRUE(document.Save(copy.toUpper().replace(m_dir.path().toUpper(), m_dir.path())));
+    EXPECT_EQ(document.Path(), copy);
+    EXPECT_EQ(QDir(m_dir.path()).entryList({QStringLiteral("*.QES")}, QDir::Files, QDir::Name).size(), 2);
+    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("COPY.QES"))));
+
+    // A copy that cannot be made stops the save with its message.
+    EXPECT_FALSE(document.Save(Path(QStringLiteral("missing/folder/x.qes"))));
+    EXPECT_EQ(m_messages.messages.value(0), QStringLiteral("Cannot save the file"));
+    EXPECT_EQ(document.Path(), copy);
+}
+
+TEST_F(DocumentTest, LoadFailuresAreShownUnlessSilent) {
+    const QString broken = Path(QStringLiteral("broken.xml"));
+    ASSERT_TRUE(testutil::WriteAll(broken, "<questionnaire"));
+    const QString campaign = Path(QStringLiteral("wave.qew"));
+    ASSERT_TRUE(testutil::WriteAll(campaign, "x"));
+    for (const QString& path : {broken, campaign, Path(QStringLiteral("missing.qes"))}) {
+        m_messages.messages.clear();
+        app::QuestionnaireDocument document(m_app, m_messages);
+        EXPECT_FALSE(document.OpenSilently(path));
+        EXPECT_TRUE(m_messages.messages.isEmpty());
+        EXPECT_EQ(document.Questionnaire(), nullptr);
+        EXPECT_FALSE(document.Open(path));
+        ASSERT_EQ(m_messages.messages.size(), 1) << path.toStdString();
+        EXPECT_FALSE(m_messages.messages[0].isEmpty());
+    }
+}
+
+TEST_F(DocumentTest, PackageWorkingFolderLivesWhileTheDocumentHoldsIt) {
+    const QString qex = Path(QStringLiteral("survey.qex"));
+    {
+        app::QuestionnaireDocument document(m_app, m_messages);
+        ASSERT_TRUE(document.Open(kExample));
+        ASSERT_TRUE(document.Save(qex));
+    }
+    const QString folder = Path(QStringLiteral("survey.tmp"));
+    {
+        app::QuestionnaireDocument document(m_app, m_messages);
+        ASSERT_TRUE(document.Open(qex));
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/questionnaire.xml")));
+        EXPECT_TRUE(QFileInfo::exists(
+            folder + QStringLiteral("/stamp%1.stp").arg(m_app.stamps.stampNumber)));
+        questionnaire::WriteCaption(*document.Questionnaire(), 110, 4, testutil::kFrench,
+                                    QStringLiteral("Pas du tout satisfait"));
+        ASSERT_TRUE(document.SaveBatch());
+    }
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    EXPECT_EQ(questionnaire::ReadCaption(Load(qex), 110, 4, testutil::kFrench),
+              QStringLiteral("Pas du tout satisfait"));
+}
+
+TEST(AppContext, DictionaryPathAndRecentFiles) {
+    QSettings settings(QStringLiteral("Halvard Quist"), QStringLiteral("Translator"));
+    settings.remove(QStringLiteral("Settings/LibraryPath"));
+    const QString fallback = app::AppContext::DictionaryPath();
+    EXPECT_TRUE(fallback.endsWith(QLatin1String("/Varnel/Translator/Translator.dic")));
+    // The tests run with their own data folder, never the user's.
+    EXPECT_TRUE(fallback.startsWith(QString::fromLocal8Bit(qgetenv("XDG_DATA_HOME"))));
+    settings.setValue(QStringLiteral("Settings/LibraryPath"), QString());
+    EXPECT_EQ(app::AppContext::DictionaryPath(), fallback);
+    settings.setValue(QStringLiteral("Settings/LibraryPath"), QStringLiteral("/x/my.dic"));
+    settings.sync();
+    EXPECT_EQ(app::AppContext::DictionaryPath(), QStringLiteral("/x/my.dic"));
+    settings.remove(QStringLiteral("Settings/LibraryPath"));
+
+    app::RecentFiles recent;
+    for (const char* name : {"/a.qes", "/b.qes", "/c.qes", "/d.qes", "/e.qes", "/B.QES"})
+        recent.Add(QString::fromLatin1(name));
+    EXPECT_EQ(recent.Files(), (QStringList{QStringLiteral("/B.QES"), QStringLiteral("/e.qes"),
+                                           QStringLiteral("/d.qes"), QStringLiteral("/c.qes")}));
+    const qint32 stamp = app::DrawStampNumber();
+    EXPECT_GE(stamp, 0);
+    EXPECT_LE(stamp, 32767);
+}
+
+} // namespace

@@ -1,0 +1,242 @@
+#include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
+#include "exchange/ImportFile.h"
+#include "exchange/RowCutter.h"
+#include "questionnaire/CaptionAccess.h"
+#include "util/MessageSink.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace exchange;
+using questionnaire::ReadCaption;
+using testutil::kEnglish;
+using testutil::kFrench;
+using testutil::kGerman;
+
+namespace {
+
+constexpr char kHeader[] = "QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n";
+
+class ImportTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_q = testutil::MakeSample();
+        questionnaire::BuildCaptionList(m_q, m_captions, false);
+        m_options.languages = {kEnglish, kFrench, kGerman};
+        m_options.referenceLanguage = kEnglish;
+    }
+    QString Write(const QString& text, const QString& name = QStringLiteral("in.txt")) {
+        const QString path = m_dir.filePath(name);
+        EXPECT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
+        return path;
+    }
+    qint32 Import(const QString& text) { return ImportPath(Write(text)); }
+    qint32 ImportPath(const QString& path) {
+        m_messages.messages.clear();
+        return ImportTranslatedFile(m_q, path, m_options, m_captions, m_messages, &m_report);
+    }
+    QString Unused() const { return m_dir.filePath(QStringLiteral("UnusedStrings.txt")); }
+
+    QTemporaryDir m_dir;
+    CQuestionnaire m_q;
+    questionnaire::CaptionList m_captions;
+    ImportOptions m_options;
+    ImportReport m_report;
+    util::RecordingSink m_messages;
+};
+
+TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {
+    const QString notTranslation = QStringLiteral("This does not seem to be a translation file");
+    const struct {
+        const char* name;
+        QString text;
+        bool onlyUnchanged;
+        qint32 code;
+        QString message;
+    } cases[] = {
+        {"no row", QString(), false, -11, notTranslation},
+        {"only line ends", QStringLiteral("\r\n\r\n"), false, -12, notTranslation},
+        {"two header cells", QStringLiteral("QuestionId\tResponseId\r\n1\t-1\r\n"), false, -12,
+         notTranslation},
+        {"first title in other case", QStringLiteral("questionid\tResponseId\t1033(ENU)\r\n"), false,
+         -13, notTranslation},
+        {"second title", QStringLiteral("QuestionId\tResponse\t1033(ENU)\r\n"), false, -14,
+         notTranslation},
+        {"no parenthesis", QStringLiteral("QuestionId\tResponseId\tEnglish\r\n"), false, -15,
+         notTranslation},
+        {"not a number", QStringLiteral("QuestionId\tResponseId\tEN(ENU)\r\n"), false, -16,
+         notTranslation},
+        {"unknown language", QStringLiteral("QuestionId\tResponseId\t32767(XYZ)\r\n"), false, -17,
+         QStringLiteral("Language not recognised...")},
+        {"language not in the questionnaire",
+         QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1034(ESP)\r\n"), false, -18,
+         QStringLiteral("The language 'Spanish (Spain)' is not defined in the qes file!")},
+        {"no reference column", QStringLiteral("QuestionId\tResponseId\t1036(FRA)\r\n"), true, -19,
+         QStringLiteral("The reference language has not been found in the file! It is not "
+                        "possible to know if a caption has changed!")},
+    };
+    const CQuestionnaire before = m_q;
+    for (const auto& c : cases) {
+        m_options.onlyUnchanged = c.onlyUnchanged;
+        for (bool silent : {false, true}) {
+            m_options.silent = silent;
+            const QString row = QStringLiteral("10\t-1\tchanged\tchangé\r\n");
+            EXPECT_EQ(Import(c.text.isEmpty() ? QString() : c.text + row), c.code) << c.name;
+            EXPECT_EQ(m_messages.messages, silent ? QStringList() : QStringList{c.message})
+                << c.name;
+        }
+    }
+    EXPECT_EQ(m_q, before);
+}
+
+TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
+    EXPECT_EQ(ImportPath(m_dir.filePath(QStringLiteral("missing.txt"))), -10);
+    EXPECT_EQ(m_messages.messages.value(0),
+              QStringLiteral("Cannot open the file '%1'").arg(m_dir.filePath(QStringLiteral("missing.txt"))));
+    // UTF-16 without its mark is read as ANSI and stops at the first zero byte.
+    const QString unmarked = m_dir.filePath(QStringLiteral("unmarked.txt"));
+    testutil::WriteAll(unmarked, testutil::Utf16Le(QString::fromLatin1(kHeader) +
+                                                       QStringLiteral("10\t-1\tx\ty\r\n"), false));
+    EXPECT_EQ(ImportPath(unmarked), -10);
+}
+
+TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
+    const QString text = QString::fromLatin1(kHeader) +
+                         QStringLiteral("10\t-1\tHow satisfied are you?\tÊtes-vous satisfait ?\r\n"
+                                        "10\t-2\tSatisfaction\tSatisfaction\r\n"
+                                        "10\t-3\t\t\r\n"           // empty English: kept as it was
+                                        "10\t1\tVery\t\r\n"        // empty French: cleared
+                                        "0\t-1\tzero\tzero\r\n"    // a zero key is never imported
+                                        "10\t0\tzero\tzero\r\n"
+                                        "abc\t-1\tx\tx\r\n"        // not a number reads as 0
+                                        "999\t-1\tx\tx\r\n"        // unknown question
+                                        "10\r\n"                   // too short
+                                        "-2\t5\tSkipping ahead\tOn saute\r\n"
+                                        "-1\t3\tPlease answer this one.\tRépondez\\nsvp\r\n");
+    // A cell differing from a caption that does not exist counts as written, though the write
+    // finds nothing to change: the unknown question's two cells are in the count.
+    EXPECT_EQ(Import(text), 6);
+    EXPECT_EQ(m_messages.messages, QStringList{QStringLiteral("6 captions have been modified!")});
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QStringLiteral("Satisfaction"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -3, kEnglish), QStringLiteral("Read out\nthe scale"));
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kFrench), QString());
+    EXPECT_EQ(ReadCaption(m_q, -2, 5, kFrench), QStringLiteral("On saute"));
+    EXPECT_EQ(ReadCaption(m_q, -1, 3, kFrench), QStringLiteral("Répondez\nsvp"));
+    // Importing the same file again changes nothing but still counts the unknown question.
+    const CQuestionnaire after = m_q;
+    EXPECT_EQ(Import(text), 2);
+    EXPECT_EQ(m_q, after);
+}
+
+TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
+    // Shortcut columns are skipped; an empty title ends the languages.
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1031(DEU)\tshortcut\t1036(FRA)\t\t1033(ENU)\r\n"
+                                    "10\t-2\tZufriedenheit\tQ1\tSatisfaction\tx\tignored\r\n")),
+              2);
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kGerman), QStringLiteral("Zufriedenheit"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kEnglish), QStringLiteral("Satisfaction"));
+
+    // Explicit languages: the header's language cells are not read, its first two still are.
+    m_options.explicitLanguages = {kGerman};
+    m_options.headerNames = QStringLiteral("Key,Item");
+    EXPECT_EQ(Import(QStringLiteral("Key\tItem\tanything at all\r\n10\t-4\tKommentar\r\n")), 1);
+    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Kommentar"));
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\tx\r\n")), -13);
+}
+
+TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
+    m_options.onlyUnchanged = true;
+    // One rejected row (a change of letter case counts): no file, the plain message.
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
+                     QStringLiteral("10\t-2\tSATISFACTION\tSatisfaction\r\n"
+                                    "10\t1\tVery\tTrès bien\r\n")),
+              1);
+    EXPECT_EQ(m_messages.messages, QStringList{QStringLiteral("1 captions have been modified!")});
+    EXPECT_FALSE(QFileInfo::exists(Unused()));
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QString());
+
+    // Two rejected rows: both in the file, with the current source text; the message says one.
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
+                     QStringLiteral("10\t-1\tOld question\tAncienne\r\n"
+                                    "10\t-3\tOld\\ninstructions\tx\ty\r\n"
+                                    "10\t-2\tSatisfaction\tSatisfaction\r\n")),
+              1);
+    EXPECT_EQ(m_report.rejectedRows, 2);
+    EXPECT_EQ(testutil::ReadAll(Unused()),
+              testutil::Utf16Le(QStringLiteral("10\t-1\tHow satisfied are you?\tAncienne\r\n"
+                                               "10\t-3\tRead out\\nthe scale\tx\ty\r\n")));
+    EXPECT_EQ(m_messages.messages,
+              QStringList{QStringLiteral("1 captions have been imported!\r\n1 captions had been "
+                                         "modified since the export and were ignored. The file "
+                                         "'%1' has been created that will need to be "
+                                         "retranslated.")
+                              .arg(Unused())});
+    // A row too short to hold the reference cell reads it as empty.
+    m_options.languages = {kFrench, kEnglish, kGerman};
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\r\n"
+                                    "10\t1\tTrès\r\n10\t2\tPas vraiment\r\n")),
+              0);
+    EXPECT_EQ(m_report.rejectedRows, 2);
+}
+
+TEST_F(ImportTest, CopyIdenticalAppliesARowToEveryCaptionWithThatSource) {
+    m_options.copyIdentical = true;
+    questionnaire::WriteCaption(m_q, 20, -2, kEnglish, QStringLiteral("Very"));
+    questionnaire::WriteCaption(m_q, 10, 1, kGerman, QStringLiteral("Sehr"));
+    // The row's own keys do not matter, only its source text; empty cells clear nothing.
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"
+                                    "1\t1\tVery\tTrès\\ttab\t\r\n")),
+              2);
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kFrench), QStringLiteral("Très\ttab"));
+    EXPECT_EQ(ReadCaption(m_q, 20, -2, kFrench), QStringLiteral("Très\ttab"));
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kGerman), QStringLiteral("Sehr"));
+    // Each further match decodes the same cells once more: four backslashes and "t" give two
+    // backslashes and a tab for the first caption, one backslash and a tab for the second.
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n"
+                                    "1\t1\tVery\ta\\\\\\\\tb\r\n")),
+              2);
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kFrench), QStringLiteral("a\\\\\tb"));
+    EXPECT_EQ(ReadCaption(m_q, 20, -2, kFrench), QStringLiteral("a\\\tb"));
+}
+
+TEST_F(ImportTest, FilesAsSpreadsheetProgramsSaveThem) {
+    // LF line ends, quoted cells with tabs, quotes and line feeds, trailing empty cells dropped.
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\n"
+                                    "10\t-2\tSatisfaction\t\"Sa\ttis \"\"fac\"\"\ntion\"\n"
+                                    "10\t-4\t\t\t\"Kommentar\"\n"
+                                    "\n"
+                                    "10\t1\tVery\tTrès\tSehr")),
+              3);
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QStringLiteral("Sa\ttis \"fac\"\ntion"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kGerman), QString());
+    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Kommentar"));
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kGerman), QStringLiteral("Sehr"));
+}
+
+TEST(RowCutter, CutsLikeASpreadsheetReader) {
+    const struct {
+        QString text;
+        QList<QStringList> rows;
+    } cases[] = {
+        {QStringLiteral("a\tb\r\nc\td\r\n"), {{"a", "b"}, {"c", "d"}}},
+        {QStringLiteral("a\n\n\r\n\rb"), {{"a"}, {"b"}}},
+        {QStringLiteral("a\t\r\n"), {{"a", ""}}},
+        {QStringLiteral("a\t"), {{"a"}}}, // at the end an empty last cell is dropped
+        {QStringLiteral("\"x\ty\r\nz\"\tw"), {{"x\ty\r\nz", "w"}}},
+        {QStringLiteral("\"say \"\"hi\"\"\""), {{"say \"hi\""}}},
+        {QStringLiteral("ab\"c\td\"e"), {{"abc\tde"}}}, // a quote may stand anywhere
+        {QStringLiteral("\r\na"), {{""}, {"a"}}},      // a line end first ends an empty row
+        {QString(), {}},
+    };
+    for (const auto& c : cases) {
+        RowCutter cutter(c.text);
+        QList<QStringList> rows;
+        QStringList cells;
+        while (cutter.Next(cells))
+            rows.append(cells);
+        EXPECT_EQ(rows, c.rows) << c.text.toStdString();
+    }
+}
+
+} // namespace

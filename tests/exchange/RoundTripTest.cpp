@@ -1,0 +1,204 @@
+// Round-trip properties on generated questionnaires whose captions hold quotes, tabs, line
+// breaks, backslashes, characters outside the BMP and right-to-left text.
+#include "common/TestUtil.h"
+#include "exchange/CaptionEscaping.h"
+#include "exchange/ExportFile.h"
+#include "exchange/ImportFile.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/LanguageList.h"
+#include "questionnaire/Questionnaire.h"
+#include "util/MessageSink.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace exchange;
+using questionnaire::ReadCaption;
+using questionnaire::WriteCaption;
+
+namespace {
+
+const QList<qint32> kLanguages = {1033, 1036, 1037}; // English (main), French, Hebrew
+
+class Generator {
+public:
+    explicit Generator(unsigned start) : m_random(start) {}
+
+    QString Caption(bool safeOnly) {
+        static const QStringList pieces = {
+            QStringLiteral("word"), QStringLiteral(" "), QStringLiteral("\""), QStringLiteral("\t"),
+            QStringLiteral("\n"), QStringLiteral("\r\n"), QStringLiteral("\\"), QStringLiteral("n"),
+            QStringLiteral("t"), QStringLiteral("é"), QString::fromUtf16(u"\U0001F600"),
+            QString::fromUtf16(u"\u05E9\u05DC\u05D5\u05DD"), QStringLiteral("\"\""),
+            QStringLiteral(","), QStringLiteral("'")};
+        for (;;) {
+            QString text;
+            const int count = int(m_random() % 8);
+            for (int i = 0; i < count; ++i)
+                text += pieces[m_random() % pieces.size()];
+            if (!safeOnly || CaptionSurvivesRoundTrip(text, true))
+                return text;
+        }
+    }
+
+    CQuestionnaire Questionnaire(bool safeOnly) {
+        CQuestionnaire q;
+        for (qint32 lcid : kLanguages)
+            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
+        q.SetDefaultLanguage(1033);
+        for (int i = 1; i <= 40; ++i) {
+            auto question = std::make_unique<CQuestion>(i, QStringLiteral("Q%1").arg(i));
+            for (qint32 lcid : kLanguages) {
+                question->SetLocalisedLongCaption(lcid, Caption(safeOnly));
+                question->SetLocalisedShortCaption(lcid, Caption(safeOnly));
+            }
+            for (int r = 1; r <= int(m_random() % 4); ++r) {
+                auto response = std::make_unique<CModalite>(r, QString::number(r));
+                for (qint32 lcid : kLanguages)
+                    response->SetLocalisedLongCaption(lcid, Caption(safeOnly));
+                question->AddModalite(std::move(response));
+            }
+            q.AddQuestion(std::move(question));
+        }
+        // Every caption row has a distinct English text, so that rows can be told apart.
+        questionnaire::CaptionList list;
+        questionnaire::BuildCaptionList(q, list, false);
+        for (qsizetype k = 0; k < list.size(); ++k)
+            if (list.questionIds[k] > 0)
+                WriteCaption(q, list.questionIds[k], list.responseIds[k], 1033,
+                             QStringLiteral("#%1 ").arg(k) +
+                                 ReadCaption(q, list.questionIds[k], list.responseIds[k], 1033));
+        return q;
+    }
+
+    std::mt19937 m_random;
+};
+
+class RoundTripTest : public ::testing::TestWithParam<unsigned> {
+protected:
+    void SetUp() override { m_generator = std::make_unique<Generator>(GetParam()); }
+
+    QString Export(const CQuestionnaire& q, ExportReport* report = nullptr) {
+        ExportOptions options;
+        options.languages = questionnaire::DefaultLanguageOrder(q);
+        options.batch = true;
+        questionnaire::CaptionList list;
+        questionnaire::BuildCaptionList(q, list, false);
+        const QString path = m_dir.filePath(QStringLiteral("export.txt"));
+        ExportStringsForTranslation(path, q, options, list, m_messages, report);
+        return path;
+    }
+    qint32 Import(CQuestionnaire& q, const QString& path, bool onlyUnchanged,
+                  ImportReport* report = nullptr) {
+        ImportOptions options;
+        options.languages = questionnaire::DefaultLanguageOrder(q);
+        options.referenceLanguage = 1033;
+        options.onlyUnchanged = onlyUnchanged;
+        questionnaire::CaptionList list;
+        questionnaire::BuildCaptionList(q, list, false);
+        return ImportTranslatedFile(q, path, options, list, m_messages, report);
+    }
+    // Every (row, language) whose text differs between the two.
+    static QStringList Differences(const CQuestionnaire& a, const CQuestionnaire& b) {
+        QStringList keys;
+        questionnaire::CaptionList list;
+        questionnaire::BuildCaptionList(a, list, false);
+        for (qsizetype k = 0; k < list.size(); ++k)
+            for (qint32 lcid : kLanguages)
+                if (ReadCaption(a, list.questionIds[k], list.responseIds[k], lcid) !=
+                    ReadCaption(b, list.questionIds[k], list.responseIds[k], lcid))
+                    keys.append(QStringLiteral("%1/%2/%3")
+                                    .arg(list.questionIds[k])
+                                    .arg(list.responseIds[k])
+                                    .arg(lcid));
+        return keys;
+    }
+
+    std::unique_ptr<Generator> m_generator;
+    QTemporaryDir m_dir;
+    util::RecordingSink m_messages;
+};
+
+TEST_P(RoundTripTest, UntouchedFileChangesOnlyCaptionsTheExportWarnedAbout) {
+    const CQuestionnaire original = m_generator->Questionnaire(false);
+    CQuestionnaire q = original;
+    ExportReport report;
+    const QString path = Export(q, &report);
+    const qint32 written = Import(q, path, false);
+    const QStringList changed = Differences(original, q);
+    EXPECT_EQ(written, changed.size());
+    qint64 unsafe = 0;
+    for (const QString& key : changed) {
+        const QStringList parts = key.split(QLatin1Char('/'));
+        const QString before = ReadCaption(original, parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
+        EXPECT_FALSE(CaptionSurvivesRoundTrip(before, parts[2].toInt() == 1033)) << key.toStdString();
+        EXPECT_TRUE(report.unsafeKeys.size() < 10 ||
+                    report.unsafeKeys.contains(parts[0] + QLatin1Char('/') + parts[1]) ||
+                    report.unsafeCaptions > 10);
+        ++unsafe;
+    }
+    EXPECT_LE(unsafe, report.unsafeCaptions);
+}
+
+TEST_P(RoundTripTest, SafeCaptionsSurviveAndEditedCellsAreExactlyWhatIsWritten) {
+    CQuestionnaire q = m_generator->Questionnaire(true);
+    const CQuestionnaire original = q;
+    ExportReport report;
+    EXPECT_EQ(Import(q, Export(q, &report), false), 0);
+    EXPECT_EQ(report.unsafeCaptions, 0);
+    EXPECT_EQ(q, original);
+
+    // A translator fills some French and Hebrew cells: the file is the export of a copy with
+    // those cells changed.
+    CQuestionnaire translated = original;
+    questionnaire::CaptionList list;
+    questionnaire::BuildCaptionList(original, list, false);
+    QStringList edited;
+    for (qsizetype k = 0; k < list.size(); k += 3) {
+        const qint32 lcid = k % 2 ? 1036 : 1037;
+        const QString text = QStringLiteral("tr%1 ").arg(k) + m_generator->Caption(true);
+        if (text == ReadCaption(original, list.questionIds[k], list.responseIds[k], lcid))
+            continue;
+        WriteCaption(translated, list.questionIds[k], list.responseIds[k], lcid, text);
+        if (ReadCaption(translated, list.questionIds[k], list.responseIds[k], lcid) == text)
+            edited.append(QStringLiteral("%1/%2/%3").arg(list.questionIds[k]).arg(list.responseIds[k]).arg(lcid));
+    }
+    EXPECT_EQ(Import(q, Export(translated), false), edited.size());
+    EXPECT_EQ(Differences(original, q), edited);
+    EXPECT_EQ(q, translated);
+}
+
+TEST_P(RoundTripTest, SourceTextsChangedAfterTheExportAreRejectedExactly) {
+    CQuestionnaire q = m_generator->Questionnaire(true);
+    CQuestionnaire translated = q;
+    const QString path = Export(q);
+    questionnaire::CaptionList list;
+    questionnaire::BuildCaptionList(q, list, false);
+    int changedSources = 0;
+    for (qsizetype k = 1; k < list.size(); k += 7) {
+        if (list.questionIds[k] < 0)
+            continue;
+        WriteCaption(q, list.questionIds[k], list.responseIds[k], 1033, QStringLiteral("edited"));
+        ++changedSources;
+    }
+    const CQuestionnaire before = q;
+    ImportReport report;
+    m_messages.messages.clear();
+    EXPECT_EQ(Import(q, path, true, &report), 0);
+    EXPECT_EQ(q, before);
+    EXPECT_EQ(report.rejectedRows, changedSources);
+    ASSERT_GE(changedSources, 2);
+    const QByteArray unused = testutil::ReadAll(m_dir.filePath(QStringLiteral("UnusedStrings.txt")));
+    EXPECT_EQ(QString::fromUtf16(reinterpret_cast<const char16_t*>(unused.constData() + 2),
+                                 (unused.size() - 2) / 2)
+                  .count(QStringLiteral("\tedited\t")),
+              changedSources);
+    EXPECT_TRUE(m_messages.messages.last().contains(
+        QStringLiteral("%1 captions had been modified").arg(changedSources - 1)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Generated, RoundTripTest, ::testing::Values(1u, 2u, 3u, 4u, 5u));
+
+} // namespace

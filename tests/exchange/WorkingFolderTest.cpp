@@ -1,0 +1,226 @@
+#include "exchange/WorkingFolder.h"
+#include "common/TestUtil.h"
+#include "util/OleDate.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+#include <bit>
+
+using exchange::StampOwner;
+
+namespace {
+
+// Mid-July noon: no daylight-saving change anywhere falls within hours of it.
+const QDateTime kNoon(QDate(2026, 7, 15), QTime(12, 0));
+constexpr qint64 kHourMs = 3600 * 1000;
+
+StampOwner Owner(qint32 number, const QDateTime& at) {
+    return StampOwner{number, [at] { return at; }};
+}
+
+QByteArray StampBytes(double oleDate) {
+    QByteArray bytes(8, '\0');
+    qToLittleEndian(std::bit_cast<quint64>(oleDate), bytes.data());
+    return bytes;
+}
+
+TEST(WorkingFolderName, CutsThePathAtItsLastDot) {
+    const struct {
+        QString path;
+        QString folder;
+    } cases[] = {
+        {QStringLiteral("a/b/survey.qes"), QStringLiteral("a/b/survey.tmp/")},
+        {QStringLiteral("/srv/Wave3.QEX"), QStringLiteral("/srv/Wave3.tmp/")},
+        {QStringLiteral("a/b.c.qex"), QStringLiteral("a/b.c.tmp/")},
+        {QStringLiteral("a.b/survey"), QStringLiteral("a.tmp/")}, // the dot of a folder name
+        {QStringLiteral("survey."), QStringLiteral("survey.tmp/")},
+        {QStringLiteral("noext"), QString()},
+        {QString(), QString()},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(exchange::WorkingFolderOf(c.path), c.folder) << c.path.toStdString();
+}
+
+TEST(WorkingFolderName, StampNamesCarryTheNumberInDecimal) {
+    EXPECT_EQ(exchange::StampFileName(123), QStringLiteral("stamp123.stp"));
+    EXPECT_EQ(exchange::StampFileName(0), QStringLiteral("stamp0.stp"));
+    EXPECT_EQ(exchange::StampFileName(-7), QStringLiteral("stamp-7.stp"));
+}
+
+class WorkingFolderTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_dir.isValid());
+        m_path = m_dir.filePath(QStringLiteral("survey.qex"));
+        m_folder = exchange::WorkingFolderOf(m_path);
+    }
+
+    QString Stamp(qint32 number) const { return m_folder + exchange::StampFileName(number); }
+    bool FolderExists() const { return QFileInfo::exists(m_folder); }
+
+    // A folder holding only a foreign stamp written at `stampTime`, cleaned by run 1 at `now`.
+    bool KeptBy(const QDateTime& stampTime, const QDateTime& now) {
+        EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(2, stampTime), m_path), m_folder);
+        exchange::CleanWorkingFolder(Owner(1, now), m_path);
+        const bool kept = FolderExists();
+        QDir(m_folder).removeRecursively();
+        return kept;
+    }
+
+    QTemporaryDir m_dir;
+    QString m_path;
+    QString m_folder;
+};
+
+TEST_F(WorkingFolderTest, PrepareCreatesTheFolderAndWritesTheStamp) {
+    const QString folder = exchange::PrepareWorkingFolder(
+        Owner(7, QDateTime(QDate(2026, 11, 22), QTime(12, 0))), m_path);
+    EXPECT_EQ(folder, m_dir.filePath(QStringLiteral("survey.tmp/")));
+    EXPECT_EQ(testutil::ReadAll(Stamp(7)), QByteArray::fromHex("00000000 90a1e640"));
+
+    // A second preparation keeps what the folder holds and rewrites the stamp whole.
+    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("content.xml"), "<q/>"));
+    ASSERT_TRUE(testutil::WriteAll(Stamp(7), QByteArray(20, 'x')));
+    EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(7, kNoon), m_path), folder);
+    EXPECT_EQ(testutil::ReadAll(Stamp(7)), StampBytes(util::ToOleDate(kNoon)));
+    EXPECT_EQ(testutil::ReadAll(m_folder + QStringLiteral("content.xml")), "<q/>");
+    EXPECT_EQ(QDir(m_folder).entryList(QDir::Files | QDir::Hidden).size(), 2);
+}
+
+TEST_F(WorkingFolderTest, PathsWithoutADotHaveNoFolderToPrepareOrClean) {
+    const QString previous = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(m_dir.path()));
+    ASSERT_TRUE(QDir().mkdir(QStringLiteral("noext.tmp")));
+    ASSERT_TRUE(testutil::WriteAll(QStringLiteral("noext.tmp/stamp1.stp"), StampBytes(0.0)));
+    EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(1, kNoon), QStringLiteral("noext")), QString());
+    exchange::CleanWorkingFolder(Owner(1, kNoon), QStringLiteral("noext"));
+    const QStringList entries = QDir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    const QStringList inside = QDir(QStringLiteral("noext.tmp")).entryList(QDir::Files);
+    QDir::setCurrent(previous);
+    EXPECT_EQ(entries, QStringList{QStringLiteral("noext.tmp")});
+    EXPECT_EQ(inside, QStringList{QStringLiteral("stamp1.stp")});
+}
+
+TEST_F(WorkingFolderTest, StampsYoungerThanThreeWholeHoursKeepTheFolder) {
+    const QDateTime epoch(QDate(1899, 12, 30), QTime(0, 0));
+    const struct {
+        const char* label;
+        QDateTime stamp;
+        QDateTime now;
+        bool kept;
+    } cases[] = {
+        {"just written", kNoon, kNoon, true},
+        {"two hours", kNoon, kNoon.addMSecs(2 * kHourMs), true},
+        {"2:59:59.4 rounds down", kNoon, kNoon.addMSecs(3 * kHourMs - 600), true},
+        {"2:59:59.6 rounds up to 3 h", kNoon, kNoon.addMSecs(3 * kHourMs - 400), false},
+        {"exactly three hours", kNoon, kNoon.addMSecs(3 * kHourMs), false},
+        {"thirty days", kNoon, kNoon.addDays(30), false},
+        {"a minute in the future", kNoon, kNoon.addSecs(-60), true},
+        {"five hours in the future", kNoon, kNoon.addMSecs(-5 * kHourMs), true},
+        // Dates before the epoch only compare on the continuous day scale.
+        {"4 h old, both before the epoch", epoch.addMSecs(-22 * kHourMs),
+         epoch.addMSecs(-18 * kHourMs), false},
+        {"1.5 h old, across the epoch", epoch.addMSecs(-kHourMs), epoch.addMSecs(kHourMs / 2),
+         true},
+        {"5 h old, across the epoch", epoch.addMSecs(-4 * kHourMs), epoch.addMSecs(kHourMs), false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(KeptBy(c.stamp, c.now), c.kept) << c.label;
+}
+
+TEST_F(WorkingFolderTest, OwnStampAloneLetsTheWholeFolderGo) {
+    ASSERT_EQ(exchange::PrepareWorkingFolder(Owner(123, kNoon), m_path), m_folder);
+    ASSERT_TRUE(QFile::rename(Stamp(123), m_folder + QStringLiteral("STAMP123.STP")));
+    ASSERT_TRUE(QDir(m_folder).mkpath(QStringLiteral("media/images")));
+    ASSERT_TRUE(QDir(m_folder).mkdir(QStringLiteral("folder.stp")));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("media/images/a.png"), "png"));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("questionnaire.xml"), "<q/>"));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("old.stp"),
+                                   StampBytes(util::ToOleDate(kNoon.addDays(-1)))));
+    ASSERT_TRUE(QFile::setPermissions(m_folder + QStringLiteral("questionnaire.xml"),
+                                      QFileDevice::ReadOwner | QFileDevice::ReadUser));
+    ASSERT_TRUE(QFile::setPermissions(m_folder + QStringLiteral("media"),
+                                      QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+#ifdef Q_OS_UNIX
+    // A stamp that cannot be read protects nothing.
+    ASSERT_TRUE(QFile::link(m_dir.filePath(QStringLiteral("nowhere")),
+                            m_folder + QStringLiteral("broken.stp")));
+#endif
+    exchange::CleanWorkingFolder(Owner(123, kNoon.addSecs(60)), m_path);
+    EXPECT_FALSE(FolderExists());
+}
+
+TEST_F(WorkingFolderTest, OnlyTheExactNumberIsOwn) {
+    ASSERT_EQ(exchange::PrepareWorkingFolder(Owner(1234, kNoon), m_path), m_folder);
+    exchange::CleanWorkingFolder(Owner(123, kNoon), m_path);
+    EXPECT_TRUE(QFileInfo::exists(Stamp(1234)));
+}
+
+TEST_F(WorkingFolderTest, ShortStampsReadAsFarAsTheyGo) {
+    // The missing high bytes read as zero, which leaves a value next to the epoch; a clock
+    // set just after the epoch shows whether the stamp was taken for that value.
+    const QDateTime epoch(QDate(1899, 12, 30), QTime(0, 0));
+    const QByteArray full = StampBytes(46348.5);
+    const struct {
+        QByteArray bytes;
+        QDateTime now;
+        bool kept;
+    } cases[] = {
+        {full.left(7), epoch.addMSecs(kHourMs), true},
+        {full.left(7), epoch.addMSecs(3 * kHourMs), false},
+        {QByteArray(), epoch.addMSecs(2 * kHourMs), true},
+        {QByteArray("\x01\x02\x03", 3), epoch.addMSecs(4 * kHourMs), false},
+    };
+    for (const auto& c : cases) {
+        ASSERT_TRUE(QDir().mkdir(m_folder));
+        ASSERT_TRUE(testutil::WriteAll(Stamp(2), c.bytes));
+        exchange::CleanWorkingFolder(Owner(1, c.now), m_path);
+        EXPECT_EQ(FolderExists(), c.kept) << c.bytes.size() << " bytes";
+        QDir(m_folder).removeRecursively();
+    }
+}
+
+// The stamps in the order the file system lists them, which is the order the clean-up meets them.
+QStringList StampsInListingOrder(const QString& folder) {
+    QStringList names;
+    QDirIterator it(folder, {QStringLiteral("*.stp")}, QDir::Files);
+    while (it.hasNext()) {
+        it.next();
+        names.append(it.fileName());
+    }
+    return names;
+}
+
+TEST_F(WorkingFolderTest, YoungForeignStampStopsTheCleanUpWhereItIsMet) {
+    // Whether this run's stamp is met first depends on the file system, so folders are tried
+    // with varied names and creation orders until both cases have been seen.
+    const StampOwner own = Owner(1, kNoon);
+    bool ownMetFirst = false;
+    bool foreignMetFirst = false;
+    for (int i = 0; i < 64 && !(ownMetFirst && foreignMetFirst); ++i) {
+        const QString path = m_dir.filePath(QStringLiteral("q%1.qex").arg(i));
+        const StampOwner foreign = Owner(100 + i, kNoon.addSecs(-3600));
+        exchange::PrepareWorkingFolder(i % 2 ? own : foreign, path);
+        const QString folder = exchange::PrepareWorkingFolder(i % 2 ? foreign : own, path);
+        ASSERT_TRUE(testutil::WriteAll(folder + QStringLiteral("data.xml"), "<q/>"));
+        const QStringList order = StampsInListingOrder(folder);
+        ASSERT_EQ(order.size(), 2);
+        const bool ownFirst = order.first() == exchange::StampFileName(1);
+
+        exchange::CleanWorkingFolder(own, path);
+        EXPECT_TRUE(QFileInfo::exists(folder + exchange::StampFileName(100 + i)));
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("data.xml")));
+        EXPECT_EQ(QFileInfo::exists(folder + exchange::StampFileName(1)), !ownFirst) << i;
+        (ownFirst ? ownMetFirst : foreignMetFirst) = true;
+    }
+    EXPECT_TRUE(ownMetFirst);
+    EXPECT_TRUE(foreignMetFirst);
+}
+
+} // namespace

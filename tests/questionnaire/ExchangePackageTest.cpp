@@ -1,0 +1,573 @@
+#include "questionnaire/ExchangePackage.h"
+#include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
+#include "questionnaire/XmlFile.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <zip.h>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+#include <vector>
+
+using namespace questionnaire;
+
+namespace {
+
+// --- packages assembled byte by byte, for what libzip will not write ---
+
+constexpr quint64 kActualSize = ~quint64(0);
+
+struct RawEntry {
+    QByteArray name;
+    QByteArray data;
+    quint64 declaredSize = kActualSize; // the uncompressed size the headers claim
+    quint32 unixMode = 0100644;
+};
+
+quint32 Crc32(const QByteArray& data) {
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char byte : data) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+void Put(QByteArray& out, quint64 value, int bytes) {
+    for (int i = 0; i < bytes; ++i)
+        out.append(char((value >> (8 * i)) & 0xFF));
+}
+
+// A ZIP of stored entries made on Unix; a declared size beyond 32 bits goes into a Zip64 field
+// of both headers, as real tools write it.
+QByteArray RawZip(const std::vector<RawEntry>& entries) {
+    QByteArray local;
+    QByteArray central;
+    for (const RawEntry& e : entries) {
+        const quint64 size =
+            e.declaredSize == kActualSize ? quint64(e.data.size()) : e.declaredSize;
+        const bool zip64 = size >= 0xFFFFFFFFu;
+        QByteArray extra;
+        if (zip64) {
+            Put(extra, 1, 2);
+            Put(extra, 16, 2);
+            Put(extra, size, 8);
+            Put(extra, quint64(e.data.size()), 8);
+        }
+        const auto fields = [&](QByteArray& out) {
+            Put(out, zip64 ? 45 : 20, 2); // version needed
+            Put(out, 0, 2);               // flags
+            Put(out, 0, 2);               // stored
+            Put(out, 0x00210000, 4);      // 1980-01-01 00:00
+            Put(out, Crc32(e.data), 4);
+            Put(out, zip64 ? 0xFFFFFFFFu : quint64(e.data.size()), 4);
+            Put(out, zip64 ? 0xFFFFFFFFu : size, 4);
+            Put(out, quint64(e.name.size()), 2);
+            Put(out, quint64(extra.size()), 2);
+        };
+        Put(central, 0x02014b50, 4);
+        Put(central, 0x0314, 2); // made by Unix
+        fields(central);
+        Put(central, 0, 6); // comment length, disk, internal attributes
+        Put(central, quint64(e.unixMode) << 16, 4);
+        Put(central, quint64(local.size()), 4);
+        central += e.name + extra;
+        Put(local, 0x04034b50, 4);
+        fields(local);
+        local += e.name + extra + e.data;
+    }
+    QByteArray zip = local + central;
+    Put(zip, 0x06054b50, 4);
+    Put(zip, 0, 4);
+    Put(zip, entries.size(), 2);
+    Put(zip, entries.size(), 2);
+    Put(zip, quint64(central.size()), 4);
+    Put(zip, quint64(local.size()), 4);
+    Put(zip, 0, 2);
+    return zip;
+}
+
+QByteArray SampleXml() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("q.xml"));
+    return WriteXmlFile(path, testutil::MakeSample()) ? testutil::ReadAll(path) : QByteArray();
+}
+
+QByteArray PseudoRandomBytes(qsizetype size) {
+    QRandomGenerator generator(42);
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char& byte : bytes)
+        byte = char(generator.bounded(256));
+    return bytes;
+}
+
+// --- reading packages back ---
+
+QStringList EntryNames(const QString& qex) {
+    QStringList names;
+    zip_t* zip = zip_open(QFile::encodeName(qex).constData(), ZIP_RDONLY, nullptr);
+    if (!zip)
+        return {QStringLiteral("<not a zip>")};
+    for (zip_int64_t i = 0; i < zip_get_num_entries(zip, 0); ++i)
+        names << QString::fromUtf8(zip_get_name(zip, zip_uint64_t(i), 0));
+    zip_discard(zip);
+    return names;
+}
+
+QByteArray EntryData(const QString& qex, const char* name, zip_int32_t* method = nullptr) {
+    QByteArray data;
+    zip_t* zip = zip_open(QFile::encodeName(qex).constData(), ZIP_RDONLY, nullptr);
+    zip_stat_t st;
+    if (zip && zip_stat(zip, name, 0, &st) == 0) {
+        if (method)
+            *method = st.comp_method;
+        data.resize(qsizetype(st.size));
+        zip_file_t* file = zip_fopen(zip, name, 0);
+        if (!file || zip_fread(file, data.data(), st.size) != zip_int64_t(st.size))
+            data = "<unreadable>";
+        if (file)
+            zip_fclose(file);
+    }
+    if (zip)
+        zip_discard(zip);
+    return data;
+}
+
+class ExchangePackageTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_root.isValid());
+        QDir root(m_root.path());
+        ASSERT_TRUE(root.mkdir(QStringLiteral("work")));
+        ASSERT_TRUE(root.mkdir(QStringLiteral("outside")));
+        ASSERT_TRUE(testutil::WriteAll(Outside() + QStringLiteral("/sentinel.txt"), "mine"));
+    }
+
+    // What the tests themselves make beside the working folder, besides packages.
+    inline static const QStringList kOwnFolders{QStringLiteral("work"), QStringLiteral("outside"),
+                                                QStringLiteral("second"), QStringLiteral("extra"),
+                                                QStringLiteral("locked")};
+
+    QString Path(const QString& name) const { return m_root.filePath(name); }
+    QString Work() const { return Path(QStringLiteral("work")) + QLatin1Char('/'); }
+    QString Outside() const { return Path(QStringLiteral("outside")); }
+
+    // Everything below a folder, links listed and never followed.
+    static QStringList Tree(const QString& folder) {
+        QStringList items;
+        QDirIterator it(folder,
+                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext())
+            items << QDir(folder).relativeFilePath(it.next());
+        items.sort();
+        return items;
+    }
+
+    // Nothing outside the working folder may change, whatever a package holds.
+    void ExpectOutsideUntouched() const {
+        EXPECT_EQ(Tree(Outside()), QStringList{QStringLiteral("sentinel.txt")});
+        EXPECT_EQ(testutil::ReadAll(Outside() + QStringLiteral("/sentinel.txt")), "mine");
+        const QStringList top =
+            QDir(m_root.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        for (const QString& name : top) {
+            EXPECT_TRUE(kOwnFolders.contains(name) || name.endsWith(QLatin1String(".qex")))
+                << "appeared beside the working folder: " << name.toStdString();
+        }
+    }
+
+    QString WritePackage(const QByteArray& bytes) const {
+        const QString qex = Path(QStringLiteral("in.qex"));
+        EXPECT_TRUE(testutil::WriteAll(qex, bytes));
+        return qex;
+    }
+
+    // A package refused before unpacking: its message names the entry and the reason, the
+    // questionnaire and the working folder stay exactly as they were.
+    void ExpectRefusedUntouched(const QByteArray& package, const QString& entry,
+                                const QString& reason) {
+        ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("old.txt"), "old"));
+        CQuestionnaire q = testutil::MakeSample();
+        const CQuestionnaire before = q;
+        EXPECT_FALSE(q.ReadFromExchangeFormat(WritePackage(package), Work()));
+        EXPECT_TRUE(q.m_lastError.contains(reason)) << q.m_lastError.toStdString();
+        if (!entry.isEmpty()) {
+            EXPECT_TRUE(q.m_lastError.contains(QLatin1Char('\'') + entry + QLatin1Char('\'')))
+                << q.m_lastError.toStdString();
+        }
+        EXPECT_TRUE(q.m_lastError.endsWith(QLatin1String("Nothing was unpacked.")));
+        EXPECT_EQ(q, before);
+        EXPECT_EQ(Tree(Work()), QStringList{QStringLiteral("old.txt")});
+        ExpectOutsideUntouched();
+    }
+
+    QTemporaryDir m_root;
+};
+
+TEST_F(ExchangePackageTest, RoundTripKeepsModelAndMediaBytes) {
+    const QString qex = Path(QStringLiteral("survey.qex"));
+    CQuestionnaire q = testutil::MakeSample();
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), -1)) << q.m_lastError.toStdString();
+    // Without a working folder the package holds the XML alone, as WriteXmlFile writes it.
+    EXPECT_EQ(EntryNames(qex), QStringList{QString::fromLatin1(kPackageXmlName)});
+    zip_int32_t method = -1;
+    EXPECT_EQ(EntryData(qex, kPackageXmlName, &method), SampleXml());
+    EXPECT_EQ(method, ZIP_CM_DEFLATE);
+
+    CQuestionnaire read;
+    ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.m_lastError.toStdString();
+    EXPECT_EQ(read, q);
+    EXPECT_EQ(read.GetExchangeFolder(), Work());
+
+    // Media beside the XML; stamps and links stay out of the package.
+    const QByteArray photo = PseudoRandomBytes(1536 * 1024);
+    ASSERT_TRUE(QDir(Work()).mkpath(QStringLiteral("media/notes")));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("media/photo.png"), photo));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("media/notes/.hidden.txt"), "h"));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("run3.stp"), "stamp"));
+    ASSERT_TRUE(
+        QFile::link(Outside() + QStringLiteral("/sentinel.txt"), Work() + QStringLiteral("link")));
+    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("linked")));
+    read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench, QStringLiteral("Nouveau"));
+    ASSERT_TRUE(read.SaveToExchangeFormat(qex, QString(), -1)) << read.m_lastError.toStdString();
+    EXPECT_EQ(EntryNames(qex), (QStringList{QStringLiteral("questionnaire.xml"),
+                                            QStringLiteral("media/notes/.hidden.txt"),
+                                            QStringLiteral("media/photo.png")}));
+    EXPECT_EQ(EntryData(qex, "media/photo.png", &method), photo);
+    EXPECT_EQ(method, ZIP_CM_DEFLATE);
+    // The working folder's XML is the saved one too.
+    EXPECT_EQ(testutil::ReadAll(Work() + QStringLiteral("questionnaire.xml")),
+              EntryData(qex, kPackageXmlName));
+
+    CQuestionnaire again;
+    const QString second = Path(QStringLiteral("second"));
+    ASSERT_TRUE(QDir().mkdir(second));
+    ASSERT_TRUE(again.ReadFromExchangeFormat(qex, second)) << again.m_lastError.toStdString();
+    EXPECT_EQ(again, read);
+    EXPECT_NE(again, q);
+    EXPECT_EQ(testutil::ReadAll(second + QStringLiteral("/media/photo.png")), photo);
+    EXPECT_EQ(Tree(second), (QStringList{QStringLiteral("media"), QStringLiteral("media/notes"),
+                                         QStringLiteral("media/notes/.hidden.txt"),
+                                         QStringLiteral("media/photo.png"),
+                                         QStringLiteral("questionnaire.xml")}));
+    ExpectOutsideUntouched();
+}
+
+TEST_F(ExchangePackageTest, FlagsChooseCaptionsAndRoutings) {
+    const CQuestionnaire sample = testutil::MakeSample();
+    ASSERT_GT(sample.GetNbreFiltre(), 0);
+    struct Case {
+        qint32 flags;
+        bool captions;
+        bool routings;
+    };
+    const Case cases[] = {
+        {-1, true, true}, {0, false, false}, {1, true, false}, {2, false, true}, {3, true, true}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.flags);
+        const QString qex = Path(QStringLiteral("flags.qex"));
+        CQuestionnaire q = sample;
+        ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), c.flags));
+        CQuestionnaire read;
+        ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.m_lastError.toStdString();
+        EXPECT_EQ(read.GetNbreFiltre() > 0, c.routings);
+        EXPECT_EQ(!read.GetQuestion(0).GetLocalisedLongCaption(testutil::kEnglish).isEmpty(),
+                  c.captions);
+        EXPECT_EQ(read.GetNbreQuestion(), sample.GetNbreQuestion());
+        if (c.captions && c.routings) {
+            EXPECT_EQ(EntryData(qex, kPackageXmlName), SampleXml());
+        }
+    }
+}
+
+TEST_F(ExchangePackageTest, ExtraFolderIsPackedButNeverReplacesTheQuestionnaire) {
+    const QString extra = Path(QStringLiteral("extra"));
+    ASSERT_TRUE(QDir().mkpath(extra + QStringLiteral("/docs")));
+    ASSERT_TRUE(testutil::WriteAll(extra + QStringLiteral("/docs/manual.pdf"), "%PDF"));
+    ASSERT_TRUE(testutil::WriteAll(extra + QStringLiteral("/questionnaire.xml"), "not ours"));
+    ASSERT_TRUE(testutil::WriteAll(extra + QStringLiteral("/keep.stp"), "packed here"));
+    const QString qex = Path(QStringLiteral("extra.qex"));
+    CQuestionnaire q = testutil::MakeSample();
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, extra, -1)) << q.m_lastError.toStdString();
+    EXPECT_EQ(EntryNames(qex),
+              (QStringList{QStringLiteral("questionnaire.xml"), QStringLiteral("docs/manual.pdf"),
+                           QStringLiteral("keep.stp")}));
+    EXPECT_EQ(EntryData(qex, "docs/manual.pdf"), "%PDF");
+    EXPECT_EQ(EntryData(qex, kPackageXmlName), SampleXml());
+}
+
+TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
+    ASSERT_TRUE(QDir(Work()).mkpath(QStringLiteral("old/deep")));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("old/deep/x.txt"), "x"));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral(".hidden"), "x"));
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("run7.STP"), "stamp"));
+    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("old/linked")));
+    const QString qex = WritePackage(RawZip({{"questionnaire.xml", SampleXml()},
+                                             {"media/", {}},
+                                             {"media/a.png", "png"},
+                                             {"other.stp", "not a stamp of ours"}}));
+    CQuestionnaire q;
+    ASSERT_TRUE(q.ReadFromExchangeFormat(qex, Work())) << q.m_lastError.toStdString();
+    EXPECT_EQ(q, testutil::MakeSample());
+    EXPECT_EQ(Tree(Work()),
+              (QStringList{QStringLiteral("media"), QStringLiteral("media/a.png"),
+                           QStringLiteral("questionnaire.xml"), QStringLiteral("run7.STP")}));
+    EXPECT_EQ(testutil::ReadAll(Work() + QStringLiteral("run7.STP")), "stamp");
+    ExpectOutsideUntouched();
+}
+
+TEST_F(ExchangePackageTest, HostileNamesAreRefusedBeforeAnythingIsWritten) {
+    const QByteArray intoOutside = QFile::encodeName(Outside() + QStringLiteral("/evil"));
+    const struct {
+        QByteArray name;
+        const char* reason;
+    } cases[] = {
+        {"../x", "'..' path component"},
+        {"media/../../x", "'..' path component"},
+        {"media\\..\\..\\x", "'..' path component"},
+        {"..", "'..' path component"},
+        {intoOutside, "an absolute name"},
+        {"\\tmp\\evil", "an absolute name"},
+        {"C:evil.txt", "an absolute name"},
+        {"c:/evil.txt", "an absolute name"},
+        {"media//x", "an empty or '.' path component"},
+        {"./questionnaire.xml", "an empty or '.' path component"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name.toStdString());
+        // The hostile entry comes after good ones, which must not have been written either.
+        ExpectRefusedUntouched(
+            RawZip({{"questionnaire.xml", SampleXml()}, {"media/a.png", "png"}, {c.name, "evil"}}),
+            QString::fromUtf8(c.name), QString::fromLatin1(c.reason));
+    }
+}
+
+TEST_F(ExchangePackageTest, HostileEntriesAreRefusedBeforeAnythingIsWritten) {
+    const QByteArray xml = SampleXml();
+    const QByteArray nearlyIncompressible = PseudoRandomBytes(1100000);
+    std::vector<RawEntry> overTotal;
+    for (int i = 1; i <= 5; ++i) // each at the entry limit and within the ratio
+        overTotal.push_back(
+            {"part" + QByteArray::number(i) + ".bin", nearlyIncompressible, kMaxPackageEntrySize});
+    overTotal.push_back({"questionnaire.xml", xml});
+    std::vector<RawEntry> tooMany{{"questionnaire.xml", xml}};
+    for (qint64 i = 0; i < kMaxPackageEntries; ++i)
+        tooMany.push_back({"f" + QByteArray::number(i), {}});
+    const struct {
+        const char* label;
+        QByteArray package;
+        QString entry;
+        QString reason;
+    } cases[] = {
+        {"link",
+         RawZip({{"questionnaire.xml", xml}, {"link", "/etc/passwd", kActualSize, 0120777}}),
+         QStringLiteral("link"), QStringLiteral("a symbolic link")},
+        {"duplicate", RawZip({{"questionnaire.xml", xml}, {"a.png", "1"}, {"a.png", "2"}}),
+         QStringLiteral("a.png"), QStringLiteral("two entries with the same name")},
+        {"duplicate by separator",
+         RawZip({{"questionnaire.xml", xml}, {"m/a.png", "1"}, {"m\\a.png", "2"}}),
+         QStringLiteral("m/a.png"), QStringLiteral("two entries with the same name")},
+        {"file and folder", RawZip({{"questionnaire.xml", xml}, {"m", "1"}, {"m/a.png", "2"}}),
+         QStringLiteral("m"), QStringLiteral("both a file and a folder")},
+        {"10 GB", RawZip({{"questionnaire.xml", xml}, {"huge.bin", "x", 10000000000ull}}),
+         QStringLiteral("huge.bin"), QStringLiteral("declared larger than 1 GiB (10000000000")},
+        {"total", RawZip(overTotal), QStringLiteral("part5.bin"),
+         QStringLiteral("more than 4 GiB")},
+        {"no xml", RawZip({{"Questionnaire.XML", xml}, {"questionnaire.xml/", {}}}), QString(),
+         QStringLiteral("holds no questionnaire.xml")},
+        {"too many", RawZip(tooMany), QString(), QStringLiteral("holds 10001 entries")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
+        ExpectRefusedUntouched(c.package, c.entry, c.reason);
+    }
+}
+
+TEST_F(ExchangePackageTest, ZipBombIsRefusedBeforeAnythingIsWritten) {
+    const QString qex = Path(QStringLiteral("bomb.qex"));
+    const QByteArray xml = SampleXml();
+    const QByteArray zeros(2 << 20, '\0');
+    zip_t* zip = zip_open(QFile::encodeName(qex).constData(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    ASSERT_NE(zip, nullptr);
+    for (const auto& [name, data] : {std::pair{"questionnaire.xml", &xml}, {"zeros.bin", &zeros}}) {
+        zip_source_t* source =
+            zip_source_buffer(zip, data->constData(), zip_uint64_t(data->size()), 0);
+        const zip_int64_t index = zip_file_add(zip, name, source, 0);
+        ASSERT_GE(index, 0);
+        ASSERT_EQ(zip_set_file_compression(zip, zip_uint64_t(index), ZIP_CM_DEFLATE, 9), 0);
+    }
+    ASSERT_EQ(zip_close(zip), 0);
+    zip_int32_t method = 0;
+    ASSERT_EQ(EntryData(qex, "zeros.bin", &method), zeros);
+    zip = zip_open(QFile::encodeName(qex).constData(), ZIP_RDONLY, nullptr);
+    zip_stat_t st;
+    ASSERT_EQ(zip_stat(zip, "zeros.bin", 0, &st), 0);
+    zip_discard(zip);
+    ASSERT_GT(st.size, st.comp_size * kMaxPackageRatio) << "the sample must exceed the ratio";
+    ExpectRefusedUntouched(testutil::ReadAll(qex), QStringLiteral("zeros.bin"),
+                           QStringLiteral("compressed more than 1000:1"));
+}
+
+TEST_F(ExchangePackageTest, DataBeyondTheDeclaredSizeStopsUnpacking) {
+    ASSERT_TRUE(testutil::WriteAll(Work() + QStringLiteral("run1.stp"), "stamp"));
+    const QString qex = WritePackage(
+        RawZip({{"questionnaire.xml", SampleXml()}, {"big.bin", QByteArray(200000, 'b'), 100}}));
+    CQuestionnaire q;
+    EXPECT_FALSE(q.ReadFromExchangeFormat(qex, Work()));
+    EXPECT_TRUE(q.m_lastError.contains(QLatin1String("'big.bin'")));
+    EXPECT_TRUE(q.m_lastError.contains(QLatin1String("more bytes than the 100 it declares")))
+        << q.m_lastError.toStdString();
+    EXPECT_TRUE(q.GetExchangeFolder().isEmpty());
+    // Nothing half-unpacked is left behind, and the stamp of the other instance stays.
+    EXPECT_EQ(Tree(Work()), QStringList{QStringLiteral("run1.stp")});
+    ExpectOutsideUntouched();
+}
+
+TEST_F(ExchangePackageTest, LinksPlantedInTheWorkingFolderAreNeverWrittenThrough) {
+    const QString sentinel = Outside() + QStringLiteral("/sentinel.txt");
+    const struct {
+        QString link;
+        QString target;
+        QByteArray entry;
+        bool read;
+    } cases[] = {
+        // An ordinary link is removed with the old contents; the entry lands in a real folder.
+        {QStringLiteral("media"), Outside(), "media/photo.png", true},
+        // Stamp-like names survive the clean-up, so the link is still there when unpacking.
+        {QStringLiteral("media.stp"), Outside(), "media.stp/photo.png", false},
+        // A stamp name at the top is never unpacked over.
+        {QStringLiteral("run.stp"), sentinel, "run.stp", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.entry.toStdString());
+        ASSERT_TRUE(QDir(Work()).removeRecursively());
+        ASSERT_TRUE(QDir().mkdir(Work()));
+        ASSERT_TRUE(QFile::link(c.target, Work() + c.link));
+        const QString qex =
+            WritePackage(RawZip({{"questionnaire.xml", SampleXml()}, {c.entry, "evil"}}));
+        CQuestionnaire q;
+        EXPECT_EQ(q.ReadFromExchangeFormat(qex, Work()), c.read) << q.m_lastError.toStdString();
+        if (!c.read) {
+            EXPECT_TRUE(q.m_lastError.contains(QLatin1String("is a symbolic link")));
+            EXPECT_TRUE(q.m_lastError.contains(Work() + c.link)) << q.m_lastError.toStdString();
+        }
+        ExpectOutsideUntouched();
+    }
+}
+
+TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
+    const QString good = WritePackage(RawZip({{"questionnaire.xml", SampleXml()}}));
+    const QString junk = Path(QStringLiteral("junk.qex"));
+    ASSERT_TRUE(testutil::WriteAll(junk, "PK\x03\x04 but no archive"));
+    const QString badXml = Path(QStringLiteral("bad.qex"));
+    ASSERT_TRUE(testutil::WriteAll(badXml, RawZip({{"questionnaire.xml", "<questionnaire"}})));
+    const struct {
+        QString package;
+        QString folder;
+        const char* reason;
+    } cases[] = {
+        {good, QString(), "No working folder"},
+        {good, Path(QStringLiteral("missing/")), "does not exist"},
+        {Path(QStringLiteral("missing.qex")), Work(), "does not exist"},
+        {junk, Work(), "cannot be opened as a package"},
+        {badXml, Work(), "holds a questionnaire.xml that cannot be read"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        CQuestionnaire q;
+        EXPECT_FALSE(q.ReadFromExchangeFormat(c.package, c.folder));
+        EXPECT_TRUE(q.m_lastError.contains(QLatin1String(c.reason))) << q.m_lastError.toStdString();
+        EXPECT_TRUE(q.GetExchangeFolder().isEmpty());
+    }
+    ExpectOutsideUntouched();
+}
+
+class ExchangePackageSaveFailureTest : public ExchangePackageTest {
+protected:
+    // Saves over an existing package and expects a failure that leaves it and its folder as
+    // they were.
+    void ExpectOldPackageKept(CQuestionnaire& q, const QString& qex, const QString& extra) {
+        const QString folder = QFileInfo(qex).absolutePath();
+        const QByteArray old = testutil::ReadAll(qex);
+        ASSERT_FALSE(old.isEmpty());
+        const QStringList before = Tree(folder);
+        EXPECT_FALSE(q.SaveToExchangeFormat(qex, extra, -1));
+        EXPECT_TRUE(q.m_lastError.contains(qex) || q.m_lastError.contains(extra))
+            << q.m_lastError.toStdString();
+        EXPECT_EQ(testutil::ReadAll(qex), old);
+        EXPECT_EQ(Tree(folder), before) << "a temporary file was left behind";
+    }
+
+    // A package of the sample unpacked into the working folder, with a large media file.
+    QString OpenPackageWithMedia(CQuestionnaire& q) {
+        const QString qex = Path(QStringLiteral("kept.qex"));
+        EXPECT_TRUE(testutil::MakeSample().SaveToExchangeFormat(qex, QString(), -1));
+        EXPECT_TRUE(q.ReadFromExchangeFormat(qex, Work()));
+        EXPECT_TRUE(
+            testutil::WriteAll(Work() + QStringLiteral("big.bin"), PseudoRandomBytes(1 << 20)));
+        return qex;
+    }
+};
+
+TEST_F(ExchangePackageSaveFailureTest, KeptWhenWritingStopsHalfWay) {
+#ifdef Q_OS_UNIX
+    CQuestionnaire q;
+    const QString qex = OpenPackageWithMedia(q);
+    // The file size limit stops the archive after 256 KiB, as a full disk would.
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 256 * 1024;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    ExpectOldPackageKept(q, qex, QString());
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+    // Once the disk has room again, the same save goes through.
+    EXPECT_TRUE(q.SaveToExchangeFormat(qex, QString(), -1)) << q.m_lastError.toStdString();
+    EXPECT_EQ(EntryData(qex, "big.bin").size(), 1 << 20);
+#else
+    GTEST_SKIP() << "needs a file size limit";
+#endif
+}
+
+TEST_F(ExchangePackageSaveFailureTest, KeptWhenSomethingIsMissing) {
+    CQuestionnaire q;
+    const QString qex = OpenPackageWithMedia(q);
+    ExpectOldPackageKept(q, qex, Path(QStringLiteral("no-such-folder")));
+    // A working folder removed behind the questionnaire's back.
+    ASSERT_TRUE(QDir(Work()).removeRecursively());
+    ExpectOldPackageKept(q, qex, QString());
+    // A target folder that does not exist is not created.
+    EXPECT_FALSE(q.SaveToExchangeFormat(Path(QStringLiteral("missing/x.qex")), QString(), 0));
+    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("missing"))));
+}
+
+TEST_F(ExchangePackageSaveFailureTest, KeptInAReadOnlyFolder) {
+    const QString folder = Path(QStringLiteral("locked"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    const QString qex = folder + QStringLiteral("/locked.qex");
+    CQuestionnaire q = testutil::MakeSample();
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), 0));
+    ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    const bool stillWritable = testutil::WriteAll(folder + QStringLiteral("/probe"), "x");
+    if (!stillWritable)
+        ExpectOldPackageKept(q, qex, QString());
+    QFile::remove(folder + QStringLiteral("/probe"));
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (stillWritable)
+        GTEST_SKIP() << "permissions do not bind this user";
+}
+
+} // namespace
