@@ -1,6 +1,6 @@
 #include "exchange/ExportFile.h"
 
-#include "exchange/CaptionEscaping.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"

@@ -1,6 +1,6 @@
 #include "exchange/ImportFile.h"
 
-#include "exchange/CaptionEscaping.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "exchange/RowCutter.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"

@@ -1,5 +1,5 @@
 #include "common/TestUtil.h"
-#include "exchange/CaptionEscaping.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "questionnaire/Questionnaire.h"
 #include "util/MessageSink.h"
@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 using namespace exchange;
+using namespace questionnaire;
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Round-trip properties on generated questionnaires whose captions hold quotes, tabs, line
 // breaks, backslashes, characters outside the BMP and right-to-left text.
 #include "common/TestUtil.h"
-#include "exchange/CaptionEscaping.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionAccess.h"
@@ -15,6 +15,7 @@
 #include <random>
 
 using namespace exchange;
+using namespace questionnaire;
 using questionnaire::ReadCaption;
 using questionnaire::WriteCaption;
 

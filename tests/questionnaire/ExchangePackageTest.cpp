@@ -554,20 +554,4 @@ TEST_F(ExchangePackageSaveFailureTest, KeptWhenSomethingIsMissing) {
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("missing"))));
 }
 
-TEST_F(ExchangePackageSaveFailureTest, KeptInAReadOnlyFolder) {
-    const QString folder = Path(QStringLiteral("locked"));
-    ASSERT_TRUE(QDir().mkdir(folder));
-    const QString qex = folder + QStringLiteral("/locked.qex");
-    CQuestionnaire q = testutil::MakeSample();
-    ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), 0));
-    ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
-    const bool stillWritable = testutil::WriteAll(folder + QStringLiteral("/probe"), "x");
-    if (!stillWritable)
-        ExpectOldPackageKept(q, qex, QString());
-    QFile::remove(folder + QStringLiteral("/probe"));
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    if (stillWritable)
-        GTEST_SKIP() << "permissions do not bind this user";
-}
-
 } // namespace

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace exchange {
+namespace questionnaire {
 
 // A caption as it stands in an export file or a grid cell: backslash doubled first, then line
 // feed, carriage return and tab written as "\n", "\r" and "\t". Doubling first keeps it
@@ -27,4 +27,4 @@ bool CaptionSurvivesRoundTrip(const QString& text, bool sourceColumn = false);
 // The longest cell spreadsheet programs keep whole.
 inline constexpr qsizetype kSpreadsheetCellLimit = 32767;
 
-} // namespace exchange
+} // namespace questionnaire

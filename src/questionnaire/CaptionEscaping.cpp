@@ -1,6 +1,6 @@
-#include "exchange/CaptionEscaping.h"
+#include "questionnaire/CaptionEscaping.h"
 
-namespace exchange {
+namespace questionnaire {
 
 void AppendEscapedCaption(QString& out, const QString& text) {
     const QChar* s = text.constData();
@@ -65,4 +65,4 @@ bool CaptionSurvivesRoundTrip(const QString& text, bool sourceColumn) {
     return escapedLength <= kSpreadsheetCellLimit;
 }
 
-} // namespace exchange
+} // namespace questionnaire
