@@ -1,0 +1,74 @@
+// Bytes of a translated file, imported into a small questionnaire with options taken from the
+// first byte. A refused file must change nothing; the result is a count or a known code.
+#include "exchange/ImportFile.h"
+#include "questionnaire/CaptionList.h"
+#include "questionnaire/Questionnaire.h"
+#include "util/AnsiCodePage.h"
+#include "util/MessageSink.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+CQuestionnaire Small() {
+    CQuestionnaire q;
+    for (quint32 lcid : {1033u, 1036u, 1031u})
+        q.AddLanguage(std::make_unique<CLanguage>(lcid));
+    q.SetDefaultLanguage(1033);
+    for (int i = 1; i <= 3; ++i) {
+        auto question = std::make_unique<CQuestion>(i, QStringLiteral("Q%1").arg(i));
+        question->SetLocalisedLongCaption(1033, QStringLiteral("Question %1").arg(i));
+        auto response = std::make_unique<CModalite>(1, QStringLiteral("1"));
+        response->SetLocalisedLongCaption(1033, QStringLiteral("Yes"));
+        question->AddModalite(std::move(response));
+        q.AddQuestion(std::move(question));
+    }
+    auto routing = std::make_unique<CFiltre>(1, CFiltre::kKindWithMessage);
+    routing->SetLocalisedMessage(1033, QStringLiteral("Yes"));
+    q.AddFiltre(std::move(routing));
+    return q;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static QTemporaryDir dir;
+    static const QString path = dir.filePath(QStringLiteral("translated.txt"));
+    static const bool fixedCodePage = [] {
+        util::AnsiCodePage::SetCurrent(1252);
+        return true;
+    }();
+    (void)fixedCodePage;
+    if (size == 0)
+        return 0;
+    const uint8_t flags = data[0];
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        std::abort();
+    file.write(reinterpret_cast<const char*>(data + 1), qint64(size - 1));
+    file.close();
+
+    CQuestionnaire q = Small();
+    const CQuestionnaire before = q;
+    questionnaire::CaptionList captions;
+    questionnaire::BuildCaptionList(q, captions, false);
+    exchange::ImportOptions options;
+    options.onlyUnchanged = flags & 1;
+    options.copyIdentical = flags & 2;
+    options.silent = flags & 4;
+    options.referenceLanguage = 1033;
+    options.languages = {1033, 1036, 1031};
+    if (flags & 8)
+        options.explicitLanguages = {1033, 1031};
+    util::RecordingSink messages;
+    const qint32 result = exchange::ImportTranslatedFile(q, path, options, captions, messages);
+    if (result < 0 && (result < -19 || result > -10 || !(q == before)))
+        std::abort();
+    if (options.silent && result < 0 && !messages.messages.isEmpty())
+        std::abort();
+    return 0;
+}
