@@ -1,0 +1,188 @@
+#include "app/BatchRunner.h"
+#include "common/TestUtil.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/QesDatabase.h"
+#include "questionnaire/QesSchema.h"
+#include "questionnaire/Questionnaire.h"
+#include "questionnaire/XmlFile.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using app::BatchOptions;
+
+namespace {
+
+const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+
+TEST(BatchOptions, ParsingRules) {
+    auto parse = [](QStringList options) {
+        return app::ParseBatchOptions(QStringList{QStringLiteral("translator"),
+                                                  QStringLiteral("survey.qes")} +
+                                      options);
+    };
+    BatchOptions o = parse({QStringLiteral("/EXPORT:C:\\out.txt")});
+    EXPECT_EQ(o.operation, BatchOptions::Operation::Export);
+    EXPECT_EQ(o.path, QStringLiteral("C:\\out.txt"));
+
+    o = parse({QStringLiteral("export:a.txt"), QStringLiteral("-translate:b.txt"),
+               QStringLiteral("-Languages:ENU,FRA"), QStringLiteral("languages:1031"),
+               QStringLiteral("ImportUnchanged"), QStringLiteral("--copyidentical"),
+               QStringLiteral("reference"), QStringLiteral("colour:red"),
+               QStringLiteral("headers:Key,Item")});
+    EXPECT_EQ(o.operation, BatchOptions::Operation::Translate); // the last operation wins
+    EXPECT_EQ(o.path, QStringLiteral("b.txt"));                  // shared with export
+    EXPECT_EQ(o.languages, QStringLiteral("1031"));              // the last value wins
+    EXPECT_TRUE(o.importUnchanged);
+    EXPECT_FALSE(o.copyIdentical); // only one leading hyphen is removed
+    EXPECT_TRUE(o.reference.isEmpty());
+    EXPECT_EQ(o.headers, QStringLiteral("Key,Item"));
+
+    o = parse({QStringLiteral("translate:C:\\in.txt"), QStringLiteral("addlanguage")});
+    EXPECT_EQ(o.operation, BatchOptions::Operation::AddLanguage);
+    EXPECT_EQ(parse({}).operation, BatchOptions::Operation::None);
+    EXPECT_EQ(parse({QStringLiteral("addlanguage:x")}).operation, BatchOptions::Operation::None);
+}
+
+struct ProcessRun {
+    int status = 0;
+    QString out;
+    QString err;
+    QString result; // the value of the last line "result=N", empty without one
+};
+
+class BatchProcessTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_survey = m_dir.filePath(QStringLiteral("survey.xml"));
+        ASSERT_TRUE(QFile::copy(kExample, m_survey));
+    }
+
+    ProcessRun Translator(const QStringList& arguments) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        // Batch work must not need a display.
+        environment.remove(QStringLiteral("DISPLAY"));
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(m_dir.path());
+        process.start(QStringLiteral(TRANSLATOR_BINARY), arguments);
+        EXPECT_TRUE(process.waitForFinished(60000));
+        ProcessRun run;
+        run.status = process.exitCode();
+        run.out = QString::fromUtf8(process.readAllStandardOutput());
+        run.err = QString::fromUtf8(process.readAllStandardError());
+        const QStringList lines = run.out.trimmed().split(QLatin1Char('\n'));
+        if (lines.last().startsWith(QLatin1String("result=")))
+            run.result = lines.last().mid(7);
+        return run;
+    }
+    QString Path(const QString& name) const { return m_dir.filePath(name); }
+
+    QTemporaryDir m_dir;
+    QString m_survey;
+};
+
+TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
+    const ProcessRun run = Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
+    EXPECT_EQ(run.result, QStringLiteral("-20"));
+    EXPECT_EQ(run.status, 236);
+    const QByteArray bytes = testutil::ReadAll(Path(QStringLiteral("out.txt")));
+    EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"))));
+    EXPECT_FALSE(bytes.contains(testutil::Utf16Le(QStringLiteral("\r\n-1\t"), false)));
+
+    const ProcessRun unwritable = Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
+    EXPECT_EQ(unwritable.result, QStringLiteral("-20"));
+    EXPECT_TRUE(unwritable.err.contains(QLatin1String("Cannot create export file")));
+}
+
+TEST_F(BatchProcessTest, LoadAndSaveFailures) {
+    ProcessRun run = Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")});
+    EXPECT_EQ(run.result, QStringLiteral("-1"));
+    EXPECT_EQ(run.status, 255);
+    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
+
+    // A database that refuses every change to its captions cannot be saved.
+    const QString qes = Path(QStringLiteral("locked.qes"));
+    CQuestionnaire q;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, q));
+    QString error;
+    ASSERT_TRUE(questionnaire::WriteQesFile(qes, q, 0x100, error));
+    {
+        QSqlDatabase db = questionnaire::qes::OpenConnection(qes, false, error);
+        ASSERT_TRUE(QSqlQuery(db).exec(QStringLiteral(
+            "CREATE TRIGGER locked BEFORE DELETE ON question_captions "
+            "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")));
+        questionnaire::qes::CloseConnection(db);
+    }
+    const QByteArray before = testutil::ReadAll(qes);
+    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("in.txt")),
+                                   testutil::Utf16Le(QStringLiteral(
+                                       "QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n"
+                                       "110\t3\tNot very satisfied\tWenig zufrieden\r\n"))));
+    run = Translator({qes, QStringLiteral("translate:in.txt")});
+    EXPECT_EQ(run.result, QStringLiteral("-2"));
+    EXPECT_EQ(run.status, 254);
+    EXPECT_EQ(testutil::ReadAll(qes), before);
+}
+
+TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
+    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("in.txt")),
+                                   testutil::Utf16Le(QStringLiteral(
+                                       "Key\tItem\tignored\r\n"
+                                       "110\t3\tWenig zufrieden\r\n"
+                                       "110\t4\tGar nicht zufrieden\r\n"))));
+    const ProcessRun run = Translator({m_survey, QStringLiteral("translate:in.txt"),
+                                QStringLiteral("languages:DEU"), QStringLiteral("headers:Key,Item"),
+                                QStringLiteral("reference:deu")});
+    EXPECT_EQ(run.result, QStringLiteral("2"));
+    EXPECT_EQ(run.status, 2);
+    CQuestionnaire q;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
+    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 4, 1031), QStringLiteral("Gar nicht zufrieden"));
+
+    // A refused file gives its code, and the questionnaire is not saved.
+    const QByteArray saved = testutil::ReadAll(m_survey);
+    const ProcessRun refused = Translator({m_survey, QStringLiteral("translate:in.txt")});
+    EXPECT_EQ(refused.result, QStringLiteral("-13"));
+    EXPECT_EQ(refused.status, 243);
+    EXPECT_EQ(testutil::ReadAll(m_survey), saved);
+}
+
+TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
+    const QByteArray before = testutil::ReadAll(m_survey);
+    ProcessRun run = Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ENU,fra,Klingon")});
+    EXPECT_EQ(run.result, QStringLiteral("0"));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(testutil::ReadAll(m_survey), before);
+
+    run = Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ESN,1040")});
+    EXPECT_EQ(run.result, QStringLiteral("0"));
+    CQuestionnaire q;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
+    ASSERT_EQ(q.GetLanguageCount(), 5);
+    EXPECT_EQ(q.GetLanguage(3).m_id, 3082);
+    EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
+}
+
+TEST_F(BatchProcessTest, WithoutAnOperationNoBatchWorkIsDone) {
+    for (const QStringList& arguments :
+         {QStringList{m_survey}, QStringList{m_survey, QStringLiteral("translate:")},
+          QStringList{m_survey, QStringLiteral("colour:red")}}) {
+        const ProcessRun run = Translator(arguments);
+        EXPECT_TRUE(run.result.isEmpty()) << arguments.join(u' ').toStdString();
+        EXPECT_NE(run.status, 0);
+    }
+    ProcessRun run = Translator({QStringLiteral("--help")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.out.contains(QLatin1String("importunchanged")));
+    run = Translator({QStringLiteral("--version")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.out.startsWith(QLatin1String("Translator ")));
+}
+
+} // namespace
