@@ -62,6 +62,30 @@ QString DecodeText(const QByteArray& bytes) {
     return HasMark(bytes) ? Utf16UpToZero(bytes, 2) : AnsiUpToZero(bytes);
 }
 
+// A marked UTF-16 file is read straight into the string's storage: a translated file of several
+// hundred megabytes is then held once, not twice.
+bool ReadUtf16Body(QFile& file, qint64 size, QString& text, qint64& bytesRead) {
+    const qint64 bodyBytes = size - 2;
+    text.resize((bodyBytes + 1) / 2);
+    if (text.isEmpty()) {
+        bytesRead = 2;
+        return true;
+    }
+    text.data()[text.size() - 1] = QChar(0); // the high byte of an odd last byte
+    const qint64 got = file.read(reinterpret_cast<char*>(text.data()), bodyBytes);
+    if (got < 0)
+        return false;
+    bytesRead = got + 2;
+    text.truncate((got + 1) / 2);
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+    qFromLittleEndian<quint16>(text.constData(), text.size(), text.data());
+#endif
+    const qsizetype zero = text.indexOf(QChar(0));
+    if (zero >= 0)
+        text.truncate(zero);
+    return true;
+}
+
 bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const ErrorSink& sink) {
     text.clear();
     QFile file(path);
@@ -69,14 +93,24 @@ bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const E
         Report(CFileException::ForFailedOpen(path), reportErrors, sink);
         return false;
     }
-    QByteArray bytes(file.size(), Qt::Uninitialized);
-    const qint64 bytesRead = file.read(bytes.data(), bytes.size());
-    if (bytesRead < 0) {
+    const qint64 size = file.size();
+    QByteArray head = file.read(2);
+    qint64 bytesRead = head.size();
+    bool ok = bytesRead >= 0;
+    if (ok && HasMark(head) && size >= 2) {
+        ok = ReadUtf16Body(file, size, text, bytesRead);
+    } else if (ok) {
+        const QByteArray rest = file.readAll();
+        ok = file.error() == QFileDevice::NoError;
+        head.append(rest);
+        bytesRead = head.size();
+        text = DecodeText(head);
+    }
+    if (!ok) {
+        text.clear();
         Report(CFileException(CFileException::hardIO, path), reportErrors, sink);
         return false;
     }
-    bytes.truncate(bytesRead);
-    text = DecodeText(bytes);
     return LooksLikeText(text, bytesRead);
 }
 
