@@ -2,7 +2,6 @@
 # Debian's packages first (as root), so they work on a fresh Debian 12 machine.
 BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
-EXAMPLE ?= examples/customer-satisfaction.xml
 
 PACKAGES := cmake ninja-build g++ pkg-config ccache \
 	qt6-base-dev libqt6sql6-sqlite libzip-dev libicu-dev \
@@ -37,7 +36,7 @@ test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j2
 
 run: build
-	$(BUILD_DIR)/src/app/translator $(EXAMPLE) listcaptions
+	examples/round-trip.sh $(BUILD_DIR)
 
 clean:
 	rm -rf $(BUILD_DIR)

@@ -95,6 +95,11 @@ public:
 
 private:
     bool Load() { return m_document.OpenSilently(m_o.file); }
+    // Standard error tells a script why; nothing waits for an answer.
+    qint32 SaveFailed() {
+        m_messages.Show(m_document.LastError());
+        return kCannotSave;
+    }
     questionnaire::CaptionList Captions() const {
         questionnaire::CaptionList list;
         questionnaire::BuildCaptionList(*m_document.Questionnaire(), list, false);
@@ -156,7 +161,7 @@ qint32 Batch::Translate() {
                                                            .arg(report.unusedStringsPath))
               << '\n';
     if (result > 0 && !m_document.SaveBatch())
-        return kCannotSave;
+        return SaveFailed();
     return result;
 }
 
@@ -167,7 +172,7 @@ qint32 Batch::AddLanguages() {
     const int added = questionnaire::AddLanguages(*m_document.Questionnaire(), lcids);
     m_out << "added " << added << " languages\n";
     if (added > 0 && !m_document.SaveBatch())
-        return kCannotSave;
+        return SaveFailed();
     return 0;
 }
 

@@ -102,6 +102,7 @@ bool QuestionnaireDocument::Load(const QString& path, bool silent) {
     m_questionnaire = std::make_unique<CQuestionnaire>();
     if (LoadQuestionnaire(m_app, path, *m_questionnaire, silent, m_messages))
         return true;
+    m_lastError = m_questionnaire->m_lastError;
     DeleteContents();
     return false;
 }
@@ -117,6 +118,7 @@ void QuestionnaireDocument::DeleteContents() {
 }
 
 void QuestionnaireDocument::Report(const QString& text, bool silent) {
+    m_lastError = text;
     if (!silent)
         m_messages.Show(text);
 }

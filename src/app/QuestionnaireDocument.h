@@ -53,6 +53,8 @@ public:
     FileType Type() const { return m_type; }
     const QString& Path() const { return m_path; }
     bool IsModified() const { return m_modified; }
+    // Why the last load or save failed, also when nothing was shown.
+    const QString& LastError() const { return m_lastError; }
     void SetModified(bool modified) { m_modified = modified; }
 
 private:
@@ -68,6 +70,7 @@ private:
     FileType m_type = FileType::Database;
     QString m_path;
     QString m_stampedPath; // the package whose working folder carries our stamp
+    QString m_lastError;
     bool m_modified = false;
 };
 

@@ -242,7 +242,8 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
     ExportReport& result = exporter.report;
     result.written = ok;
     result.bytes = ok ? QFileInfo(path).size() : 0;
-    if (!ok && !options.batch)
+    // Shown in batch runs too: a script must learn why the old file is still there.
+    if (!ok)
         messages.Show(QString::fromLatin1(strings::kCannotWriteFile).arg(path, file.errorString()));
     if (ok && result.unsafeCaptions > 0)
         messages.Show(QString::fromLatin1(strings::kExportWarning)

@@ -95,6 +95,8 @@ private:
 };
 
 qint32 Importer::Run(ImportReport* report) {
+    if (QFileInfo(m_path).size() > kMaxTranslatedFileBytes)
+        return Fail(kImportCannotRead, QString::fromLatin1(strings::kFileTooLarge).arg(m_path));
     QString text;
     if (!util::LoadTextFile(m_path, text, false))
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));

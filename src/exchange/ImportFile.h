@@ -38,6 +38,10 @@ enum ImportResult : qint32 {
     kImportNoReferenceColumn = -19,
 };
 
+// Larger translated files are refused unread: the largest surveys in use export a few hundred
+// megabytes, and the whole file is held in memory while it is imported.
+inline constexpr qint64 kMaxTranslatedFileBytes = qint64(1) << 30;
+
 struct ImportReport {
     qint64 rejectedRows = 0;       // rows whose source text had changed
     QString unusedStringsPath;     // where they were written, when they were

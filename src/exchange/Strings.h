@@ -6,6 +6,8 @@ namespace exchange::strings {
 inline constexpr char kCannotCreateExportFile[] = "Cannot create export file";
 inline constexpr char kCannotWriteFile[] = "Cannot write the file '%1': %2";
 inline constexpr char kCannotOpenFile[] = "Cannot open the file '%1'";
+inline constexpr char kFileTooLarge[] =
+    "The file '%1' is larger than 1 GiB: a translation file is never that large.";
 inline constexpr char kNotATranslationFile[] = "This does not seem to be a translation file";
 inline constexpr char kLanguageNotRecognised[] = "Language not recognised...";
 inline constexpr char kLanguageNotDefined[] = "The language '%1' is not defined in the qes file!";

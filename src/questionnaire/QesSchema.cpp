@@ -155,8 +155,10 @@ QSqlDatabase OpenConnection(const QString& path, bool readOnly, QString& error) 
     const QString name = QStringLiteral("qes-%1").arg(counter.fetchAndAddRelaxed(1));
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
     db.setDatabaseName(path);
-    if (readOnly)
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+    // Another program saving the same file holds its lock for the length of its save: wait for
+    // it rather than fail, so that the later save wins whole.
+    db.setConnectOptions(readOnly ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=30000")
+                                  : QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
     if (!db.open()) {
         error = db.lastError().text();
         CloseConnection(db);

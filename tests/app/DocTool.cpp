@@ -1,6 +1,11 @@
 // doc_tool convert IN OUT       open IN by its type and save it as OUT
-// doc_tool bigsave PATH SIZE    replace PATH (saved in its own type) with a large questionnaire,
-//                               printing "saving" before and "saved" after the save
+// doc_tool bigsave PATH SIZE [LABEL]
+//                               replace PATH (saved in its own type) with a large questionnaire
+//                               whose short captions carry LABEL, printing "saving" before and
+//                               "saved" after the save
+// doc_tool limit BYTES PROGRAM ARG...
+//                               run PROGRAM with files limited to BYTES, SIGXFSZ ignored, so
+//                               that writes fail part-way as on a full disk
 #include "app/AppContext.h"
 #include "app/QuestionnaireDocument.h"
 #include "questionnaire/CaptionAccess.h"
@@ -9,7 +14,11 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <csignal>
 #include <cstdio>
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,7 +31,7 @@ int Convert(const QString& in, const QString& out) {
     return document.Save(out) ? 0 : 2;
 }
 
-int BigSave(const QString& path, int size) {
+int BigSave(const QString& path, int size, const QString& label) {
     app::AppContext context;
     util::StandardErrorSink messages;
     app::QuestionnaireDocument document(context, messages);
@@ -39,13 +48,25 @@ int BigSave(const QString& path, int size) {
     }
     for (int i = 0; i < q.GetNbreQuestion(); ++i)
         questionnaire::WriteCaption(q, q.GetQuestion(i).m_id, questionnaire::kShortCaption, 1033,
-                                    QStringLiteral("changed %1").arg(i));
+                                    QStringLiteral("%1 %2").arg(label).arg(i));
     std::printf("saving\n");
     std::fflush(stdout);
     const bool saved = document.SaveBatch();
     std::printf(saved ? "saved\n" : "failed\n");
+    if (!saved)
+        messages.Show(document.LastError());
     std::fflush(stdout);
     return saved ? 0 : 2;
+}
+
+int RunLimited(qint64 bytes, char** command) {
+    struct rlimit limit {};
+    limit.rlim_cur = limit.rlim_max = rlim_t(bytes);
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+        return 70;
+    std::signal(SIGXFSZ, SIG_IGN);
+    ::execv(command[0], command);
+    return 71;
 }
 
 } // namespace
@@ -55,8 +76,11 @@ int main(int argc, char** argv) {
     const QStringList args = QCoreApplication::arguments();
     if (args.size() == 4 && args[1] == QLatin1String("convert"))
         return Convert(args[2], args[3]);
-    if (args.size() == 4 && args[1] == QLatin1String("bigsave"))
-        return BigSave(args[2], args[3].toInt());
-    std::fprintf(stderr, "usage: doc_tool convert IN OUT | bigsave PATH SIZE\n");
+    if ((args.size() == 4 || args.size() == 5) && args[1] == QLatin1String("bigsave"))
+        return BigSave(args[2], args[3].toInt(), args.value(4, QStringLiteral("changed")));
+    if (argc >= 4 && args[1] == QLatin1String("limit"))
+        return RunLimited(args[2].toLongLong(), argv + 3);
+    std::fprintf(stderr, "usage: doc_tool convert IN OUT | bigsave PATH SIZE [LABEL] | "
+                         "limit BYTES PROGRAM ARG...\n");
     return 64;
 }
