@@ -6,6 +6,7 @@
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
 #include "util/MessageSink.h"
+#include "util/TextFile.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -159,16 +160,6 @@ bool Exporter::BuildLine(qint32 questionId, qint32 responseId, QString& line) {
     return true;
 }
 
-bool WriteUtf16(QSaveFile& file, const QString& text) {
-#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
-    const qint64 bytes = text.size() * 2;
-    return file.write(reinterpret_cast<const char*>(text.utf16()), bytes) == bytes;
-#else
-    QByteArray le(text.size() * 2, Qt::Uninitialized);
-    qToLittleEndian<quint16>(text.utf16(), text.size(), le.data());
-    return file.write(le) == le.size();
-#endif
-}
 
 QString HeaderLine(const CQuestionnaire& q, const ExportOptions& options) {
     QString line;
@@ -234,11 +225,11 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
     for (qsizetype k = 0; k < captions.size() && ok; ++k) {
         exporter.BuildLine(captions.questionIds[k], captions.responseIds[k], buffer);
         if (buffer.size() >= kFlushChars) {
-            ok = WriteUtf16(file, buffer);
+            ok = util::WriteUtf16Le(file, buffer);
             buffer.clear();
         }
     }
-    ok = ok && WriteUtf16(file, buffer) && file.commit();
+    ok = ok && util::WriteUtf16Le(file, buffer) && file.commit();
     ExportReport& result = exporter.report;
     result.written = ok;
     result.bytes = ok ? QFileInfo(path).size() : 0;

@@ -272,9 +272,7 @@ void Importer::Finish(ImportReport* report) {
         QString text(QChar(0xFEFF));
         for (const QString& line : std::as_const(m_rejected))
             text += line + QStringLiteral("\r\n");
-        QByteArray bytes(text.size() * 2, Qt::Uninitialized);
-        qToLittleEndian<quint16>(text.utf16(), text.size(), bytes.data());
-        written = file.write(bytes) == bytes.size() && file.commit();
+        written = util::WriteUtf16Le(file, text) && file.commit();
     }
     if (!written && !m_options.silent)
         m_messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));

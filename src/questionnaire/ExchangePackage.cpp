@@ -395,19 +395,6 @@ bool PackageReader::CopyData(zip_file_t* source, QFile& target, const PackageEnt
 
 // --- packing ---
 
-void AppendUtf16Le(QByteArray& out, const QString& text) {
-    const qsizetype start = out.size();
-    out.resize(start + text.size() * 2);
-    qToLittleEndian<quint16>(text.utf16(), text.size(), out.data() + start);
-}
-
-// The bytes questionnaire::WriteXmlFile writes: FF FE, the declaration line, the document.
-QByteArray XmlFileBytes(const CMarkup& doc) {
-    QByteArray bytes("\xFF\xFE", 2);
-    AppendUtf16Le(bytes, QString::fromUtf16(kXmlDeclaration) + QStringLiteral("\r\n"));
-    AppendUtf16Le(bytes, doc.GetDoc());
-    return bytes;
-}
 
 bool WriteWorkingXml(const QString& path, const QByteArray& xml, QString& error) {
     // QSaveFile writes to the target of a link; unpacking never makes links, so one is planted.

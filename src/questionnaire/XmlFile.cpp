@@ -11,16 +11,6 @@
 namespace questionnaire {
 
 namespace {
-bool WriteUtf16(QSaveFile& file, const QString& text) {
-#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
-    const qint64 bytes = text.size() * 2;
-    return file.write(reinterpret_cast<const char*>(text.utf16()), bytes) == bytes;
-#else
-    QByteArray le(text.size() * 2, Qt::Uninitialized);
-    qToLittleEndian<quint16>(text.utf16(), text.size(), le.data());
-    return file.write(le) == le.size();
-#endif
-}
 
 } // namespace
 
@@ -45,6 +35,13 @@ bool ReadXmlFile(const QString& path, CQuestionnaire& q) {
     return q.FromXML(doc);
 }
 
+QByteArray XmlFileBytes(const CMarkup& doc) {
+    QByteArray bytes("\xFF\xFE", 2);
+    util::AppendUtf16Le(bytes, QString::fromUtf16(kXmlDeclaration) + QStringLiteral("\r\n"));
+    util::AppendUtf16Le(bytes, doc.GetDoc());
+    return bytes;
+}
+
 bool WriteXmlFile(const QString& path, const CQuestionnaire& q) {
     CMarkup doc;
     q.GetQuestionsAsXML(doc, true, true);
@@ -55,9 +52,9 @@ bool WriteXmlFile(const QString& path, const CQuestionnaire& q) {
         return false;
     }
     const bool written = file.write("\xFF\xFE", 2) == 2 &&
-                         WriteUtf16(file, QString::fromUtf16(kXmlDeclaration) +
+                         util::WriteUtf16Le(file, QString::fromUtf16(kXmlDeclaration) +
                                               QStringLiteral("\r\n")) &&
-                         WriteUtf16(file, doc.GetDoc());
+                         util::WriteUtf16Le(file, doc.GetDoc());
     if (!written || !file.commit()) {
         q.m_lastError =
             QStringLiteral("Cannot write the file '%1': %2").arg(path, file.errorString());

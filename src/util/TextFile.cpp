@@ -58,6 +58,23 @@ void Report(const CFileException& error, bool reportErrors, const ErrorSink& sin
 
 } // namespace
 
+bool WriteUtf16Le(QIODevice& device, const QString& text) {
+#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
+    const qint64 bytes = text.size() * 2;
+    return device.write(reinterpret_cast<const char*>(text.utf16()), bytes) == bytes;
+#else
+    QByteArray le;
+    AppendUtf16Le(le, text);
+    return device.write(le) == le.size();
+#endif
+}
+
+void AppendUtf16Le(QByteArray& out, const QString& text) {
+    const qsizetype start = out.size();
+    out.resize(start + text.size() * 2);
+    qToLittleEndian<quint16>(text.utf16(), text.size(), out.data() + start);
+}
+
 QString DecodeText(const QByteArray& bytes) {
     return HasMark(bytes) ? Utf16UpToZero(bytes, 2) : AnsiUpToZero(bytes);
 }

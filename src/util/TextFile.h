@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QString>
 
 #include <functional>
@@ -9,6 +10,11 @@ namespace util {
 
 // Receives the text of an error that the user should see.
 using ErrorSink = std::function<void(const QString&)>;
+
+// Writes the text as UTF-16LE code units, without a mark; false when the device took less.
+bool WriteUtf16Le(QIODevice& device, const QString& text);
+// Appends the text's UTF-16LE code units to `out`.
+void AppendUtf16Le(QByteArray& out, const QString& text);
 
 // The text in a file's bytes: UTF-16LE after the mark FF FE, else ANSI bytes in the ANSI code
 // page, each up to the first zero.
