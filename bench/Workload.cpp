@@ -1,0 +1,139 @@
+#include "Workload.h"
+
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionList.h"
+#include "util/LocaleTable.h"
+
+#include <random>
+
+namespace bench {
+
+namespace {
+
+const char* const kWords[] = {
+    "how",     "satisfied", "are",     "you",      "with",      "our",     "service", "please",
+    "rate",    "the",       "quality", "of",       "products",  "in",      "last",    "month",
+    "did",     "visit",     "store",   "website",  "would",     "recommend", "friend", "colleague",
+    "very",    "fairly",    "not",     "at",       "all",       "don't",   "know",    "price",
+    "value",   "delivery",  "staff",   "friendly", "helpful",   "waiting", "time",    "reason",
+    "answer",  "below",     "café",    "résumé",   "naïve",     "\"best\"", "other,",  "specify",
+};
+
+class Texts {
+public:
+    Texts(const WorkloadSpec& spec) : m_spec(spec), m_random(spec.randomStart) {}
+
+    QString Source() {
+        if (!m_pool.isEmpty() && Chance(m_spec.repeatedShare))
+            return m_pool[m_random() % m_pool.size()];
+        QString text = Words(m_spec.meanCaptionLength);
+        m_pool.append(text);
+        return text;
+    }
+    QString Target(const QString& source, qint32 lcid) {
+        return QStringLiteral("[%1] ").arg(lcid) + source.left(source.size() * 9 / 10);
+    }
+    bool Chance(double share) { return std::uniform_real_distribution<>(0, 1)(m_random) < share; }
+
+private:
+    QString Words(int mean) {
+        const int length = int(std::uniform_int_distribution<>(mean / 2, mean * 3 / 2)(m_random));
+        QString text;
+        while (text.size() < length) {
+            if (!text.isEmpty())
+                text += (m_random() % 40 == 0) ? QStringLiteral("\n") : QStringLiteral(" ");
+            text += QString::fromUtf8(kWords[m_random() % std::size(kWords)]);
+        }
+        if (m_random() % 30 == 0)
+            text += QStringLiteral("\tC:\\path");
+        return text;
+    }
+
+    const WorkloadSpec& m_spec;
+    std::mt19937 m_random;
+    QStringList m_pool;
+};
+
+void AddQuestion(CQuestionnaire& q, int id, int responses) {
+    auto question = std::make_unique<CQuestion>(id, QStringLiteral("Q%1").arg(id),
+                                                responses > 0 ? QuestionType::SingleChoice
+                                                              : QuestionType::OpenText);
+    for (int r = 1; r <= responses; ++r)
+        question->AddModalite(std::make_unique<CModalite>(r, QString::number(r)));
+    q.AddQuestion(std::move(question));
+}
+
+} // namespace
+
+QList<qint32> WorkloadLanguages(int count) {
+    QList<qint32> lcids = {1033, 1036, 1031, 3082, 1040, 1043, 2070, 1046, 1053, 1030};
+    for (const util::LocaleInfo& info : util::LocaleTable::Instance().All()) {
+        if (lcids.size() >= count)
+            break;
+        if (!info.IsNeutral() && info.lcid <= 0xFFFF && !lcids.contains(info.lcid))
+            lcids.append(info.lcid);
+    }
+    return lcids.mid(0, count);
+}
+
+bool NamedWorkload(const QString& name, WorkloadSpec& spec) {
+    spec = WorkloadSpec();
+    spec.name = name;
+    if (name == QLatin1String("small"))
+        return true;
+    if (name != QLatin1String("large") && name != QLatin1String("stress"))
+        return false;
+    spec.questions = 1000;
+    spec.responses = 6000;
+    spec.routings = 500;
+    spec.languages = 40;
+    if (name == QLatin1String("stress")) {
+        spec.bigQuestionResponses = 15000;
+        spec.languages = 120;
+    }
+    return true;
+}
+
+CQuestionnaire MakeQuestionnaire(const WorkloadSpec& spec) {
+    CQuestionnaire q;
+    q.SetName(QStringLiteral("Workload %1").arg(spec.name));
+    q.SetAllowingInstructionAndComment(spec.instructionsAndComments);
+    const QList<qint32> languages = WorkloadLanguages(spec.languages);
+    for (qint32 lcid : languages)
+        q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
+    q.SetDefaultLanguage(languages.first());
+    // Two questions in three offer responses, the total spread evenly over them.
+    const int choiceQuestions = std::max(1, spec.questions - spec.questions / 3);
+    int choiceSeen = 0;
+    for (int i = 0; i < spec.questions; ++i) {
+        int responses = 0;
+        if (i % 3 != 2) {
+            responses = spec.responses / choiceQuestions +
+                        (choiceSeen < spec.responses % choiceQuestions ? 1 : 0);
+            ++choiceSeen;
+        }
+        AddQuestion(q, i + 1, responses);
+    }
+    if (spec.bigQuestionResponses > 0)
+        AddQuestion(q, spec.questions + 1, spec.bigQuestionResponses);
+    for (int i = 1; i <= spec.routings; ++i)
+        q.AddFiltre(std::make_unique<CFiltre>(i, CFiltre::kKindWithMessage));
+
+    Texts texts(spec);
+    questionnaire::CaptionList list;
+    questionnaire::BuildCaptionList(q, list, false);
+    for (qsizetype k = 0; k < list.size(); ++k) {
+        const qint32 qid = list.questionIds[k];
+        const qint32 rid = list.responseIds[k];
+        if (qid == questionnaire::kSystemMessageMarker)
+            continue;
+        const QString source = texts.Source();
+        questionnaire::WriteCaption(q, qid, rid, languages.first(), source);
+        for (qsizetype l = 1; l < languages.size(); ++l)
+            if (texts.Chance(spec.translatedShare))
+                questionnaire::WriteCaption(q, qid, rid, languages[l], texts.Target(source, languages[l]));
+    }
+    return q;
+}
+
+} // namespace bench

@@ -1,0 +1,224 @@
+// Measures the program's main job on a synthetic workload and prints one JSON line per
+// measurement. Export and import stand beside the time to copy the export file in the same run.
+//   translator_bench [--workload small|large|stress] [--dir DIR]
+#include "Workload.h"
+
+#include "app/AppContext.h"
+#include "app/QuestionnaireDocument.h"
+#include "exchange/ExportFile.h"
+#include "exchange/ImportFile.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionList.h"
+#include "questionnaire/LanguageList.h"
+#include "questionnaire/QesDatabase.h"
+#include "questionnaire/XmlFile.h"
+#include "util/MessageSink.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <filesystem>
+
+namespace {
+
+qint64 StatusKb(const char* field) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith(field))
+            return line.mid(qstrlen(field)).trimmed().split(' ').value(0).toLongLong();
+    return 0;
+}
+
+// Starts a new high-water mark of resident memory, so each step reports its own peak.
+void ResetPeak() {
+    QFile clear(QStringLiteral("/proc/self/clear_refs"));
+    if (clear.open(QIODevice::WriteOnly))
+        clear.write("5");
+}
+
+class Bench {
+public:
+    Bench(const bench::WorkloadSpec& spec, const QString& dir) : m_spec(spec), m_dir(dir) {}
+    void Run();
+
+private:
+    template <class F> QJsonObject Measure(const char* name, qint64 cells, F&& step);
+    void Print(QJsonObject o);
+    double CopySeconds(const QString& path);
+    qint64 CellCount(const CQuestionnaire& q) const;
+    double CaptionMb(const CQuestionnaire& q) const;
+
+    bench::WorkloadSpec m_spec;
+    QString m_dir;
+    util::RecordingSink m_messages;
+    app::AppContext m_app;
+};
+
+template <class F> QJsonObject Bench::Measure(const char* name, qint64 cells, F&& step) {
+    ResetPeak();
+    const qint64 before = StatusKb("VmRSS:");
+    QElapsedTimer timer;
+    timer.start();
+    step();
+    const double seconds = timer.nsecsElapsed() / 1e9;
+    QJsonObject o{{QStringLiteral("workload"), m_spec.name},
+                  {QStringLiteral("measure"), QString::fromLatin1(name)},
+                  {QStringLiteral("seconds"), seconds},
+                  {QStringLiteral("cells"), cells},
+                  {QStringLiteral("cells_per_second"), seconds > 0 ? cells / seconds : 0.0},
+                  {QStringLiteral("rss_before_mb"), before / 1024.0},
+                  {QStringLiteral("peak_rss_mb"), StatusKb("VmHWM:") / 1024.0},
+                  {QStringLiteral("step_peak_mb"), (StatusKb("VmHWM:") - before) / 1024.0},
+                  {QStringLiteral("rss_mb"), StatusKb("VmRSS:") / 1024.0}};
+    return o;
+}
+
+void Bench::Print(QJsonObject o) {
+    if (o.contains(QStringLiteral("mb")) && o.value(QStringLiteral("seconds")).toDouble() > 0)
+        o.insert(QStringLiteral("mb_per_second"),
+                 o.value(QStringLiteral("mb")).toDouble() / o.value(QStringLiteral("seconds")).toDouble());
+    std::printf("%s\n", QJsonDocument(o).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+}
+
+double Bench::CopySeconds(const QString& path) {
+    const QString copy = path + QStringLiteral(".copy");
+    QFile::remove(copy);
+    QElapsedTimer timer;
+    timer.start();
+    std::filesystem::copy_file(path.toStdString(), copy.toStdString());
+    const double seconds = timer.nsecsElapsed() / 1e9;
+    QFile::remove(copy);
+    return seconds;
+}
+
+qint64 Bench::CellCount(const CQuestionnaire& q) const {
+    questionnaire::CaptionList list;
+    questionnaire::BuildCaptionList(q, list, false);
+    return list.size() * q.GetLanguageCount();
+}
+
+double Bench::CaptionMb(const CQuestionnaire& q) const {
+    questionnaire::CaptionList list;
+    questionnaire::BuildCaptionList(q, list, false);
+    qint64 units = 0;
+    for (qsizetype k = 0; k < list.size(); ++k)
+        for (int l = 0; l < q.GetLanguageCount(); ++l)
+            units += questionnaire::ReadCaption(q, list.questionIds[k], list.responseIds[k],
+                                                q.GetLanguage(l).m_id).size();
+    return units * 2 / 1e6;
+}
+
+void Bench::Run() {
+    CQuestionnaire generated = bench::MakeQuestionnaire(m_spec);
+    const qint64 cells = CellCount(generated);
+    const double captionMb = CaptionMb(generated);
+    const QString base = m_dir + QStringLiteral("/") + m_spec.name;
+    QString error;
+    questionnaire::WriteXmlFile(base + QStringLiteral(".xml"), generated);
+    questionnaire::WriteQesFile(base + QStringLiteral(".qes"), generated,
+                                app::AppContext::ProgramVersion(), error);
+    generated.SaveToExchangeFormat(base + QStringLiteral(".qex"), QString(), -1);
+    generated = CQuestionnaire();
+
+    std::unique_ptr<CQuestionnaire> q;
+    for (const char* type : {"xml", "qes", "qex"}) {
+        const QString path = base + QLatin1Char('.') + QLatin1String(type);
+        q = std::make_unique<CQuestionnaire>();
+        QJsonObject o = Measure((QByteArray("load_") + type).constData(), cells, [&] {
+            app::LoadQuestionnaire(m_app, path, *q, true, m_messages);
+        });
+        o.insert(QStringLiteral("mb"), QFileInfo(path).size() / 1e6);
+        o.insert(QStringLiteral("caption_utf16_mb"), captionMb);
+        Print(o);
+    }
+    questionnaire::CaptionList list;
+    Print(Measure("caption_list", cells, [&] { questionnaire::BuildCaptionList(*q, list, false); }));
+
+    const QString exportPath = base + QStringLiteral("-export.txt");
+    exchange::ExportOptions exportOptions;
+    exportOptions.languages = questionnaire::DefaultLanguageOrder(*q);
+    exportOptions.batch = true;
+    QJsonObject o = Measure("export", cells, [&] {
+        exchange::ExportStringsForTranslation(exportPath, *q, exportOptions, list, m_messages);
+    });
+    const double exportMb = QFileInfo(exportPath).size() / 1e6;
+    const double cp = CopySeconds(exportPath);
+    o.insert(QStringLiteral("mb"), exportMb);
+    o.insert(QStringLiteral("caption_utf16_mb"), captionMb);
+    o.insert(QStringLiteral("reference_cp_seconds"), cp);
+    o.insert(QStringLiteral("ratio_to_cp"), o.value(QStringLiteral("seconds")).toDouble() / cp);
+    Print(o);
+
+    exchange::ImportOptions importOptions;
+    importOptions.languages = exportOptions.languages;
+    importOptions.referenceLanguage = exportOptions.languages.first();
+    importOptions.silent = true;
+    auto measureImport = [&](const char* name, const exchange::ImportOptions& options) {
+        qint32 result = 0;
+        exchange::ImportReport report;
+        QJsonObject i = Measure(name, cells, [&] {
+            result = exchange::ImportTranslatedFile(*q, exportPath, options, list, m_messages, &report);
+        });
+        i.insert(QStringLiteral("mb"), exportMb);
+        i.insert(QStringLiteral("caption_utf16_mb"), captionMb);
+        i.insert(QStringLiteral("result"), result);
+        i.insert(QStringLiteral("rejected_rows"), report.rejectedRows);
+        i.insert(QStringLiteral("reference_cp_seconds"), cp);
+        i.insert(QStringLiteral("ratio_to_cp"), i.value(QStringLiteral("seconds")).toDouble() / cp);
+        Print(i);
+    };
+    measureImport("import", importOptions);
+    // 3% of the source captions change after the export: their rows are set aside.
+    for (qsizetype k = 0; k < list.size(); k += 33)
+        if (list.questionIds[k] > 0)
+            questionnaire::WriteCaption(*q, list.questionIds[k], list.responseIds[k],
+                                        importOptions.referenceLanguage, QStringLiteral("changed"));
+    exchange::ImportOptions unchanged = importOptions;
+    unchanged.onlyUnchanged = true;
+    measureImport("import_only_unchanged", unchanged);
+    exchange::ImportOptions identical = importOptions;
+    identical.copyIdentical = true;
+    measureImport("import_copy_identical", identical);
+
+    questionnaire::WriteCaption(*q, list.questionIds[0], list.responseIds[0],
+                                importOptions.referenceLanguage, QStringLiteral("edited"));
+    for (const char* type : {"xml", "qes", "qex"}) {
+        const QString path = base + QLatin1Char('.') + QLatin1String(type);
+        app::QuestionnaireDocument document(m_app, m_messages);
+        document.OpenSilently(path);
+        QJsonObject s = Measure((QByteArray("save_") + type).constData(), cells,
+                                [&] { document.SaveBatch(); });
+        s.insert(QStringLiteral("mb"), QFileInfo(path).size() / 1e6);
+        Print(s);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const QStringList args = QCoreApplication::arguments();
+    bench::WorkloadSpec spec;
+    const QString name = args.contains(QLatin1String("--workload"))
+                             ? args.value(args.indexOf(QLatin1String("--workload")) + 1)
+                             : QStringLiteral("large");
+    if (!bench::NamedWorkload(name, spec)) {
+        std::fprintf(stderr, "unknown workload (small, large, stress)\n");
+        return 64;
+    }
+    QTemporaryDir temporary;
+    const QString dir = args.contains(QLatin1String("--dir"))
+                            ? args.value(args.indexOf(QLatin1String("--dir")) + 1)
+                            : temporary.path();
+    Bench(spec, dir).Run();
+    return 0;
+}
