@@ -1,6 +1,6 @@
 // Measures the program's main job on a synthetic workload and prints one JSON line per
 // measurement. Export and import stand beside the time to copy the export file in the same run.
-//   translator_bench [--workload small|large|stress] [--dir DIR]
+//   translator_bench [--workload small|large|stress] [--dir DIR] [--only MEASURE,...]
 #include "Workload.h"
 
 #include "app/AppContext.h"
@@ -46,7 +46,8 @@ void ResetPeak() {
 
 class Bench {
 public:
-    Bench(const bench::WorkloadSpec& spec, const QString& dir) : m_spec(spec), m_dir(dir) {}
+    Bench(const bench::WorkloadSpec& spec, const QString& dir, const QStringList& only)
+        : m_spec(spec), m_dir(dir), m_only(only) {}
     void Run();
 
 private:
@@ -56,8 +57,13 @@ private:
     qint64 CellCount(const CQuestionnaire& q) const;
     double CaptionMb(const CQuestionnaire& q) const;
 
+    bool Wanted(const QString& measure) const {
+        return m_only.isEmpty() || m_only.contains(measure);
+    }
+
     bench::WorkloadSpec m_spec;
     QString m_dir;
+    QStringList m_only; // measures to run; empty for all
     util::RecordingSink m_messages;
     app::AppContext m_app;
 };
@@ -82,6 +88,8 @@ template <class F> QJsonObject Bench::Measure(const char* name, qint64 cells, F&
 }
 
 void Bench::Print(QJsonObject o) {
+    if (!Wanted(o.value(QStringLiteral("measure")).toString()))
+        return;
     if (o.contains(QStringLiteral("mb")) && o.value(QStringLiteral("seconds")).toDouble() > 0)
         o.insert(QStringLiteral("mb_per_second"),
                  o.value(QStringLiteral("mb")).toDouble() / o.value(QStringLiteral("seconds")).toDouble());
@@ -130,8 +138,10 @@ void Bench::Run() {
     generated = CQuestionnaire();
 
     std::unique_ptr<CQuestionnaire> q;
-    for (const char* type : {"xml", "qes", "qex"}) {
+    for (const char* type : {"xml", "qex", "qes"}) {
         const QString path = base + QLatin1Char('.') + QLatin1String(type);
+        if (!Wanted(QStringLiteral("load_") + QLatin1String(type)) && qstrcmp(type, "qes") != 0)
+            continue;
         q = std::make_unique<CQuestionnaire>();
         QJsonObject o = Measure((QByteArray("load_") + type).constData(), cells, [&] {
             app::LoadQuestionnaire(m_app, path, *q, true, m_messages);
@@ -193,6 +203,8 @@ void Bench::Run() {
                                 importOptions.referenceLanguage, QStringLiteral("edited"));
     for (const char* type : {"xml", "qes", "qex"}) {
         const QString path = base + QLatin1Char('.') + QLatin1String(type);
+        if (!Wanted(QStringLiteral("save_") + QLatin1String(type)))
+            continue;
         app::QuestionnaireDocument document(m_app, m_messages);
         document.OpenSilently(path);
         QJsonObject s = Measure((QByteArray("save_") + type).constData(), cells,
@@ -219,6 +231,10 @@ int main(int argc, char** argv) {
     const QString dir = args.contains(QLatin1String("--dir"))
                             ? args.value(args.indexOf(QLatin1String("--dir")) + 1)
                             : temporary.path();
-    Bench(spec, dir).Run();
+    const QStringList only =
+        args.contains(QLatin1String("--only"))
+            ? args.value(args.indexOf(QLatin1String("--only")) + 1).split(QLatin1Char(','))
+            : QStringList();
+    Bench(spec, dir, only).Run();
     return 0;
 }

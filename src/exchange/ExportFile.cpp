@@ -57,11 +57,7 @@ public:
     ExportReport report;
 
 private:
-    QString Text(const ResolvedRow& row, qint32 responseId, qint32 language) const {
-        if (row.systemMessage)
-            return m_q.GetErrorMessage(language, responseId);
-        return row.texts ? row.texts->Get(language) : QString();
-    }
+    void AppendCaptionCell(QString& line, const QString& text);
     void NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId, qint32 responseId);
 
     const CQuestionnaire& m_q;
@@ -69,7 +65,9 @@ private:
     std::unique_ptr<VisibilityFilter> m_visibility;
     QSet<QString> m_seenReferences;
     QString m_cell;
-    QList<QString> m_texts;
+    const QString m_empty;
+    std::vector<const QString*> m_texts; // the row's caption in each exported language
+    QList<QString> m_messageTexts;       // a system message's texts, which are computed
 };
 
 ResolvedRow Exporter::Resolve(qint32 questionId, qint32 responseId) const {
@@ -112,7 +110,10 @@ ResolvedRow Exporter::Resolve(qint32 questionId, qint32 responseId) const {
 
 void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId,
                           qint32 responseId) {
-    if (CaptionSurvivesRoundTrip(text, sourceColumn))
+    // Most captions hold none of what could break: answer that without a full scan.
+    const bool plain = !text.startsWith(QLatin1Char('"')) && !text.contains(QLatin1Char('\\')) &&
+                       !text.contains(QChar(0)) && text.size() * 2 <= kSpreadsheetCellLimit;
+    if (plain || CaptionSurvivesRoundTrip(text, sourceColumn))
         return;
     ++report.unsafeCaptions;
     const QString key = QStringLiteral("%1/%2").arg(questionId).arg(responseId);
@@ -120,21 +121,40 @@ void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questio
         report.unsafeKeys.append(key);
 }
 
+void Exporter::AppendCaptionCell(QString& line, const QString& text) {
+    // Escaping leaves no tab or line break, so only a double quote calls for quoting.
+    if (!text.contains(QLatin1Char('"'))) {
+        AppendEscapedCaption(line, text);
+        return;
+    }
+    m_cell.clear();
+    AppendEscapedCaption(m_cell, text);
+    AppendCell(line, m_cell);
+}
+
 bool Exporter::BuildLine(qint32 questionId, qint32 responseId, QString& line) {
     const ResolvedRow row = Resolve(questionId, responseId);
     if (!row.keep)
         return false;
-    m_texts.resize(m_options.languages.size());
+    const qsizetype count = m_options.languages.size();
+    m_texts.resize(count);
+    if (row.systemMessage) {
+        m_messageTexts.resize(count);
+        for (qsizetype i = 0; i < count; ++i)
+            m_messageTexts[i] = m_q.GetErrorMessage(m_options.languages[i], responseId);
+    }
     bool anyEmpty = false;
-    for (qsizetype i = 0; i < m_options.languages.size(); ++i) {
-        m_texts[i] = Text(row, responseId, m_options.languages[i]);
-        anyEmpty = anyEmpty || m_texts[i].isEmpty();
+    for (qsizetype i = 0; i < count; ++i) {
+        m_texts[i] = row.systemMessage ? &m_messageTexts[i]
+                     : row.texts       ? &row.texts->Get(m_options.languages[i])
+                                       : &m_empty;
+        anyEmpty = anyEmpty || m_texts[i]->isEmpty();
     }
     // A row is translated when no exported language is empty, the reference included.
     if (m_options.excludeTranslated && !anyEmpty)
         return false;
     if (m_options.excludeDuplicates) {
-        const QString reference = m_texts.isEmpty() ? QString() : m_texts.first();
+        const QString& reference = count > 0 ? *m_texts.front() : m_empty;
         if (m_seenReferences.contains(reference))
             return false;
         m_seenReferences.insert(reference);
@@ -142,18 +162,16 @@ bool Exporter::BuildLine(qint32 questionId, qint32 responseId, QString& line) {
     line.append(QString::number(questionId));
     line.append(QLatin1Char('\t'));
     line.append(QString::number(responseId));
-    for (qsizetype i = 0; i < m_texts.size(); ++i) {
-        m_cell.clear();
-        AppendEscapedCaption(m_cell, m_texts[i]);
+    for (qsizetype i = 0; i < count; ++i) {
         line.append(QLatin1Char('\t'));
-        AppendCell(line, m_cell);
-        NoteUnsafe(m_texts[i], i == 0, questionId, responseId);
+        AppendCaptionCell(line, *m_texts[i]);
+        NoteUnsafe(*m_texts[i], i == 0, questionId, responseId);
     }
     if (m_options.showShortcuts) {
         line.append(QLatin1Char('\t'));
-        AppendCell(line, row.question ? row.question->m_shortcut : QString());
+        AppendCell(line, row.question ? row.question->m_shortcut : m_empty);
         line.append(QLatin1Char('\t'));
-        AppendCell(line, row.response ? row.response->m_entryCode : QString());
+        AppendCell(line, row.response ? row.response->m_entryCode : m_empty);
     }
     line.append(QLatin1String("\r\n"));
     ++report.rows;
@@ -226,7 +244,7 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
         exporter.BuildLine(captions.questionIds[k], captions.responseIds[k], buffer);
         if (buffer.size() >= kFlushChars) {
             ok = util::WriteUtf16Le(file, buffer);
-            buffer.clear();
+            buffer.resize(0); // keeps its storage: no new pages for every chunk
         }
     }
     ok = ok && util::WriteUtf16Le(file, buffer) && file.commit();

@@ -91,6 +91,7 @@ private:
     ColumnMap m_map;
     QStringList m_rejected;
     qint32 m_count = 0;
+    const QString m_empty;
     std::unique_ptr<ReferenceIndex> m_index;
 };
 
@@ -220,6 +221,9 @@ void Importer::ImportRow(QStringList& cells, qint32 questionId, qint32 responseI
             return;
         }
     }
+    // The row's caption is found once; its languages are then read in place.
+    const CLocalisedText* texts = FindCaptionTexts(m_q, questionId, responseId);
+    const bool message = questionId == kSystemMessageMarker;
     for (qsizetype i = 0; i < m_map.entries.size(); ++i) {
         const qsizetype column = 2 + i;
         const int language = m_map.entries[i];
@@ -229,7 +233,13 @@ void Importer::ImportRow(QStringList& cells, qint32 questionId, qint32 responseI
         if (language == 0 && cells[column].isEmpty())
             continue;
         UnescapeCell(cells[column]);
-        WriteIfDifferent(questionId, responseId, m_options.languages[language], cells[column]);
+        const qint32 lcid = m_options.languages[language];
+        if (message) {
+            WriteIfDifferent(questionId, responseId, lcid, cells[column]);
+        } else if (cells[column] != (texts ? texts->Get(lcid) : m_empty)) {
+            WriteCaption(m_q, questionId, responseId, lcid, cells[column]);
+            ++m_count;
+        }
     }
 }
 

@@ -4,35 +4,33 @@
 
 namespace questionnaire {
 
+const CLocalisedText* FindCaptionTexts(const CQuestionnaire& q, qint32 questionId,
+                                       qint32 responseId) {
+    int index = 0;
+    if (questionId == kSystemMessageMarker)
+        return nullptr;
+    if (questionId == kRoutingMarker)
+        return q.FindRoutingById(responseId, index) ? &q.GetFiltre(index).Message() : nullptr;
+    if (!q.FindQuestionById(questionId, index))
+        return nullptr;
+    const CQuestion& question = q.GetQuestion(index);
+    switch (responseId) {
+    case kLongCaption: return &question.LongCaption();
+    case kShortCaption: return &question.ShortCaption();
+    case kInstructions: return &question.Instructions();
+    case kComments: return &question.Comments();
+    default: break;
+    }
+    const CModalite* response = nullptr;
+    return question.FindModaliteById(responseId, response) ? &response->Caption() : nullptr;
+}
+
 QString ReadCaption(const CQuestionnaire& q, qint32 questionId, qint32 responseId,
                     qint32 language) {
     if (questionId == kSystemMessageMarker)
         return q.GetErrorMessage(language, responseId);
-    int index = 0;
-    if (questionId == kRoutingMarker) {
-        if (!q.FindRoutingById(responseId, index))
-            return {};
-        return q.GetFiltre(index).GetLocalisedMessage(language);
-    }
-    if (!q.FindQuestionById(questionId, index))
-        return {};
-    const CQuestion& question = q.GetQuestion(index);
-    switch (responseId) {
-    case kLongCaption:
-        return question.GetLocalisedLongCaption(language);
-    case kShortCaption:
-        return question.GetLocalisedShortCaption(language);
-    case kInstructions:
-        return question.GetLocalisedInstructions(language);
-    case kComments:
-        return question.GetLocalisedComments(language);
-    default:
-        break;
-    }
-    const CModalite* response = nullptr;
-    if (!question.FindModaliteById(responseId, response))
-        return {};
-    return response->GetLocalisedLongCaption(language);
+    const CLocalisedText* texts = FindCaptionTexts(q, questionId, responseId);
+    return texts ? texts->Get(language) : QString();
 }
 
 namespace {

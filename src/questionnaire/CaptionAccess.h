@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class CLocalisedText;
 class CQuestionnaire;
 
 namespace questionnaire {
@@ -19,6 +20,11 @@ constexpr qint32 kComments = -4;
 // The caption's text in a language; empty when the question, response or routing is unknown.
 QString ReadCaption(const CQuestionnaire& q, qint32 questionId, qint32 responseId,
                     qint32 language);
+
+// Where the texts of a question, response or routing caption live, to read several languages of
+// one row without looking it up again; null for system messages and unknown ids.
+const CLocalisedText* FindCaptionTexts(const CQuestionnaire& q, qint32 questionId,
+                                       qint32 responseId);
 
 // Writes a caption; unknown ids are ignored. A system message equal to its standard text loses
 // its customisation, and one equal to its current text is left alone.
