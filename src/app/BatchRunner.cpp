@@ -3,6 +3,10 @@
 #include "app/AppContext.h"
 #include "app/CaptionListing.h"
 #include "app/QuestionnaireDocument.h"
+#include "dictionary/ConflictList.h"
+#include "dictionary/Dictionary.h"
+#include "dictionary/DictionaryPasses.h"
+#include "dictionary/Strings.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionList.h"
@@ -19,6 +23,7 @@ namespace {
 constexpr qint32 kCannotLoad = -1;
 constexpr qint32 kCannotSave = -2;
 constexpr qint32 kExportDone = -20;
+constexpr qint32 kCannotSaveDictionary = -3;
 
 using Operation = BatchOptions::Operation;
 
@@ -45,7 +50,9 @@ bool SetFlag(BatchOptions& o, const QString& argument) {
         const char* name;
         Operation operation;
     } operations[] = {{"addlanguage", Operation::AddLanguage},
-                      {"listcaptions", Operation::ListCaptions}};
+                      {"listcaptions", Operation::ListCaptions},
+                      {"autotranslate", Operation::AutoTranslate},
+                      {"senddictionary", Operation::SendDictionary}};
     for (const auto& op : operations) {
         if (argument.compare(QLatin1String(op.name), Qt::CaseInsensitive) == 0) {
             o.operation = op.operation;
@@ -68,6 +75,8 @@ void SetKey(BatchOptions& o, const QString& key, const QString& value) {
         o.reference = value;
     } else if (is("headers")) {
         o.headers = value;
+    } else if (is("dictionary")) {
+        o.dictionary = value;
     }
 }
 
@@ -92,6 +101,8 @@ public:
     qint32 Translate();
     qint32 AddLanguages();
     qint32 ListCaptions();
+    qint32 AutoTranslate();
+    qint32 SendDictionary();
 
 private:
     bool Load() { return m_document.OpenSilently(m_o.file); }
@@ -104,6 +115,10 @@ private:
         questionnaire::CaptionList list;
         questionnaire::BuildCaptionList(*m_document.Questionnaire(), list, false);
         return list;
+    }
+
+    QString DictionaryPath() const {
+        return m_o.dictionary.isEmpty() ? m_app.dictionaryPath : m_o.dictionary;
     }
 
     AppContext& m_app;
@@ -183,6 +198,54 @@ qint32 Batch::ListCaptions() {
     return 0;
 }
 
+// Rows that would need the conflict dialog are left out and counted: no one is there to choose.
+class LeaveOutConflicts : public ConflictChooser {
+public:
+    qint32 Choose(const ConflictList&) override {
+        ++leftOut;
+        return ConflictList::kDoNotAdd;
+    }
+    int leftOut = 0;
+};
+
+qint32 Batch::AutoTranslate() {
+    CDictionary dictionary;
+    dictionary.Load(DictionaryPath(), m_messages); // a missing file is an empty dictionary
+    if (!Load())
+        return kCannotLoad;
+    CQuestionnaire& q = *m_document.Questionnaire();
+    const int count = dictionary::AutoTranslate(q, Captions(), questionnaire::DefaultLanguageOrder(q),
+                                                dictionary);
+    m_out << QString::asprintf(dictionary::strings::kCaptionsTranslated, count) << '\n';
+    if (count > 0 && !m_document.SaveBatch())
+        return SaveFailed();
+    return count;
+}
+
+qint32 Batch::SendDictionary() {
+    CDictionary dictionary;
+    const QString path = DictionaryPath();
+    dictionary.Load(path, m_messages);
+    if (!Load())
+        return kCannotLoad;
+    const CQuestionnaire& q = *m_document.Questionnaire();
+    const questionnaire::CaptionList rows = Captions();
+    LeaveOutConflicts chooser;
+    int added = 0;
+    dictionary::SendToDictionary(q, rows, questionnaire::DefaultLanguageOrder(q), 0,
+                                 rows.size() - 1, dictionary, chooser, added);
+    m_out << QString::asprintf(dictionary::strings::kEntriesAdded, added) << '\n';
+    if (chooser.leftOut > 0)
+        m_messages.Show(QStringLiteral("%1 rows were left out: they match several dictionary "
+                                       "entries or conflict with one, which needs a choice.")
+                            .arg(chooser.leftOut));
+    if (dictionary.IsModified() && !dictionary.Save(path, m_messages)) {
+        m_messages.Show(QStringLiteral("Cannot save the dictionary '%1'.").arg(path));
+        return kCannotSaveDictionary;
+    }
+    return added;
+}
+
 } // namespace
 
 BatchOptions ParseBatchOptions(const QStringList& arguments) {
@@ -215,6 +278,8 @@ bool RunBatch(AppContext& app, const QStringList& arguments, util::MessageSink& 
     case Operation::Translate: app.exitCode = batch.Translate(); break;
     case Operation::AddLanguage: app.exitCode = batch.AddLanguages(); break;
     case Operation::ListCaptions: app.exitCode = batch.ListCaptions(); break;
+    case Operation::AutoTranslate: app.exitCode = batch.AutoTranslate(); break;
+    case Operation::SendDictionary: app.exitCode = batch.SendDictionary(); break;
     case Operation::None: break;
     }
     return true;

@@ -16,7 +16,15 @@ class AppContext;
 // The command line of batch work: `translator FILE option...`, each option one argument, a flag
 // or a key and value joined by a colon.
 struct BatchOptions {
-    enum class Operation { None, Export, Translate, AddLanguage, ListCaptions };
+    enum class Operation {
+        None,
+        Export,
+        Translate,
+        AddLanguage,
+        ListCaptions,
+        AutoTranslate,
+        SendDictionary
+    };
 
     QString file;
     Operation operation = Operation::None;
@@ -24,6 +32,7 @@ struct BatchOptions {
     QString languages;
     QString reference;
     QString headers;
+    QString dictionary; // the dictionary file instead of the profile's
     bool importUnchanged = false;
     bool copyIdentical = false;
     bool excludeNonVisible = false;
