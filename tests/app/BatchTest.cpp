@@ -1,4 +1,6 @@
 #include "app/BatchRunner.h"
+#include "dictionary/Dictionary.h"
+#include "util/MessageSink.h"
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/QesDatabase.h"
@@ -167,6 +169,65 @@ TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
     ASSERT_EQ(q.GetLanguageCount(), 5);
     EXPECT_EQ(q.GetLanguage(3).m_id, 3082);
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
+}
+
+TEST_F(BatchProcessTest, DictionaryOptions) {
+    const QString memory = Path(QStringLiteral("memory.dic"));
+    ProcessRun run = Translator({m_survey, QStringLiteral("senddictionary"),
+                                 QStringLiteral("dictionary:") + memory});
+    const int sent = run.result.toInt();
+    EXPECT_GT(sent, 10);
+    EXPECT_EQ(run.status, sent % 256);
+    util::RecordingSink messages;
+    CDictionary saved;
+    ASSERT_TRUE(saved.Load(memory, messages));
+    EXPECT_EQ(saved.GetEntryCount(), sent);
+    // Sending again adds nothing: every row matches its entry.
+    EXPECT_EQ(Translator({m_survey, QStringLiteral("senddictionary"),
+                          QStringLiteral("dictionary:") + memory}).result,
+              QStringLiteral("0"));
+
+    CDictionary german;
+    german.AddEntry({{1033, QStringLiteral("Not very satisfied")}, {1031, QStringLiteral("Wenig zufrieden")}});
+    const QString germanPath = Path(QStringLiteral("german.dic"));
+    ASSERT_TRUE(german.Save(germanPath, messages));
+    run = Translator({m_survey, QStringLiteral("autotranslate"), QStringLiteral("dictionary:") + germanPath});
+    EXPECT_EQ(run.result, QStringLiteral("1"));
+    CQuestionnaire q;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
+    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 3, 1031), QStringLiteral("Wenig zufrieden"));
+}
+
+TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
+    // A second questionnaire whose question texts are all its own.
+    CQuestionnaire other;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, other));
+    for (int i = 0; i < other.GetNbreQuestion(); ++i)
+        other.GetAdrQuestion(i)->SetLocalisedLongCaption(
+            1033, QStringLiteral("B: ") + other.GetQuestion(i).GetLocalisedLongCaption(1033));
+    const QString otherPath = Path(QStringLiteral("other.xml"));
+    ASSERT_TRUE(questionnaire::WriteXmlFile(otherPath, other));
+    const QString memory = Path(QStringLiteral("shared.dic"));
+    const QString option = QStringLiteral("dictionary:") + memory;
+    for (int round = 0; round < 3; ++round) {
+        QFile::remove(memory);
+        QProcess a;
+        QProcess b;
+        a.start(QStringLiteral(TRANSLATOR_BINARY), {m_survey, QStringLiteral("senddictionary"), option});
+        b.start(QStringLiteral(TRANSLATOR_BINARY), {otherPath, QStringLiteral("senddictionary"), option});
+        ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
+        util::RecordingSink messages;
+        CDictionary result;
+        ASSERT_TRUE(result.Load(memory, messages)) << "round " << round;
+        bool fromA = false;
+        bool fromB = false;
+        for (int e = 0; e < result.GetEntryCount(); ++e) {
+            const QString english = result.GetEntry(e).GetText(1033);
+            fromB = fromB || english.startsWith(QLatin1String("B: "));
+            fromA = fromA || english == QLatin1String("Overall, how satisfied are you with our service?");
+        }
+        EXPECT_NE(fromA, fromB) << "round " << round << ": one whole save, never a mix";
+    }
 }
 
 TEST_F(BatchProcessTest, WithoutAnOperationNoBatchWorkIsDone) {
