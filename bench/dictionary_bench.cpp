@@ -1,0 +1,142 @@
+// Measures the translation memory: load and save of 1,000,000 entries in 4 languages beside a
+// copy of the file, lookups per second, and auto-translation of the "large" workload. One JSON
+// line per measurement.
+//   dictionary_bench [--entries N]
+#include "Workload.h"
+
+#include "dictionary/ConflictList.h"
+#include "dictionary/Dictionary.h"
+#include "dictionary/DictionaryPasses.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionList.h"
+#include "questionnaire/LanguageList.h"
+#include "util/MessageSink.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <filesystem>
+#include <random>
+
+namespace {
+
+double PeakMb() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
+    return 0;
+}
+
+void Print(const char* measure, double seconds, qint64 items, double mb, double cp) {
+    QJsonObject o{{QStringLiteral("measure"), QString::fromLatin1(measure)},
+                  {QStringLiteral("seconds"), seconds},
+                  {QStringLiteral("items"), items},
+                  {QStringLiteral("items_per_second"), seconds > 0 ? items / seconds : 0.0},
+                  {QStringLiteral("peak_rss_mb"), PeakMb()}};
+    if (mb > 0) {
+        o.insert(QStringLiteral("mb"), mb);
+        o.insert(QStringLiteral("mb_per_second"), seconds > 0 ? mb / seconds : 0.0);
+    }
+    if (cp > 0) {
+        o.insert(QStringLiteral("reference_cp_seconds"), cp);
+        o.insert(QStringLiteral("ratio_to_cp"), seconds / cp);
+    }
+    std::printf("%s\n", QJsonDocument(o).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+}
+
+template <class F> double Seconds(F&& step) {
+    QElapsedTimer timer;
+    timer.start();
+    step();
+    return timer.nsecsElapsed() / 1e9;
+}
+
+class NoChoice : public ConflictChooser {
+public:
+    qint32 Choose(const ConflictList&) override { return ConflictList::kDoNotAdd; }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const QStringList args = QCoreApplication::arguments();
+    const int entries = args.contains(QLatin1String("--entries"))
+                            ? args.value(args.indexOf(QLatin1String("--entries")) + 1).toInt()
+                            : 1000000;
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("Translator.dic"));
+    util::RecordingSink messages;
+    const qint32 languages[] = {1033, 1036, 1031, 3082};
+    std::mt19937 random(7);
+    QStringList sources;
+    {
+        CDictionary built;
+        for (int i = 0; i < entries; ++i) {
+            CDicEntry::Texts texts;
+            const QString text = QStringLiteral("Caption %1 of the survey, %2 answers").arg(i).arg(random() % 1000);
+            for (qint32 lcid : languages)
+                texts[lcid] = QStringLiteral("[%1] ").arg(lcid) + text;
+            if (i % 1000 == 0)
+                sources.append(texts[1033]);
+            built.AddEntry(texts);
+        }
+        const double save = Seconds([&] { built.Save(path, messages); });
+        const double mb = QFileInfo(path).size() / 1e6;
+        const double cp = Seconds([&] {
+            std::filesystem::copy_file(path.toStdString(), (path + QStringLiteral(".copy")).toStdString());
+        });
+        Print("save", save, entries, mb, cp);
+    }
+    CDictionary dictionary;
+    const double mb = QFileInfo(path).size() / 1e6;
+    const double cp = Seconds([&] {
+        std::filesystem::copy_file(path.toStdString(), (path + QStringLiteral(".copy2")).toStdString());
+    });
+    Print("load", Seconds([&] { dictionary.Load(path, messages); }), entries, mb, cp);
+
+    const int lookups = 200000;
+    int found = 0;
+    Print("translate", Seconds([&] {
+              QString out;
+              for (int i = 0; i < lookups; ++i)
+                  found += dictionary.Translate(sources[i % sources.size()], 1033, 3082, out);
+          }),
+          lookups, 0, 0);
+
+    bench::WorkloadSpec spec;
+    bench::NamedWorkload(QStringLiteral("large"), spec);
+    CQuestionnaire q = bench::MakeQuestionnaire(spec);
+    questionnaire::CaptionList rows;
+    questionnaire::BuildCaptionList(q, rows, false);
+    const QList<qint32> columns = questionnaire::DefaultLanguageOrder(q);
+    CDictionary memory;
+    NoChoice chooser;
+    int added = 0;
+    Print("send_large", Seconds([&] {
+              dictionary::SendToDictionary(q, rows, columns, 0, rows.size() - 1, memory, chooser, added);
+          }),
+          rows.size(), 0, 0);
+    // The same questionnaire with every target cell emptied again.
+    CQuestionnaire empty = q;
+    for (qsizetype k = 0; k < rows.size(); ++k)
+        for (qsizetype c = 1; c < columns.size(); ++c)
+            questionnaire::WriteCaption(empty, rows.questionIds[k], rows.responseIds[k], columns[c],
+                                        QString());
+    int translated = 0;
+    Print("autotranslate_large", Seconds([&] {
+              translated = dictionary::AutoTranslate(empty, rows, columns, memory);
+          }),
+          translated, 0, 0);
+    return found > 0 ? 0 : 1;
+}
