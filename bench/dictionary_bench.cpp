@@ -134,9 +134,8 @@ int main(int argc, char** argv) {
             questionnaire::WriteCaption(empty, rows.questionIds[k], rows.responseIds[k], columns[c],
                                         QString());
     int translated = 0;
-    Print("autotranslate_large", Seconds([&] {
-              translated = dictionary::AutoTranslate(empty, rows, columns, memory);
-          }),
-          translated, 0, 0);
+    const double seconds =
+        Seconds([&] { translated = dictionary::AutoTranslate(empty, rows, columns, memory); });
+    Print("autotranslate_large", seconds, translated, 0, 0);
     return found > 0 ? 0 : 1;
 }
