@@ -112,7 +112,7 @@ int main(int argc, char** argv) {
               for (int i = 0; i < lookups; ++i)
                   found += dictionary.Translate(sources[i % sources.size()], 1033, 3082, out);
           }),
-          lookups, 0, 0);
+          lookups, 0, cp);
 
     bench::WorkloadSpec spec;
     bench::NamedWorkload(QStringLiteral("large"), spec);
@@ -126,7 +126,7 @@ int main(int argc, char** argv) {
     Print("send_large", Seconds([&] {
               dictionary::SendToDictionary(q, rows, columns, 0, rows.size() - 1, memory, chooser, added);
           }),
-          rows.size(), 0, 0);
+          rows.size(), 0, cp);
     // The same questionnaire with every target cell emptied again.
     CQuestionnaire empty = q;
     for (qsizetype k = 0; k < rows.size(); ++k)
@@ -136,6 +136,6 @@ int main(int argc, char** argv) {
     int translated = 0;
     const double seconds =
         Seconds([&] { translated = dictionary::AutoTranslate(empty, rows, columns, memory); });
-    Print("autotranslate_large", seconds, translated, 0, 0);
+    Print("autotranslate_large", seconds, translated, 0, cp);
     return found > 0 ? 0 : 1;
 }
