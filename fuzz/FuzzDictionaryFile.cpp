@@ -1,7 +1,7 @@
 // Bytes of a dictionary file: a dictionary that loads must save and load back to the same
 // entries; nothing may crash, hang or allocate by a count read from the file.
 #include "dictionary/Dictionary.h"
-#include "util/AnsiCodePage.h"
+#include "FuzzInput.h"
 #include "util/MessageSink.h"
 
 #include <QFile>
@@ -11,19 +11,8 @@
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString path = dir.filePath(QStringLiteral("input.dic"));
-    static const QString copy = dir.filePath(QStringLiteral("copy.dic"));
-    static const bool fixedCodePage = [] {
-        util::AnsiCodePage::SetCurrent(1252);
-        return true;
-    }();
-    (void)fixedCodePage;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        std::abort();
-    file.write(reinterpret_cast<const char*>(data), qint64(size));
-    file.close();
+    const QString path = FuzzInputFile(QStringLiteral("input.dic"), data, size);
+    const QString copy = path + QStringLiteral(".copy");
 
     util::RecordingSink messages;
     CDictionary dictionary;

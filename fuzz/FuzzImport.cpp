@@ -3,7 +3,7 @@
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionList.h"
 #include "questionnaire/Questionnaire.h"
-#include "util/AnsiCodePage.h"
+#include "FuzzInput.h"
 #include "util/MessageSink.h"
 
 #include <QFile>
@@ -36,21 +36,10 @@ CQuestionnaire Small() {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString path = dir.filePath(QStringLiteral("translated.txt"));
-    static const bool fixedCodePage = [] {
-        util::AnsiCodePage::SetCurrent(1252);
-        return true;
-    }();
-    (void)fixedCodePage;
     if (size == 0)
         return 0;
     const uint8_t flags = data[0];
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        std::abort();
-    file.write(reinterpret_cast<const char*>(data + 1), qint64(size - 1));
-    file.close();
+    const QString path = FuzzInputFile(QStringLiteral("translated.txt"), data + 1, size - 1);
 
     CQuestionnaire q = Small();
     const CQuestionnaire before = q;

@@ -1,5 +1,6 @@
 // Arbitrary bytes as a questionnaire database file: a refusal must say why, and whatever reads
 // must write and read back to the same questionnaire.
+#include "FuzzInput.h"
 #include "questionnaire/QesDatabase.h"
 #include "questionnaire/Questionnaire.h"
 
@@ -15,14 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static char name[] = "fuzz_qes_reader";
     static char* argv[] = {name, nullptr};
     static QCoreApplication app(argc, argv); // the database driver is a plugin
-    static QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("input.qes"));
-    QFile::remove(path + QStringLiteral("-journal"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        std::abort();
-    file.write(reinterpret_cast<const char*>(data), qint64(size));
-    file.close();
+    const QString path = FuzzInputFile(QStringLiteral("input.qes"), data, size);
+    QFile::remove(path + QStringLiteral("-journal")); // left by an earlier input
+    const QString copy = path + QStringLiteral(".copy");
 
     CQuestionnaire q;
     const bool read = q.Read(path, true, true, true, true, true, dbQesFile, 0x100, true);
@@ -31,7 +27,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             std::abort();
         return 0;
     }
-    const QString copy = dir.filePath(QStringLiteral("copy.qes"));
     QString error;
     if (!questionnaire::WriteQesFile(copy, q, 0x100, error))
         std::abort();

@@ -1,5 +1,5 @@
 // Bytes of any text file the program reads whole (translated files, XML questionnaires).
-#include "util/AnsiCodePage.h"
+#include "FuzzInput.h"
 #include "util/TextFile.h"
 
 #include <QDir>
@@ -10,18 +10,7 @@
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString path = dir.filePath(QStringLiteral("input.txt"));
-    static const bool fixedCodePage = [] {
-        util::AnsiCodePage::SetCurrent(1252);
-        return true;
-    }();
-    (void)fixedCodePage;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        std::abort();
-    file.write(reinterpret_cast<const char*>(data), qint64(size));
-    file.close();
+    const QString path = FuzzInputFile(QStringLiteral("input.txt"), data, size);
 
     QString text;
     const bool plausible = util::LoadTextFile(path, text, false);
