@@ -64,6 +64,7 @@ TEST_P(FailingDiskTest, FileSizeLimitReachedHalfWayKeepsTheOldFile) {
     const QByteArray before = testutil::ReadAll(path);
     CQuestionnaire old;
     ASSERT_TRUE(Load(path, old));
+    const QStringList filesBefore = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
     // Files may grow to 1 MB; the save below writes tens of megabytes.
     const Outcome run = RunProgram(QStringLiteral(DOC_TOOL),
                                    {QStringLiteral("limit"), QStringLiteral("1000000"),
@@ -76,6 +77,8 @@ TEST_P(FailingDiskTest, FileSizeLimitReachedHalfWayKeepsTheOldFile) {
     ASSERT_TRUE(Load(path, after));
     EXPECT_EQ(after, old);
     EXPECT_EQ(testutil::ReadAll(path), before);
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden), filesBefore)
+        << "a temporary file was left behind";
 }
 
 TEST_P(FailingDiskTest, FolderThatCannotBeWrittenKeepsTheOldFile) {

@@ -13,8 +13,6 @@
 #include <zip.h>
 
 #ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
 #endif
 
 #include <vector>
@@ -519,28 +517,6 @@ protected:
         return qex;
     }
 };
-
-TEST_F(ExchangePackageSaveFailureTest, KeptWhenWritingStopsHalfWay) {
-#ifdef Q_OS_UNIX
-    CQuestionnaire q;
-    const QString qex = OpenPackageWithMedia(q);
-    // The file size limit stops the archive after 256 KiB, as a full disk would.
-    rlimit saved{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = saved;
-    small.rlim_cur = 256 * 1024;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    ExpectOldPackageKept(q, qex, QString());
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, oldHandler);
-    // Once the disk has room again, the same save goes through.
-    EXPECT_TRUE(q.SaveToExchangeFormat(qex, QString(), -1)) << q.m_lastError.toStdString();
-    EXPECT_EQ(EntryData(qex, "big.bin").size(), 1 << 20);
-#else
-    GTEST_SKIP() << "needs a file size limit";
-#endif
-}
 
 TEST_F(ExchangePackageSaveFailureTest, KeptWhenSomethingIsMissing) {
     CQuestionnaire q;
