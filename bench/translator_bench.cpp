@@ -1,6 +1,9 @@
 // Measures the program's main job on a synthetic workload and prints one JSON line per
 // measurement. Export and import stand beside the time to copy the export file in the same run.
-//   translator_bench [--workload small|large|stress] [--dir DIR] [--only MEASURE,...]
+//   translator_bench [--workload small|large|stress] [--dir DIR] [--reuse] [--only MEASURE,...]
+//                  [--repeat N]
+// --reuse keeps the questionnaire files a previous run left in DIR instead of generating them;
+// --repeat runs each export and import measure N times.
 #include "Workload.h"
 
 #include "app/AppContext.h"
@@ -22,7 +25,9 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 #include <filesystem>
 
 namespace {
@@ -46,8 +51,9 @@ void ResetPeak() {
 
 class Bench {
 public:
-    Bench(const bench::WorkloadSpec& spec, const QString& dir, const QStringList& only)
-        : m_spec(spec), m_dir(dir), m_only(only) {}
+    Bench(const bench::WorkloadSpec& spec, const QString& dir, const QStringList& only, bool reuse,
+          int repeat)
+        : m_spec(spec), m_dir(dir), m_only(only), m_reuse(reuse), m_repeat(std::max(1, repeat)) {}
     void Run();
 
 private:
@@ -64,6 +70,8 @@ private:
     bench::WorkloadSpec m_spec;
     QString m_dir;
     QStringList m_only; // measures to run; empty for all
+    bool m_reuse = false;
+    int m_repeat = 1; // times each export and import measure runs
     util::RecordingSink m_messages;
     app::AppContext m_app;
 };
@@ -97,15 +105,20 @@ void Bench::Print(QJsonObject o) {
     std::fflush(stdout);
 }
 
+// The median of five copies: one copy alone varies threefold with the state of the page cache.
 double Bench::CopySeconds(const QString& path) {
     const QString copy = path + QStringLiteral(".copy");
+    std::vector<double> times;
+    for (int i = 0; i < 5; ++i) {
+        QFile::remove(copy);
+        QElapsedTimer timer;
+        timer.start();
+        std::filesystem::copy_file(path.toStdString(), copy.toStdString());
+        times.push_back(timer.nsecsElapsed() / 1e9);
+    }
     QFile::remove(copy);
-    QElapsedTimer timer;
-    timer.start();
-    std::filesystem::copy_file(path.toStdString(), copy.toStdString());
-    const double seconds = timer.nsecsElapsed() / 1e9;
-    QFile::remove(copy);
-    return seconds;
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
 }
 
 qint64 Bench::CellCount(const CQuestionnaire& q) const {
@@ -126,15 +139,24 @@ double Bench::CaptionMb(const CQuestionnaire& q) const {
 }
 
 void Bench::Run() {
-    CQuestionnaire generated = bench::MakeQuestionnaire(m_spec);
+    const QString base = m_dir + QStringLiteral("/") + m_spec.name;
+    const bool reuse = m_reuse && QFileInfo::exists(base + QStringLiteral(".xml")) &&
+                       QFileInfo::exists(base + QStringLiteral(".qes")) &&
+                       QFileInfo::exists(base + QStringLiteral(".qex"));
+    CQuestionnaire generated;
+    if (reuse)
+        app::LoadQuestionnaire(m_app, base + QStringLiteral(".qes"), generated, true, m_messages);
+    else
+        generated = bench::MakeQuestionnaire(m_spec);
     const qint64 cells = CellCount(generated);
     const double captionMb = CaptionMb(generated);
-    const QString base = m_dir + QStringLiteral("/") + m_spec.name;
-    QString error;
-    questionnaire::WriteXmlFile(base + QStringLiteral(".xml"), generated);
-    questionnaire::WriteQesFile(base + QStringLiteral(".qes"), generated,
-                                app::AppContext::ProgramVersion(), error);
-    generated.SaveToExchangeFormat(base + QStringLiteral(".qex"), QString(), -1);
+    if (!reuse) {
+        QString error;
+        questionnaire::WriteXmlFile(base + QStringLiteral(".xml"), generated);
+        questionnaire::WriteQesFile(base + QStringLiteral(".qes"), generated,
+                                    app::AppContext::ProgramVersion(), error);
+        generated.SaveToExchangeFormat(base + QStringLiteral(".qex"), QString(), -1);
+    }
     generated = CQuestionnaire();
 
     std::unique_ptr<CQuestionnaire> q;
@@ -157,22 +179,31 @@ void Bench::Run() {
     exchange::ExportOptions exportOptions;
     exportOptions.languages = questionnaire::DefaultLanguageOrder(*q);
     exportOptions.batch = true;
-    QJsonObject o = Measure("export", cells, [&] {
-        exchange::ExportStringsForTranslation(exportPath, *q, exportOptions, list, m_messages);
-    });
+    // The import measures need the exported file, so the export always runs.
+    std::vector<QJsonObject> exports;
+    for (int r = 0; r < m_repeat; ++r) {
+        // Like the copy below, the export makes a new file: freeing the blocks of an old one
+        // is the file system's work, not the program's.
+        QFile::remove(exportPath);
+        exports.push_back(Measure("export", cells, [&] {
+            exchange::ExportStringsForTranslation(exportPath, *q, exportOptions, list, m_messages);
+        }));
+    }
     const double exportMb = QFileInfo(exportPath).size() / 1e6;
     const double cp = CopySeconds(exportPath);
-    o.insert(QStringLiteral("mb"), exportMb);
-    o.insert(QStringLiteral("caption_utf16_mb"), captionMb);
-    o.insert(QStringLiteral("reference_cp_seconds"), cp);
-    o.insert(QStringLiteral("ratio_to_cp"), o.value(QStringLiteral("seconds")).toDouble() / cp);
-    Print(o);
+    for (QJsonObject& o : exports) {
+        o.insert(QStringLiteral("mb"), exportMb);
+        o.insert(QStringLiteral("caption_utf16_mb"), captionMb);
+        o.insert(QStringLiteral("reference_cp_seconds"), cp);
+        o.insert(QStringLiteral("ratio_to_cp"), o.value(QStringLiteral("seconds")).toDouble() / cp);
+        Print(o);
+    }
 
     exchange::ImportOptions importOptions;
     importOptions.languages = exportOptions.languages;
     importOptions.referenceLanguage = exportOptions.languages.first();
     importOptions.silent = true;
-    auto measureImport = [&](const char* name, const exchange::ImportOptions& options) {
+    auto measureImportOnce = [&](const char* name, const exchange::ImportOptions& options) {
         qint32 result = 0;
         exchange::ImportReport report;
         QJsonObject i = Measure(name, cells, [&] {
@@ -185,6 +216,10 @@ void Bench::Run() {
         i.insert(QStringLiteral("reference_cp_seconds"), cp);
         i.insert(QStringLiteral("ratio_to_cp"), i.value(QStringLiteral("seconds")).toDouble() / cp);
         Print(i);
+    };
+    auto measureImport = [&](const char* name, const exchange::ImportOptions& options) {
+        for (int r = 0; r < m_repeat && Wanted(QString::fromLatin1(name)); ++r)
+            measureImportOnce(name, options);
     };
     measureImport("import", importOptions);
     // 3% of the source captions change after the export: their rows are set aside.
@@ -235,6 +270,9 @@ int main(int argc, char** argv) {
         args.contains(QLatin1String("--only"))
             ? args.value(args.indexOf(QLatin1String("--only")) + 1).split(QLatin1Char(','))
             : QStringList();
-    Bench(spec, dir, only).Run();
+    const int repeat = args.contains(QLatin1String("--repeat"))
+                           ? args.value(args.indexOf(QLatin1String("--repeat")) + 1).toInt()
+                           : 1;
+    Bench(spec, dir, only, args.contains(QLatin1String("--reuse")), repeat).Run();
     return 0;
 }

@@ -5,15 +5,18 @@
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
+#include "util/CharScan.h"
+#include "util/FileSystem.h"
 #include "util/MessageSink.h"
-#include "util/TextFile.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSet>
 #include <QtEndian>
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
+#include <vector>
 
 namespace exchange {
 
@@ -21,16 +24,68 @@ using namespace questionnaire;
 
 namespace {
 
-constexpr qsizetype kFlushChars = 1 << 20;
+constexpr qsizetype kChunkChars = 1 << 20;
 constexpr int kWarningKeys = 10;
 
-bool NeedsQuotes(const QString& cell) {
-    for (QChar c : cell) {
-        const char16_t u = c.unicode();
-        if (u == u'"' || u == u'\t' || u == u'\r' || u == u'\n')
-            return true;
+const char16_t* Utf16(const QString& text) {
+    return reinterpret_cast<const char16_t*>(text.constData());
+}
+
+// The file's text gathers in a fixed buffer written out whenever it fills: the export's memory
+// stays flat however large the questionnaire.
+class OutBuffer {
+public:
+    explicit OutBuffer(util::ReplacingFile& file) : m_file(file), m_data(kChunkChars) {}
+
+    void Append(const char16_t* s, qsizetype n) {
+        if (n > kChunkChars - m_used) {
+            Flush();
+            if (n > kChunkChars) {
+                Write(s, n);
+                return;
+            }
+        }
+        std::memcpy(m_data.data() + m_used, s, size_t(n) * 2);
+        m_used += n;
     }
-    return false;
+    void Append(const QString& text) { Append(Utf16(text), text.size()); }
+    void Append(char16_t c) {
+        if (m_used == kChunkChars)
+            Flush();
+        m_data[m_used++] = c;
+    }
+    bool Ok() const { return m_ok; }
+    // False when any write failed.
+    bool Finish() {
+        Flush();
+        return m_ok;
+    }
+
+private:
+    void Flush() {
+        Write(m_data.data(), m_used);
+        m_used = 0;
+    }
+    void Write(const char16_t* s, qsizetype n) {
+        if (!m_ok || n == 0)
+            return;
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+        std::vector<char16_t> le(s, s + n);
+        qToLittleEndian<quint16>(le.data(), n, le.data());
+        s = le.data();
+#endif
+        m_ok = m_file.Write(reinterpret_cast<const char*>(s), n * 2);
+    }
+
+    util::ReplacingFile& m_file;
+    std::vector<char16_t> m_data;
+    qsizetype m_used = 0;
+    bool m_ok = true;
+};
+
+bool NeedsQuotes(const QString& cell) {
+    const char16_t* end = Utf16(cell) + cell.size();
+    return util::FindFirstOf<u'"', u'\t', u'\r', u'\n'>(Utf16(cell), end) != end;
 }
 
 // The caption row resolved once: where its texts are, and what goes in the extra columns.
@@ -45,26 +100,28 @@ struct ResolvedRow {
 class Exporter {
 public:
     Exporter(const CQuestionnaire& q, const ExportOptions& options)
-        : m_q(q), m_options(options) {
+        : m_q(q), m_options(options), m_columns(options.languages) {
         if (options.excludeNonVisible)
             m_visibility = std::make_unique<VisibilityFilter>(q);
     }
 
     ResolvedRow Resolve(qint32 questionId, qint32 responseId) const;
-    // Builds the line of one row into `line`; false when a filter drops it.
-    bool BuildLine(qint32 questionId, qint32 responseId, QString& line);
+    // Writes the line of one row to `out`; false when a filter drops it.
+    bool WriteLine(qint32 questionId, qint32 responseId, OutBuffer& out);
 
     ExportReport report;
 
 private:
-    void AppendCaptionCell(QString& line, const QString& text);
+    void WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn,
+                          qint32 questionId, qint32 responseId);
     void NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId, qint32 responseId);
 
     const CQuestionnaire& m_q;
     const ExportOptions& m_options;
+    const LanguageColumns m_columns;
     std::unique_ptr<VisibilityFilter> m_visibility;
     QSet<QString> m_seenReferences;
-    QString m_cell;
+    QString m_cell; // the extra columns of a row
     const QString m_empty;
     std::vector<const QString*> m_texts; // the row's caption in each exported language
     QList<QString> m_messageTexts;       // a system message's texts, which are computed
@@ -110,10 +167,7 @@ ResolvedRow Exporter::Resolve(qint32 questionId, qint32 responseId) const {
 
 void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId,
                           qint32 responseId) {
-    // Most captions hold none of what could break: answer that without a full scan.
-    const bool plain = !text.startsWith(QLatin1Char('"')) && !text.contains(QLatin1Char('\\')) &&
-                       !text.contains(QChar(0)) && text.size() * 2 <= kSpreadsheetCellLimit;
-    if (plain || CaptionSurvivesRoundTrip(text, sourceColumn))
+    if (CaptionSurvivesRoundTrip(text, sourceColumn))
         return;
     ++report.unsafeCaptions;
     const QString key = QStringLiteral("%1/%2").arg(questionId).arg(responseId);
@@ -121,35 +175,60 @@ void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questio
         report.unsafeKeys.append(key);
 }
 
-void Exporter::AppendCaptionCell(QString& line, const QString& text) {
-    // Escaping leaves no tab or line break, so only a double quote calls for quoting.
-    if (!text.contains(QLatin1Char('"'))) {
-        AppendEscapedCaption(line, text);
+void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn,
+                                qint32 questionId, qint32 responseId) {
+    const char16_t* s = Utf16(text);
+    const char16_t* const end = s + text.size();
+    const char16_t* hit = util::FindFirstOf<u'\\', u'\n', u'\r', u'\t', u'"', u'\0'>(s, end);
+    // Nearly every caption holds nothing to escape, quote or warn about: it goes out as it is.
+    if (hit == end) {
+        out.Append(s, text.size());
+        if (text.size() > kSpreadsheetCellLimit)
+            NoteUnsafe(text, sourceColumn, questionId, responseId);
         return;
     }
-    m_cell.clear();
-    AppendEscapedCaption(m_cell, text);
-    AppendCell(line, m_cell);
+    // Escaping leaves no tab or line break, so only a double quote calls for quoting.
+    const bool quoted = util::FindFirstOf<u'"'>(hit, end) != end;
+    bool suspect = text.size() > kSpreadsheetCellLimit / 2 || *s == u'"';
+    if (quoted)
+        out.Append(u'"');
+    while (hit != end) {
+        out.Append(s, hit - s);
+        switch (*hit) {
+        case u'\\': out.Append(u'\\'); out.Append(u'\\'); suspect = true; break;
+        case u'\n': out.Append(u'\\'); out.Append(u'n'); break;
+        case u'\r': out.Append(u'\\'); out.Append(u'r'); break;
+        case u'\t': out.Append(u'\\'); out.Append(u't'); break;
+        case u'"': out.Append(u'"'); out.Append(u'"'); break;
+        default: out.Append(*hit); suspect = true; break; // the zero character
+        }
+        s = hit + 1;
+        hit = util::FindFirstOf<u'\\', u'\n', u'\r', u'\t', u'"', u'\0'>(s, end);
+    }
+    out.Append(s, end - s);
+    if (quoted)
+        out.Append(u'"');
+    if (suspect)
+        NoteUnsafe(text, sourceColumn, questionId, responseId);
 }
 
-bool Exporter::BuildLine(qint32 questionId, qint32 responseId, QString& line) {
+bool Exporter::WriteLine(qint32 questionId, qint32 responseId, OutBuffer& out) {
     const ResolvedRow row = Resolve(questionId, responseId);
     if (!row.keep)
         return false;
     const qsizetype count = m_options.languages.size();
-    m_texts.resize(count);
     if (row.systemMessage) {
         m_messageTexts.resize(count);
-        for (qsizetype i = 0; i < count; ++i)
+        m_texts.resize(count);
+        for (qsizetype i = 0; i < count; ++i) {
             m_messageTexts[i] = m_q.GetErrorMessage(m_options.languages[i], responseId);
+            m_texts[i] = &m_messageTexts[i];
+        }
+    } else {
+        m_columns.Read(row.texts, m_texts);
     }
-    bool anyEmpty = false;
-    for (qsizetype i = 0; i < count; ++i) {
-        m_texts[i] = row.systemMessage ? &m_messageTexts[i]
-                     : row.texts       ? &row.texts->Get(m_options.languages[i])
-                                       : &m_empty;
-        anyEmpty = anyEmpty || m_texts[i]->isEmpty();
-    }
+    const bool anyEmpty =
+        std::any_of(m_texts.begin(), m_texts.end(), [](const QString* t) { return t->isEmpty(); });
     // A row is translated when no exported language is empty, the reference included.
     if (m_options.excludeTranslated && !anyEmpty)
         return false;
@@ -159,21 +238,23 @@ bool Exporter::BuildLine(qint32 questionId, qint32 responseId, QString& line) {
             return false;
         m_seenReferences.insert(reference);
     }
-    line.append(QString::number(questionId));
-    line.append(QLatin1Char('\t'));
-    line.append(QString::number(responseId));
+    out.Append(QString::number(questionId));
+    out.Append(u'\t');
+    out.Append(QString::number(responseId));
     for (qsizetype i = 0; i < count; ++i) {
-        line.append(QLatin1Char('\t'));
-        AppendCaptionCell(line, *m_texts[i]);
-        NoteUnsafe(*m_texts[i], i == 0, questionId, responseId);
+        out.Append(u'\t');
+        WriteCaptionCell(out, *m_texts[i], i == 0, questionId, responseId);
     }
     if (m_options.showShortcuts) {
-        line.append(QLatin1Char('\t'));
-        AppendCell(line, row.question ? row.question->m_shortcut : m_empty);
-        line.append(QLatin1Char('\t'));
-        AppendCell(line, row.response ? row.response->m_entryCode : m_empty);
+        m_cell.clear();
+        m_cell.append(QLatin1Char('\t'));
+        AppendCell(m_cell, row.question ? row.question->m_shortcut : m_empty);
+        m_cell.append(QLatin1Char('\t'));
+        AppendCell(m_cell, row.response ? row.response->m_entryCode : m_empty);
+        out.Append(m_cell);
     }
-    line.append(QLatin1String("\r\n"));
+    out.Append(u'\r');
+    out.Append(u'\n');
     ++report.rows;
     return true;
 }
@@ -231,29 +312,23 @@ QStringList ExportHeaderTitles(const CQuestionnaire& q, const ExportOptions& opt
 bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
                                  const ExportOptions& options, const CaptionList& captions,
                                  util::MessageSink& messages, ExportReport* report) {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    util::ReplacingFile file(path);
+    if (!file.Open()) {
         messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
         return false;
     }
     Exporter exporter(q, options);
-    QString buffer = QString(QChar(0xFEFF)) + HeaderLine(q, options);
-    buffer.reserve(kFlushChars + 4096);
-    bool ok = true;
-    for (qsizetype k = 0; k < captions.size() && ok; ++k) {
-        exporter.BuildLine(captions.questionIds[k], captions.responseIds[k], buffer);
-        if (buffer.size() >= kFlushChars) {
-            ok = util::WriteUtf16Le(file, buffer);
-            buffer.resize(0); // keeps its storage: no new pages for every chunk
-        }
-    }
-    ok = ok && util::WriteUtf16Le(file, buffer) && file.commit();
+    OutBuffer out(file);
+    out.Append(QString(QChar(0xFEFF)) + HeaderLine(q, options));
+    for (qsizetype k = 0; k < captions.size() && out.Ok(); ++k)
+        exporter.WriteLine(captions.questionIds[k], captions.responseIds[k], out);
+    const bool ok = out.Finish() && file.Commit();
     ExportReport& result = exporter.report;
     result.written = ok;
     result.bytes = ok ? QFileInfo(path).size() : 0;
     // Shown in batch runs too: a script must learn why the old file is still there.
     if (!ok)
-        messages.Show(QString::fromLatin1(strings::kCannotWriteFile).arg(path, file.errorString()));
+        messages.Show(QString::fromLatin1(strings::kCannotWriteFile).arg(path, file.ErrorString()));
     if (ok && result.unsafeCaptions > 0)
         messages.Show(QString::fromLatin1(strings::kExportWarning)
                           .arg(result.unsafeCaptions)

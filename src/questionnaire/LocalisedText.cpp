@@ -37,3 +37,27 @@ void CLocalisedText::Remove(qint32 language) {
     if (it != m_texts.end() && it->first == language)
         m_texts.erase(it);
 }
+
+LanguageColumns::LanguageColumns(const QList<qint32>& languages) : m_columnCount(languages.size()) {
+    for (qsizetype i = 0; i < languages.size(); ++i)
+        if (languages[i] != 0)
+            m_byLanguage.emplace_back(languages[i], i);
+    std::sort(m_byLanguage.begin(), m_byLanguage.end());
+}
+
+void LanguageColumns::Read(const CLocalisedText* texts, std::vector<const QString*>& out) const {
+    out.assign(m_columnCount, &kEmpty);
+    if (!texts)
+        return;
+    // Both lists ascend by language: one merge instead of a search per column.
+    const std::vector<CLocalisedText::Entry>& entries = texts->Entries();
+    auto entry = entries.begin();
+    for (const auto& [language, column] : m_byLanguage) {
+        while (entry != entries.end() && entry->first < language)
+            ++entry;
+        if (entry == entries.end())
+            break;
+        if (entry->first == language)
+            out[column] = &entry->second;
+    }
+}

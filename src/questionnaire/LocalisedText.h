@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 #include <utility>
@@ -28,4 +29,20 @@ public:
 private:
     std::vector<Entry>::const_iterator Find(qint32 language) const;
     std::vector<Entry> m_texts;
+};
+
+// Reads one caption's texts for a fixed list of languages in a single walk over its entries: the
+// export and the import look up every language of every caption, a hundred or more per row.
+class LanguageColumns {
+public:
+    // A language of 0 stands for a column that holds no caption text; it always reads empty.
+    explicit LanguageColumns(const QList<qint32>& languages);
+
+    qsizetype size() const { return m_columnCount; }
+    // Fills out[i] with the text of column i; a null `texts` reads empty everywhere.
+    void Read(const CLocalisedText* texts, std::vector<const QString*>& out) const;
+
+private:
+    qsizetype m_columnCount = 0;
+    std::vector<std::pair<qint32, qsizetype>> m_byLanguage; // (language, column), ascending
 };

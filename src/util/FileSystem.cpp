@@ -9,6 +9,7 @@
 #include <windows.h>
 #else
 #include <stdio.h>
+#include <sys/stat.h>
 #endif
 
 namespace util {
@@ -73,6 +74,79 @@ bool ReplaceFile(const QString& from, const QString& to, QString* error) {
     if (!ok && error)
         *error = qt_error_string(); // errno, or the last Windows error
     return ok;
+}
+
+namespace {
+
+// What a program creating the file with open() would get: read and write for all, less the umask.
+QFileDevice::Permissions NewFilePermissions() {
+    QFileDevice::Permissions permissions = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                           QFileDevice::ReadUser | QFileDevice::WriteUser |
+                                           QFileDevice::ReadGroup | QFileDevice::WriteGroup |
+                                           QFileDevice::ReadOther | QFileDevice::WriteOther;
+#ifndef Q_OS_WIN
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    if (mask & S_IRUSR)
+        permissions &= ~(QFileDevice::ReadOwner | QFileDevice::ReadUser);
+    if (mask & S_IWUSR)
+        permissions &= ~(QFileDevice::WriteOwner | QFileDevice::WriteUser);
+    if (mask & S_IRGRP)
+        permissions &= ~QFileDevice::ReadGroup;
+    if (mask & S_IWGRP)
+        permissions &= ~QFileDevice::WriteGroup;
+    if (mask & S_IROTH)
+        permissions &= ~QFileDevice::ReadOther;
+    if (mask & S_IWOTH)
+        permissions &= ~QFileDevice::WriteOther;
+#endif
+    return permissions;
+}
+
+} // namespace
+
+ReplacingFile::ReplacingFile(const QString& path) : m_target(path) {
+    const QFileInfo info(path);
+    if (info.isSymLink() && info.exists())
+        m_target = info.canonicalFilePath();
+    m_file.setFileTemplate(m_target + QStringLiteral(".XXXXXX"));
+}
+
+bool ReplacingFile::Fail() {
+    if (!m_failed)
+        m_error = m_file.errorString();
+    m_failed = true;
+    return false;
+}
+
+bool ReplacingFile::Open() {
+    if (!m_file.open())
+        return Fail();
+    const QFileInfo existing(m_target);
+    m_file.setPermissions(existing.exists() ? existing.permissions() : NewFilePermissions());
+    return true;
+}
+
+bool ReplacingFile::Write(const char* data, qint64 bytes) {
+    if (m_failed)
+        return false;
+    return m_file.write(data, bytes) == bytes || Fail();
+}
+
+bool ReplacingFile::Commit() {
+    if (m_failed || !m_file.isOpen())
+        return m_failed ? false : Fail();
+    if (!m_file.flush())
+        return Fail();
+    m_file.close();
+    if (m_file.error() != QFileDevice::NoError)
+        return Fail();
+    if (!ReplaceFile(m_file.fileName(), m_target, &m_error)) {
+        m_failed = true;
+        return false;
+    }
+    m_file.setAutoRemove(false);
+    return true;
 }
 
 } // namespace util

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QTemporaryFile>
 
 namespace util {
 
@@ -13,5 +14,26 @@ bool DeleteFolder(const QString& folder);
 // Renames `from` over `to` in one step, replacing an existing `to`: a reader sees either the old
 // file or the new one, never a mixture. On failure `error` (when given) gets the system's reason.
 bool ReplaceFile(const QString& from, const QString& to, QString* error = nullptr);
+
+// A new file written beside `path` and renamed over it by Commit(): readers, and a write that
+// fails part-way, find the old file whole. Unlike QSaveFile it does not force the data to disk
+// before the rename. It is meant for files that can be made again at any time, such as an
+// export, where the sync would take longer than writing the file. A link at `path` is followed.
+class ReplacingFile {
+public:
+    explicit ReplacingFile(const QString& path);
+    bool Open();
+    bool Write(const char* data, qint64 bytes);
+    // False when anything failed since Open; the old file is then untouched.
+    bool Commit();
+    QString ErrorString() const { return m_error; }
+
+private:
+    bool Fail();
+    QString m_target;
+    QTemporaryFile m_file;
+    QString m_error;
+    bool m_failed = false;
+};
 
 } // namespace util
