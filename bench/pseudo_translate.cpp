@@ -45,9 +45,9 @@ int main(int argc, char** argv) {
     }
     exchange::RowCutter cutter(text);
     QList<QStringList> rows;
-    QStringList cells;
+    std::vector<exchange::CutCell> cells;
     while (cutter.Next(cells))
-        rows.append(cells);
+        rows.append(exchange::RowCutter::Strings(cells));
     const QString prefix = args[2] + QLatin1Char('(');
     const qsizetype column = rows.isEmpty() ? -1 : rows[0].indexOf(QRegularExpression(
                                                   QRegularExpression::escape(prefix) + QStringLiteral(".*")));

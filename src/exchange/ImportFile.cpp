@@ -12,7 +12,6 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
-#include <QtEndian>
 
 #include <algorithm>
 
@@ -77,7 +76,7 @@ private:
     qint32 CheckHeader(const QStringList& header);
     qint32 MapExplicitLanguages();
     qint32 MapHeaderLanguages(const QStringList& header);
-    void ImportRow(QStringList& cells, qint32 questionId, qint32 responseId);
+    void ImportRow(const std::vector<CutCell>& cells, qint32 questionId, qint32 responseId);
     void CopyIdentical(QStringList& cells);
     void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
                           const QString& text, qsizetype captionIndex = -1);
@@ -91,38 +90,45 @@ private:
     ColumnMap m_map;
     QStringList m_rejected;
     qint32 m_count = 0;
-    const QString m_empty;
     std::unique_ptr<ReferenceIndex> m_index;
+    std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
+    std::vector<const QString*> m_current;      // the current texts of the row being imported
+    QString m_scratch;
 };
 
 qint32 Importer::Run(ImportReport* report) {
     if (QFileInfo(m_path).size() > kMaxTranslatedFileBytes)
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kFileTooLarge).arg(m_path));
-    QString text;
-    if (!util::LoadTextFile(m_path, text, false))
+    util::TextFileReader reader;
+    if (!reader.Open(m_path))
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
-    RowCutter cutter(text);
-    QStringList cells;
+    RowCutter cutter(reader);
+    std::vector<CutCell> cells;
     if (!cutter.Next(cells))
         return Fail(kImportNoRow, QString::fromLatin1(strings::kNotATranslationFile));
-    if (const qint32 code = CheckHeader(cells); code < 0)
+    if (const qint32 code = CheckHeader(RowCutter::Strings(cells)); code < 0)
         return code;
     if (m_options.copyIdentical)
         m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
     while (cutter.Next(cells)) {
         if (cells.size() <= 2)
             continue;
-        const qint32 questionId = CStaticTools::ToLong(cells[0]);
-        const qint32 responseId = CStaticTools::ToLong(cells[1]);
+        const qint32 questionId = CStaticTools::ToLong(cells[0].text);
+        const qint32 responseId = CStaticTools::ToLong(cells[1].text);
         // Deliberately, a caption whose key holds a 0 cannot be imported.
         if (questionId == 0 || responseId == 0)
             continue;
-        if (m_options.copyIdentical)
-            CopyIdentical(cells);
-        else
+        if (m_options.copyIdentical) {
+            QStringList strings = RowCutter::Strings(cells);
+            CopyIdentical(strings);
+        } else {
             ImportRow(cells, questionId, responseId);
+        }
     }
-    text.clear();
+    // A file that fails part-way is reported like one that cannot be read; what was imported
+    // before stays, as with any interrupted import.
+    if (cutter.Failed())
+        return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
     Finish(report);
     return m_count;
 }
@@ -146,6 +152,10 @@ qint32 Importer::CheckHeader(const QStringList& header) {
     if (m_options.onlyUnchanged && m_map.referenceColumn < 0)
         return Fail(kImportNoReferenceColumn,
                     QString::fromLatin1(strings::kReferenceLanguageNotFound));
+    QList<qint32> columnLanguages;
+    for (int entry : std::as_const(m_map.entries))
+        columnLanguages.append(entry < 0 ? 0 : m_options.languages[entry]);
+    m_columns = std::make_unique<LanguageColumns>(columnLanguages);
     return 0;
 }
 
@@ -206,39 +216,72 @@ void Importer::WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 lan
         m_index->Moved(captionIndex, current);
 }
 
-void Importer::ImportRow(QStringList& cells, qint32 questionId, qint32 responseId) {
+// The cell as the import reads it after `times` rounds of unescaping. Most cells need none and
+// are read in place; the others are decoded into `scratch`.
+QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
+    const QStringView text = cell.text;
+    const bool quoteEnclosed = !text.isEmpty() && text.front() == u'"' && text.back() == u'"';
+    if (times == 0 || (!cell.backslash && !quoteEnclosed))
+        return text;
+    scratch = text.toString();
+    for (int i = 0; i < times; ++i)
+        UnescapeCell(scratch);
+    return scratch;
+}
+
+void Importer::ImportRow(const std::vector<CutCell>& cells, qint32 questionId,
+                         qint32 responseId) {
+    const qsizetype referenceColumn = m_options.onlyUnchanged ? 2 + m_map.referenceColumn : -1;
+    // An only-unchanged import reads a row too short to have the reference cell as if it had
+    // empty cells up to it, and imports those empty cells too.
+    const qsizetype cellCount = std::max(qsizetype(cells.size()), referenceColumn + 1);
+    const CutCell none;
+    auto cell = [&](qsizetype c) -> const CutCell& {
+        return c < qsizetype(cells.size()) ? cells[size_t(c)] : none;
+    };
     if (m_options.onlyUnchanged) {
         const QString current =
             ReadCaption(m_q, questionId, responseId, m_options.referenceLanguage);
-        const qsizetype column = 2 + m_map.referenceColumn;
         // A row too short to have the reference cell reads it as empty.
-        while (cells.size() <= column)
-            cells.append(QString());
-        UnescapeCell(cells[column]);
-        if (cells[column] != current) {
-            cells[column] = EscapeCaption(current);
-            m_rejected.append(cells.join(QLatin1Char('\t')));
+        if (Decoded(cell(referenceColumn), 1, m_scratch) != current) {
+            QString line;
+            for (qsizetype c = 0; c < cellCount; ++c) {
+                if (c > 0)
+                    line.append(QLatin1Char('\t'));
+                if (c == referenceColumn)
+                    AppendEscapedCaption(line, current);
+                else
+                    line.append(cell(c).text);
+            }
+            m_rejected.append(line);
             return;
         }
     }
-    // The row's caption is found once; its languages are then read in place.
+    // The row's caption is found once; its languages are then read in place, and again after a
+    // write, which may move them.
     const CLocalisedText* texts = FindCaptionTexts(m_q, questionId, responseId);
     const bool message = questionId == kSystemMessageMarker;
+    if (!message)
+        m_columns->Read(texts, m_current);
     for (qsizetype i = 0; i < m_map.entries.size(); ++i) {
         const qsizetype column = 2 + i;
         const int language = m_map.entries[i];
-        if (column >= cells.size() || language < 0)
+        if (column >= cellCount || language < 0)
             continue;
+        // The reference cell of an only-unchanged import was decoded once for the check above,
+        // and is decoded again here.
+        const int before = column == referenceColumn ? 1 : 0;
         // An empty cell of the first language never clears it; in any other language it does.
-        if (language == 0 && cells[column].isEmpty())
+        if (language == 0 && Decoded(cell(column), before, m_scratch).isEmpty())
             continue;
-        UnescapeCell(cells[column]);
+        const QStringView text = Decoded(cell(column), before + 1, m_scratch);
         const qint32 lcid = m_options.languages[language];
         if (message) {
-            WriteIfDifferent(questionId, responseId, lcid, cells[column]);
-        } else if (cells[column] != (texts ? texts->Get(lcid) : m_empty)) {
-            WriteCaption(m_q, questionId, responseId, lcid, cells[column]);
+            WriteIfDifferent(questionId, responseId, lcid, text.toString());
+        } else if (text != *m_current[size_t(i)]) {
+            WriteCaption(m_q, questionId, responseId, lcid, text.toString());
             ++m_count;
+            m_columns->Read(texts, m_current);
         }
     }
 }

@@ -39,7 +39,7 @@ enum ImportResult : qint32 {
 };
 
 // Larger translated files are refused unread: the largest surveys in use export a few hundred
-// megabytes, and the whole file is held in memory while it is imported.
+// megabytes; a larger file is not one of theirs, and is refused before minutes go into it.
 inline constexpr qint64 kMaxTranslatedFileBytes = qint64(1) << 30;
 
 struct ImportReport {
@@ -48,7 +48,8 @@ struct ImportReport {
 };
 
 // Reads a translated file back into the questionnaire. Returns the number of captions written,
-// or one of the negative ImportResult codes (nothing is changed then).
+// or one of the negative ImportResult codes (nothing is changed then, unless the disk fails
+// while the rows are being read: kImportCannotRead then follows what was imported before).
 qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
                             const questionnaire::CaptionList& captions,
                             util::MessageSink& messages, ImportReport* report = nullptr);

@@ -2,27 +2,69 @@
 
 #include <QString>
 #include <QStringList>
+#include <QStringView>
+
+#include <vector>
+
+namespace util {
+class TextFileReader;
+}
 
 namespace exchange {
+
+// One cell of a cut row.
+struct CutCell {
+    QStringView text;
+    bool backslash = false; // the import's unescaping has work to do only then
+};
 
 // Cuts the text of a translated file into rows of cells, one row at a time, as spreadsheet
 // programs write tab-separated text: a tab ends a cell, a line end ends a row, and a double
 // quote toggles quoting (inside quotes, tabs and line ends are kept and a doubled quote stands
-// for one). Empty lines give no row. The text must outlive the cutter.
+// for one). Empty lines give no row. Cells are views into the text where they can be, so a file
+// of millions of cells is cut without a string for each.
 class RowCutter {
 public:
-    explicit RowCutter(const QString& text) : m_text(text) {}
+    // Over a text held whole, which must outlive the cutter.
+    explicit RowCutter(QStringView text);
+    // Over a file's text, read piece by piece: memory holds a piece and the longest row.
+    explicit RowCutter(util::TextFileReader& reader);
 
-    // The next row; false when the text has no more.
-    bool Next(QStringList& cells);
+    // The next row; false when the text has no more. The cells stay valid until the next call.
+    bool Next(std::vector<CutCell>& cells);
+    // True when the file could not be read to its end.
+    bool Failed() const { return m_failed; }
+
+    static QStringList Strings(const std::vector<CutCell>& cells);
 
 private:
-    const QString& m_text;
+    enum class Cut { Row, NeedMore };
+    Cut CutRow(std::vector<CutCell>& cells);
+    void Add(qsizetype pos, qsizetype length);
+    void EndCell(std::vector<CutCell>& cells);
+    void ResetCell();
+    void Refill(qsizetype keepFrom);
+
+    const char16_t* m_data = nullptr;
+    qsizetype m_size = 0;
     qsizetype m_pos = 0;
     bool m_inQuotes = false;
     bool m_atLineStart = false;
     bool m_done = false;
-    QString m_cell;
+    bool m_eof = true;
+    bool m_failed = false;
+
+    util::TextFileReader* m_reader = nullptr;
+    std::vector<char16_t> m_buffer;
+
+    // The cell being cut: a range of the text until it stops being one (a doubled quote, or a
+    // quote inside it), then a string of its own.
+    qsizetype m_cellStart = 0;
+    qsizetype m_cellLength = 0;
+    qsizetype m_cellString = -1; // index in m_strings, or -1 while the cell is a range
+    bool m_cellBackslash = false;
+    std::vector<QString> m_strings;
+    size_t m_stringsUsed = 0;
 };
 
 } // namespace exchange

@@ -15,7 +15,7 @@ void CStaticTools::LireChaineSeparateurString(const QString& text, QChar separat
     ReadStringSeparatorString(text, separator, out);
 }
 
-bool CStaticTools::EstLong(const QString& text, qint32& value) {
+bool CStaticTools::EstLong(QStringView text, qint32& value) {
     qsizetype i = 0;
     bool negative = false;
     if (i < text.size() && (text[i] == QLatin1Char('-') || text[i] == QLatin1Char('+'))) {
@@ -40,7 +40,7 @@ bool CStaticTools::EstLong(const QString& text, qint32& value) {
     return true;
 }
 
-qint32 CStaticTools::ToLong(const QString& text) {
+qint32 CStaticTools::ToLong(QStringView text) {
     qint32 value = 0;
     return EstLong(text, value) ? value : 0;
 }

@@ -13,7 +13,7 @@ public:
                                            QStringList& out);
     // True, with the value, when the text is an optional sign followed by decimal digits that
     // fit in 32 bits.
-    static bool EstLong(const QString& text, qint32& value);
+    static bool EstLong(QStringView text, qint32& value);
     // The number in the text, or 0 when it is not a whole number.
-    static qint32 ToLong(const QString& text);
+    static qint32 ToLong(QStringView text);
 };

@@ -7,6 +7,9 @@
 #include <QtEndian>
 #include <QtDebug>
 
+#include <algorithm>
+#include <vector>
+
 namespace util {
 
 namespace {
@@ -42,9 +45,9 @@ bool HasMark(const QByteArray& bytes) {
 
 // Binary files end their text at an early zero. The subtraction wraps on purpose: any file
 // under 40 bytes needs a negative number of characters and passes.
-bool LooksLikeText(const QString& text, qint64 bytesRead) {
+bool LooksLikeText(qint64 characters, qint64 bytesRead) {
     const quint32 needed = quint32(bytesRead / 2) - 20u;
-    return text.size() >= qint32(needed);
+    return characters >= qint32(needed);
 }
 
 void Report(const CFileException& error, bool reportErrors, const ErrorSink& sink) {
@@ -128,7 +131,78 @@ bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const E
         Report(CFileException(CFileException::hardIO, path), reportErrors, sink);
         return false;
     }
-    return LooksLikeText(text, bytesRead);
+    return LooksLikeText(text.size(), bytesRead);
+}
+
+namespace {
+constexpr qsizetype kReadChunkChars = qsizetype(1) << 21;
+}
+
+// Characters straight from the file; an odd last byte counts as a character with a zero high byte.
+qsizetype TextFileReader::ReadUnits(char16_t* out, qsizetype max) {
+    char* bytes = reinterpret_cast<char*>(out);
+    qint64 got = m_file.read(bytes, max * 2);
+    if (got < 0)
+        return -1;
+    if (got % 2 != 0) {
+        // The high byte is still to come, or the file ends and it stays zero.
+        bytes[got] = 0;
+        if (m_file.read(bytes + got, 1) < 0)
+            return -1;
+        ++got;
+    }
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+    qFromLittleEndian<quint16>(out, got / 2, out);
+#endif
+    return got / 2;
+}
+
+bool TextFileReader::Open(const QString& path) {
+    m_file.setFileName(path);
+    m_streaming = false;
+    m_loaded.clear();
+    m_loadedPos = 0;
+    if (path.isEmpty() || !m_file.open(QIODevice::ReadOnly))
+        return false;
+    const qint64 size = m_file.size();
+    if (size < 2 || !HasMark(m_file.read(2))) {
+        m_file.close();
+        return LoadTextFile(path, m_loaded, false);
+    }
+    // The text ends at the first zero character, and a file whose text ends early is binary.
+    std::vector<char16_t> chunk(kReadChunkChars);
+    qint64 units = 0;
+    for (;;) {
+        const qsizetype got = ReadUnits(chunk.data(), kReadChunkChars);
+        if (got < 0)
+            return false;
+        if (got == 0)
+            break;
+        const qsizetype zero = QStringView(chunk.data(), got).indexOf(QChar(0));
+        if (zero >= 0) {
+            units += zero;
+            break;
+        }
+        units += got;
+    }
+    if (!m_file.seek(2))
+        return false;
+    m_streaming = true;
+    m_remaining = units;
+    return LooksLikeText(units, size);
+}
+
+qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
+    if (!m_streaming) {
+        const qsizetype n = std::min(max, m_loaded.size() - m_loadedPos);
+        std::copy_n(reinterpret_cast<const char16_t*>(m_loaded.constData()) + m_loadedPos, n, out);
+        m_loadedPos += n;
+        return n;
+    }
+    const qsizetype got = ReadUnits(out, qsizetype(std::min<qint64>(max, m_remaining)));
+    if (got > 0)
+        m_remaining -= got;
+    return got;
 }
 
 } // namespace util

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QIODevice>
 #include <QString>
 
@@ -26,5 +27,27 @@ QString DecodeText(const QByteArray& bytes);
 // cannot be opened or read is reported to `sink`, or to the warning log without one.
 bool LoadTextFile(const QString& path, QString& text, bool reportErrors,
                   const ErrorSink& sink = {});
+
+// The text of a file as LoadTextFile reads it, handed out piece by piece: a marked UTF-16 file
+// is streamed from the disk rather than held whole, so a translated file of several hundred
+// megabytes costs a few megabytes of memory. Other files are small and are loaded whole.
+class TextFileReader {
+public:
+    // The same answer as LoadTextFile without error reports. A marked file is read through once
+    // here to find where its text ends (the first zero character), since LoadTextFile's judgement
+    // of whether it is text depends on that.
+    bool Open(const QString& path);
+    // Copies up to `max` further characters to `out`; returns how many, 0 at the end of the text
+    // and -1 when the file could not be read.
+    qsizetype Read(char16_t* out, qsizetype max);
+
+private:
+    qsizetype ReadUnits(char16_t* out, qsizetype max);
+    QFile m_file;
+    bool m_streaming = false;
+    qint64 m_remaining = 0; // characters still to hand out
+    QString m_loaded;       // the whole text of a file that is not streamed
+    qsizetype m_loadedPos = 0;
+};
 
 } // namespace util

@@ -232,9 +232,9 @@ TEST(RowCutter, CutsLikeASpreadsheetReader) {
     for (const auto& c : cases) {
         RowCutter cutter(c.text);
         QList<QStringList> rows;
-        QStringList cells;
+        std::vector<CutCell> cells;
         while (cutter.Next(cells))
-            rows.append(cells);
+            rows.append(RowCutter::Strings(cells));
         EXPECT_EQ(rows, c.rows) << c.text.toStdString();
     }
 }
