@@ -6,6 +6,7 @@
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
+#include "util/CharScan.h"
 #include "util/MessageSink.h"
 #include "util/TextFile.h"
 
@@ -223,7 +224,8 @@ QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
     const bool quoteEnclosed = !text.isEmpty() && text.front() == u'"' && text.back() == u'"';
     if (times == 0 || (!cell.backslash && !quoteEnclosed))
         return text;
-    scratch = text.toString();
+    scratch.resize(0); // keeps its storage from one cell to the next
+    scratch.append(text);
     for (int i = 0; i < times; ++i)
         UnescapeCell(scratch);
     return scratch;
@@ -243,7 +245,7 @@ void Importer::ImportRow(const std::vector<CutCell>& cells, qint32 questionId,
         const QString current =
             ReadCaption(m_q, questionId, responseId, m_options.referenceLanguage);
         // A row too short to have the reference cell reads it as empty.
-        if (Decoded(cell(referenceColumn), 1, m_scratch) != current) {
+        if (!util::SameText(Decoded(cell(referenceColumn), 1, m_scratch), current)) {
             QString line;
             for (qsizetype c = 0; c < cellCount; ++c) {
                 if (c > 0)
@@ -278,7 +280,7 @@ void Importer::ImportRow(const std::vector<CutCell>& cells, qint32 questionId,
         const qint32 lcid = m_options.languages[language];
         if (message) {
             WriteIfDifferent(questionId, responseId, lcid, text.toString());
-        } else if (text != *m_current[size_t(i)]) {
+        } else if (!util::SameText(text, *m_current[size_t(i)])) {
             WriteCaption(m_q, questionId, responseId, lcid, text.toString());
             ++m_count;
             m_columns->Read(texts, m_current);

@@ -29,13 +29,42 @@ QString EscapeCaption(const QString& text) {
     return out;
 }
 
-void UnescapeCell(QString& cell) {
-    if (cell.contains(QLatin1Char('\\'))) {
-        cell.replace(QLatin1String("\\r"), QLatin1String("\r"));
-        cell.replace(QLatin1String("\\n"), QLatin1String("\n"));
-        cell.replace(QLatin1String("\\t"), QLatin1String("\t"));
-        cell.replace(QLatin1String("\\\\"), QLatin1String("\\"));
+namespace {
+
+// Replaces, left to right, each backslash followed by r, n or t with that control character, and
+// then each pair of backslashes with one. Decoding shortens the text, so it is done in place.
+void DecodeEscapes(QString& cell) {
+    QChar* const begin = cell.data();
+    const QChar* const end = begin + cell.size();
+    QChar* out = begin;
+    for (const QChar* in = begin; in < end; ++in) {
+        if (*in == u'\\' && in + 1 < end) {
+            const char16_t next = in[1].unicode();
+            const char16_t decoded = next == u'r' ? u'\r' : next == u'n' ? u'\n' : next == u't' ? u'\t' : 0;
+            if (decoded != 0) {
+                *out++ = QChar(decoded);
+                ++in;
+                continue;
+            }
+        }
+        *out++ = *in;
     }
+    cell.truncate(out - begin);
+    out = begin;
+    const QChar* const decodedEnd = begin + cell.size();
+    for (const QChar* in = begin; in < decodedEnd; ++in) {
+        *out++ = *in;
+        if (*in == u'\\' && in + 1 < decodedEnd && in[1] == u'\\')
+            ++in;
+    }
+    cell.truncate(out - begin);
+}
+
+} // namespace
+
+void UnescapeCell(QString& cell) {
+    if (cell.contains(QLatin1Char('\\')))
+        DecodeEscapes(cell);
     if (!cell.isEmpty() && cell.startsWith(QLatin1Char('"')) && cell.endsWith(QLatin1Char('"'))) {
         cell = cell.size() >= 2 ? cell.mid(1, cell.size() - 2) : QString();
         cell.replace(QLatin1String("\"\""), QLatin1String("\""));

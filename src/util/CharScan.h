@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QStringView>
+
 #include <cstddef>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -28,6 +31,13 @@ inline const char16_t* FindFirstOf(const char16_t* begin, const char16_t* end) {
         if (((*p == Cs) || ...))
             return p;
     return end;
+}
+
+// Equal texts, compared with the C library's memcmp, which is several times quicker than Qt's
+// comparison on the long captions the import compares by the million.
+inline bool SameText(QStringView a, QStringView b) {
+    return a.size() == b.size() &&
+           (a.isEmpty() || std::memcmp(a.utf16(), b.utf16(), size_t(a.size()) * 2) == 0);
 }
 
 } // namespace util
