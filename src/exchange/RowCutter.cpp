@@ -3,19 +3,16 @@
 #include "util/CharScan.h"
 #include "util/TextFile.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace exchange {
 
-namespace {
-constexpr size_t kPieceChars = size_t(1) << 20;
-} // namespace
-
 RowCutter::RowCutter(QStringView text)
     : m_data(text.utf16()), m_size(text.size()) {}
 
-RowCutter::RowCutter(util::TextFileReader& reader)
-    : m_eof(false), m_reader(&reader), m_buffer(kPieceChars) {
+RowCutter::RowCutter(util::TextFileReader& reader, size_t pieceChars)
+    : m_eof(false), m_reader(&reader), m_buffer(std::max<size_t>(pieceChars, 1)) {
     m_data = m_buffer.data();
 }
 
@@ -74,8 +71,6 @@ RowCutter::Cut RowCutter::CutRow(std::vector<CutCell>& cells) {
             continue;
         }
         if (c == u'"') {
-            if (m_inQuotes && m_pos + 1 == m_size && !m_eof)
-                return Cut::NeedMore; // a doubled quote may be split between two pieces
             if (m_inQuotes && m_pos + 1 < m_size && m_data[m_pos + 1] == u'"') {
                 Add(m_pos, 1);
                 m_pos += 2;
@@ -132,7 +127,8 @@ bool RowCutter::Next(std::vector<CutCell>& cells) {
             return true;
         if (m_eof)
             break;
-        // The row runs past what has been read: read on and cut it again from its start.
+        // The row runs past what has been read (a doubled quote may even be split): read on and
+        // cut it again from its start.
         cells.clear();
         m_stringsUsed = 0;
         ResetCell();

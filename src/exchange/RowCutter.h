@@ -28,7 +28,7 @@ public:
     // Over a text held whole, which must outlive the cutter.
     explicit RowCutter(QStringView text);
     // Over a file's text, read piece by piece: memory holds a piece and the longest row.
-    explicit RowCutter(util::TextFileReader& reader);
+    explicit RowCutter(util::TextFileReader& reader, size_t pieceChars = size_t(1) << 20);
 
     // The next row; false when the text has no more. The cells stay valid until the next call.
     bool Next(std::vector<CutCell>& cells);

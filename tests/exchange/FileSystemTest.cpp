@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace {
 
 constexpr QFileDevice::Permissions kReadOnlyFolder =
@@ -84,6 +86,56 @@ TEST_F(FileSystemTest, ReplaceFileSwapsContentsOrReportsWhy) {
     EXPECT_FALSE(error.isEmpty());
     EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("target"))), "new contents");
     EXPECT_FALSE(util::ReplaceFile(Path(QStringLiteral("missing")), Path(QStringLiteral("x"))));
+}
+
+} // namespace
+
+namespace {
+
+QByteArray Contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+TEST_F(FileSystemTest, ReplacingFileSwapsWholeFilesAndKeepsWhatTheUserSet) {
+    // A new file gets what open() would give it under the umask.
+    const mode_t oldMask = ::umask(027);
+    {
+        util::ReplacingFile file(Path(QStringLiteral("new.txt")));
+        ASSERT_TRUE(file.Open());
+        ASSERT_TRUE(file.Write("new", 3));
+        ASSERT_TRUE(file.Commit());
+    }
+    ::umask(oldMask);
+    EXPECT_EQ(Contents(Path(QStringLiteral("new.txt"))), "new");
+    EXPECT_EQ(QFile::permissions(Path(QStringLiteral("new.txt"))) & 0x0777,
+              QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ReadGroup);
+
+    // An existing file keeps its permissions, and a link to it stays a link.
+    MakeFile(QStringLiteral("old.txt"), "old");
+    const QFileDevice::Permissions chosen = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                            QFileDevice::ReadUser | QFileDevice::WriteUser |
+                                            QFileDevice::ReadOther;
+    ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("old.txt")), chosen));
+    ASSERT_TRUE(QFile::link(Path(QStringLiteral("old.txt")), Path(QStringLiteral("link.txt"))));
+    {
+        util::ReplacingFile file(Path(QStringLiteral("link.txt")));
+        ASSERT_TRUE(file.Open());
+        ASSERT_TRUE(file.Write("replaced", 8));
+        ASSERT_TRUE(file.Commit());
+    }
+    EXPECT_TRUE(QFileInfo(Path(QStringLiteral("link.txt"))).isSymLink());
+    EXPECT_EQ(Contents(Path(QStringLiteral("old.txt"))), "replaced");
+    EXPECT_EQ(QFile::permissions(Path(QStringLiteral("old.txt"))), chosen);
+
+    // A file never committed leaves the old one and nothing beside it.
+    {
+        util::ReplacingFile file(Path(QStringLiteral("old.txt")));
+        ASSERT_TRUE(file.Open());
+        ASSERT_TRUE(file.Write("half", 4));
+    }
+    EXPECT_EQ(Contents(Path(QStringLiteral("old.txt"))), "replaced");
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::System).size(), 3);
 }
 
 } // namespace

@@ -4,9 +4,13 @@
 #include "exchange/RowCutter.h"
 #include "questionnaire/CaptionAccess.h"
 #include "util/MessageSink.h"
+#include "util/TextFile.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <iterator>
+#include <random>
 
 using namespace exchange;
 using questionnaire::ReadCaption;
@@ -236,6 +240,42 @@ TEST(RowCutter, CutsLikeASpreadsheetReader) {
         while (cutter.Next(cells))
             rows.append(RowCutter::Strings(cells));
         EXPECT_EQ(rows, c.rows) << c.text.toStdString();
+    }
+}
+
+QList<QStringList> CutAll(RowCutter& cutter) {
+    QList<QStringList> rows;
+    std::vector<CutCell> cells;
+    while (cutter.Next(cells)) {
+        rows.append(RowCutter::Strings(cells));
+        for (const CutCell& cell : cells)
+            EXPECT_EQ(cell.backslash, cell.text.contains(u'\\'));
+    }
+    return rows;
+}
+
+// A file is read in pieces; rows, quoted cells and doubled quotes that straddle two pieces, and
+// rows longer than a piece, must cut as they do in the whole text.
+TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
+    QTemporaryDir dir;
+    std::mt19937 random(7);
+    const char16_t alphabet[] = {u'a', u'b', u'\t', u'\r', u'\n', u'"', u'"', u'\\', u'\u05D0'};
+    for (int round = 0; round < 200; ++round) {
+        QString text;
+        const int length = int(random() % 120);
+        for (int i = 0; i < length; ++i)
+            text.append(QChar(alphabet[random() % std::size(alphabet)]));
+        const QString path = dir.filePath(QStringLiteral("t%1.txt").arg(round));
+        ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
+        RowCutter whole(text);
+        const QList<QStringList> expected = CutAll(whole);
+        for (size_t piece : {1, 2, 3, 5, 16}) {
+            util::TextFileReader reader;
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter streamed(reader, piece);
+            EXPECT_EQ(CutAll(streamed), expected) << text.toStdString() << " piece " << piece;
+            EXPECT_FALSE(streamed.Failed());
+        }
     }
 }
 

@@ -46,6 +46,7 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
          QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body},
         {"marked, zero early", Utf16Le(QStringLiteral("ab") + QChar(0) + body), false, "ab"},
         {"marked, odd length", QByteArray("\xFF\xFE\x41\x00\x42", 5), true, "AB"},
+        {"marked, zero near the end", Utf16Le(body + QChar(0) + QStringLiteral("tail")), true, body},
         {"mark only", "\xFF\xFE", true, ""},
         {"ansi", QByteArray("caf\xE9 ") + body.toLatin1(), true, QStringLiteral(u"café ") + body},
         {"empty", "", true, ""},
@@ -58,9 +59,21 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
     };
     for (const LoadCase& c : cases) {
         SCOPED_TRACE(c.name);
+        const QString path = Write(c.bytes);
         QString text = QStringLiteral("stale");
-        EXPECT_EQ(util::LoadTextFile(Write(c.bytes), text, false), c.plausible);
+        EXPECT_EQ(util::LoadTextFile(path, text, false), c.plausible);
         EXPECT_EQ(text, c.text);
+        // The reader that streams large files gives the same answer and, read in small
+        // pieces, the same text.
+        util::TextFileReader reader;
+        ASSERT_EQ(reader.Open(path), c.plausible);
+        if (!c.plausible)
+            continue;
+        QString streamed;
+        char16_t piece[3];
+        for (qsizetype got; (got = reader.Read(piece, 3)) > 0;)
+            streamed.append(reinterpret_cast<const QChar*>(piece), got);
+        EXPECT_EQ(streamed, c.text);
     }
 }
 
