@@ -15,6 +15,9 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace exchange {
 
@@ -60,6 +63,26 @@ private:
     QHash<QString, QList<qsizetype>> m_byText;
 };
 
+// Each caption's texts as they stood before the import first changed them: a file found
+// unreadable only at its end must leave the questionnaire as it was.
+class UndoLog {
+public:
+    void Save(CLocalisedText* texts) {
+        if (texts && m_saved.insert(texts).second)
+            m_before.emplace_back(texts, *texts);
+    }
+    void Restore() {
+        for (auto it = m_before.rbegin(); it != m_before.rend(); ++it)
+            *it->first = std::move(it->second);
+        m_before.clear();
+        m_saved.clear();
+    }
+
+private:
+    std::unordered_set<CLocalisedText*> m_saved;
+    std::vector<std::pair<CLocalisedText*, CLocalisedText>> m_before;
+};
+
 class Importer {
 public:
     Importer(CQuestionnaire& q, const QString& path, const ImportOptions& options,
@@ -69,15 +92,24 @@ public:
     qint32 Run(ImportReport* report);
 
 private:
-    qint32 Fail(qint32 code, const QString& message) {
+    qint32 Fail(qint32 code, QString message) {
+        // A file that is not text fails as unreadable, whatever its first line says.
+        if (code != kImportCannotRead && m_reader && !m_reader->LooksLikeText()) {
+            code = kImportCannotRead;
+            message = QString::fromLatin1(strings::kCannotOpenFile).arg(m_path);
+        }
         if (!m_options.silent && !message.isEmpty())
             m_messages.Show(message);
         return code;
     }
+    void Write(qint32 questionId, qint32 responseId, qint32 language, const QString& text) {
+        m_undo.Save(FindWritableTexts(m_q, questionId, responseId));
+        WriteCaption(m_q, questionId, responseId, language, text);
+    }
     qint32 CheckHeader(const QStringList& header);
     qint32 MapExplicitLanguages();
     qint32 MapHeaderLanguages(const QStringList& header);
-    void ImportRow(const std::vector<CutCell>& cells, qint32 questionId, qint32 responseId);
+    void ImportRow(const std::vector<CutCell>& cells);
     void CopyIdentical(QStringList& cells);
     void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
                           const QString& text, qsizetype captionIndex = -1);
@@ -95,6 +127,8 @@ private:
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
     std::vector<const QString*> m_current;      // the current texts of the row being imported
     QString m_scratch;
+    util::TextFileReader* m_reader = nullptr;
+    UndoLog m_undo;
 };
 
 qint32 Importer::Run(ImportReport* report) {
@@ -103,6 +137,7 @@ qint32 Importer::Run(ImportReport* report) {
     util::TextFileReader reader;
     if (!reader.Open(m_path))
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
+    m_reader = &reader;
     RowCutter cutter(reader);
     std::vector<CutCell> cells;
     if (!cutter.Next(cells))
@@ -111,25 +146,13 @@ qint32 Importer::Run(ImportReport* report) {
         return code;
     if (m_options.copyIdentical)
         m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
-    while (cutter.Next(cells)) {
-        if (cells.size() <= 2)
-            continue;
-        const qint32 questionId = CStaticTools::ToLong(cells[0].text);
-        const qint32 responseId = CStaticTools::ToLong(cells[1].text);
-        // Deliberately, a caption whose key holds a 0 cannot be imported.
-        if (questionId == 0 || responseId == 0)
-            continue;
-        if (m_options.copyIdentical) {
-            QStringList strings = RowCutter::Strings(cells);
-            CopyIdentical(strings);
-        } else {
-            ImportRow(cells, questionId, responseId);
-        }
-    }
-    // A file that fails part-way is reported like one that cannot be read; what was imported
-    // before stays, as with any interrupted import.
-    if (cutter.Failed())
+    while (cutter.Next(cells))
+        ImportRow(cells);
+    // Whether the file is text is known only at its end: the rows already imported are undone.
+    if (!reader.LooksLikeText()) {
+        m_undo.Restore();
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
+    }
     Finish(report);
     return m_count;
 }
@@ -211,7 +234,7 @@ void Importer::WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 lan
     const QString current = ReadCaption(m_q, questionId, responseId, language);
     if (text == current)
         return;
-    WriteCaption(m_q, questionId, responseId, language, text);
+    Write(questionId, responseId, language, text);
     ++m_count;
     if (m_index && captionIndex >= 0 && language == m_options.referenceLanguage)
         m_index->Moved(captionIndex, current);
@@ -231,8 +254,19 @@ QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
     return scratch;
 }
 
-void Importer::ImportRow(const std::vector<CutCell>& cells, qint32 questionId,
-                         qint32 responseId) {
+void Importer::ImportRow(const std::vector<CutCell>& cells) {
+    if (cells.size() <= 2)
+        return;
+    const qint32 questionId = CStaticTools::ToLong(cells[0].text);
+    const qint32 responseId = CStaticTools::ToLong(cells[1].text);
+    // Deliberately, a caption whose key holds a 0 cannot be imported.
+    if (questionId == 0 || responseId == 0)
+        return;
+    if (m_options.copyIdentical) {
+        QStringList strings = RowCutter::Strings(cells);
+        CopyIdentical(strings);
+        return;
+    }
     const qsizetype referenceColumn = m_options.onlyUnchanged ? 2 + m_map.referenceColumn : -1;
     // An only-unchanged import reads a row too short to have the reference cell as if it had
     // empty cells up to it, and imports those empty cells too.
@@ -281,7 +315,7 @@ void Importer::ImportRow(const std::vector<CutCell>& cells, qint32 questionId,
         if (message) {
             WriteIfDifferent(questionId, responseId, lcid, text.toString());
         } else if (!util::SameText(text, *m_current[size_t(i)])) {
-            WriteCaption(m_q, questionId, responseId, lcid, text.toString());
+            Write(questionId, responseId, lcid, text.toString());
             ++m_count;
             m_columns->Read(texts, m_current);
         }

@@ -48,8 +48,8 @@ struct ImportReport {
 };
 
 // Reads a translated file back into the questionnaire. Returns the number of captions written,
-// or one of the negative ImportResult codes (nothing is changed then, unless the disk fails
-// while the rows are being read: kImportCannotRead then follows what was imported before).
+// or one of the negative ImportResult codes; nothing is changed then, even when the file proves
+// unreadable only after some of its rows were imported.
 qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
                             const questionnaire::CaptionList& captions,
                             util::MessageSink& messages, ImportReport* report = nullptr);

@@ -33,6 +33,13 @@ QString ReadCaption(const CQuestionnaire& q, qint32 questionId, qint32 responseI
     return texts ? texts->Get(language) : QString();
 }
 
+CLocalisedText* FindWritableTexts(CQuestionnaire& q, qint32 questionId, qint32 responseId) {
+    if (questionId == kSystemMessageMarker)
+        return q.GetAdrCustomErrorMessages(responseId);
+    // The questionnaire is ours to change; only the lookup is shared with readers.
+    return const_cast<CLocalisedText*>(FindCaptionTexts(q, questionId, responseId));
+}
+
 namespace {
 void WriteSystemMessage(CQuestionnaire& q, qint32 number, qint32 language, const QString& text) {
     if (text == q.GetErrorMessage(language, number))

@@ -26,6 +26,10 @@ QString ReadCaption(const CQuestionnaire& q, qint32 questionId, qint32 responseI
 const CLocalisedText* FindCaptionTexts(const CQuestionnaire& q, qint32 questionId,
                                        qint32 responseId);
 
+// The texts that WriteCaption changes for this row: the caption's, or a system message's custom
+// texts; null for unknown ids.
+CLocalisedText* FindWritableTexts(CQuestionnaire& q, qint32 questionId, qint32 responseId);
+
 // Writes a caption; unknown ids are ignored. A system message equal to its standard text loses
 // its customisation, and one equal to its current text is left alone.
 void WriteCaption(CQuestionnaire& q, qint32 questionId, qint32 responseId, qint32 language,

@@ -193,6 +193,12 @@ const CLocalisedText& CQuestionnaire::GetCustomErrorMessages(qint32 messageId) c
     return m_customMessages[size_t(messageId - questionnaire::kFirstSystemMessage)];
 }
 
+CLocalisedText* CQuestionnaire::GetAdrCustomErrorMessages(qint32 messageId) {
+    if (!IsSystemMessage(messageId))
+        return nullptr;
+    return &m_customMessages[size_t(messageId - questionnaire::kFirstSystemMessage)];
+}
+
 bool CQuestionnaire::operator==(const CQuestionnaire& other) const {
     return m_name == other.m_name &&
            m_allowInstructionsAndComments == other.m_allowInstructionsAndComments &&

@@ -111,6 +111,8 @@ public:
     void SetCustomErrorMessage(qint32 language, qint32 messageId, const QString& text);
     // The customised texts of one message (empty when none).
     const CLocalisedText& GetCustomErrorMessages(qint32 messageId) const;
+    // Null for a number that is not a system message's.
+    CLocalisedText* GetAdrCustomErrorMessages(qint32 messageId);
 
     bool operator==(const CQuestionnaire& other) const;
 

@@ -160,36 +160,21 @@ qsizetype TextFileReader::ReadUnits(char16_t* out, qsizetype max) {
 bool TextFileReader::Open(const QString& path) {
     m_file.setFileName(path);
     m_streaming = false;
+    m_ended = false;
+    m_failed = false;
+    m_characters = 0;
     m_loaded.clear();
     m_loadedPos = 0;
     if (path.isEmpty() || !m_file.open(QIODevice::ReadOnly))
         return false;
-    const qint64 size = m_file.size();
-    if (size < 2 || !HasMark(m_file.read(2))) {
+    m_size = m_file.size();
+    if (m_size < 2 || !HasMark(m_file.read(2))) {
         m_file.close();
-        return LoadTextFile(path, m_loaded, false);
+        m_plausible = LoadTextFile(path, m_loaded, false);
+        return m_plausible;
     }
-    // The text ends at the first zero character, and a file whose text ends early is binary.
-    std::vector<char16_t> chunk(kReadChunkChars);
-    qint64 units = 0;
-    for (;;) {
-        const qsizetype got = ReadUnits(chunk.data(), kReadChunkChars);
-        if (got < 0)
-            return false;
-        if (got == 0)
-            break;
-        const qsizetype zero = QStringView(chunk.data(), got).indexOf(QChar(0));
-        if (zero >= 0) {
-            units += zero;
-            break;
-        }
-        units += got;
-    }
-    if (!m_file.seek(2))
-        return false;
     m_streaming = true;
-    m_remaining = units;
-    return LooksLikeText(units, size);
+    return true;
 }
 
 qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
@@ -199,10 +184,33 @@ qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
         m_loadedPos += n;
         return n;
     }
-    const qsizetype got = ReadUnits(out, qsizetype(std::min<qint64>(max, m_remaining)));
-    if (got > 0)
-        m_remaining -= got;
-    return got;
+    if (m_ended || max <= 0)
+        return 0;
+    const qsizetype got = ReadUnits(out, max);
+    if (got <= 0) {
+        m_ended = true;
+        m_failed = got < 0;
+        return got;
+    }
+    // The text ends at the first zero character.
+    const qsizetype zero = QStringView(out, got).indexOf(QChar(0));
+    const qsizetype kept = zero < 0 ? got : zero;
+    m_characters += kept;
+    if (zero >= 0) {
+        m_ended = true;
+        if (kept == 0)
+            return 0;
+    }
+    return kept;
+}
+
+bool TextFileReader::LooksLikeText() {
+    if (!m_streaming)
+        return m_plausible;
+    std::vector<char16_t> rest(kReadChunkChars);
+    while (Read(rest.data(), qsizetype(rest.size())) > 0) {
+    }
+    return !m_failed && util::LooksLikeText(m_characters, m_size);
 }
 
 } // namespace util

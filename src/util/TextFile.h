@@ -33,20 +33,25 @@ bool LoadTextFile(const QString& path, QString& text, bool reportErrors,
 // megabytes costs a few megabytes of memory. Other files are small and are loaded whole.
 class TextFileReader {
 public:
-    // The same answer as LoadTextFile without error reports. A marked file is read through once
-    // here to find where its text ends (the first zero character), since LoadTextFile's judgement
-    // of whether it is text depends on that.
+    // False when the file cannot be opened, or is small, unmarked and not text.
     bool Open(const QString& path);
     // Copies up to `max` further characters to `out`; returns how many, 0 at the end of the text
-    // and -1 when the file could not be read.
+    // (the first zero character or the end of the file) and -1 when the file could not be read.
     qsizetype Read(char16_t* out, qsizetype max);
+    // LoadTextFile's judgement: the file was read whole and its text does not end early, as the
+    // text of a binary file does. Reads to the end of the text first.
+    bool LooksLikeText();
 
 private:
     qsizetype ReadUnits(char16_t* out, qsizetype max);
     QFile m_file;
+    qint64 m_size = 0;
     bool m_streaming = false;
-    qint64 m_remaining = 0; // characters still to hand out
-    QString m_loaded;       // the whole text of a file that is not streamed
+    bool m_ended = false;
+    bool m_failed = false;
+    qint64 m_characters = 0; // handed out so far
+    bool m_plausible = false; // of a file loaded whole
+    QString m_loaded;         // the whole text of a file that is not streamed
     qsizetype m_loadedPos = 0;
 };
 

@@ -103,6 +103,21 @@ TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
     testutil::WriteAll(unmarked, testutil::Utf16Le(QString::fromLatin1(kHeader) +
                                                        QStringLiteral("10\t-1\tx\ty\r\n"), false));
     EXPECT_EQ(ImportPath(unmarked), -10);
+
+    // A zero character ends the text; well before the end of the file it makes the file binary,
+    // whether it stands in the header or after rows that were already imported.
+    const CQuestionnaire before = m_q;
+    const QString rows = QStringLiteral("10\t-1\tx\tchanged\r\n").repeated(3);
+    const QString padding(30, QLatin1Char(' '));
+    for (const QString& text : {QStringLiteral("Quest") + QChar(0) + padding,
+                                QString::fromLatin1(kHeader) + rows + QChar(0) + padding}) {
+        EXPECT_EQ(Import(text), -10);
+        EXPECT_EQ(m_messages.messages.value(0),
+                  QStringLiteral("Cannot open the file '%1'").arg(m_dir.filePath(QStringLiteral("in.txt"))));
+        EXPECT_TRUE(m_q == before);
+    }
+    // Near the end it only cuts the text short.
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + rows + QChar(0) + QStringLiteral("tail")), 2);
 }
 
 TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
