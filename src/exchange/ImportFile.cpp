@@ -247,9 +247,8 @@ QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
     const bool quoteEnclosed = !text.isEmpty() && text.front() == u'"' && text.back() == u'"';
     if (times == 0 || (!cell.backslash && !quoteEnclosed))
         return text;
-    scratch.resize(0); // keeps its storage from one cell to the next
-    scratch.append(text);
-    for (int i = 0; i < times; ++i)
+    UnescapeCellInto(text, scratch);
+    for (int i = 1; i < times; ++i)
         UnescapeCell(scratch);
     return scratch;
 }

@@ -1,5 +1,9 @@
 #include "questionnaire/CaptionEscaping.h"
 
+#include "util/CharScan.h"
+
+#include <algorithm>
+
 namespace questionnaire {
 
 void AppendEscapedCaption(QString& out, const QString& text) {
@@ -29,46 +33,53 @@ QString EscapeCaption(const QString& text) {
     return out;
 }
 
-namespace {
-
-// Replaces, left to right, each backslash followed by r, n or t with that control character, and
-// then each pair of backslashes with one. Decoding shortens the text, so it is done in place.
-void DecodeEscapes(QString& cell) {
-    QChar* const begin = cell.data();
-    const QChar* const end = begin + cell.size();
-    QChar* out = begin;
-    for (const QChar* in = begin; in < end; ++in) {
-        if (*in == u'\\' && in + 1 < end) {
-            const char16_t next = in[1].unicode();
-            const char16_t decoded = next == u'r' ? u'\r' : next == u'n' ? u'\n' : next == u't' ? u'\t' : 0;
-            if (decoded != 0) {
-                *out++ = QChar(decoded);
-                ++in;
-                continue;
-            }
+void UnescapeCellInto(QStringView cell, QString& out) {
+    out.resize(cell.size()); // keeps the storage of earlier cells
+    const char16_t* in = cell.utf16();
+    const char16_t* const end = in + cell.size();
+    char16_t* const begin = reinterpret_cast<char16_t*>(out.data());
+    char16_t* o = begin;
+    // Each backslash followed by r, n or t becomes that control character, left to right...
+    while (in < end) {
+        const char16_t* backslash = util::FindFirstOf<u'\\'>(in, end);
+        std::copy(in, backslash, o);
+        o += backslash - in;
+        in = backslash;
+        if (in == end)
+            break;
+        const char16_t next = in + 1 < end ? in[1] : 0;
+        const char16_t decoded = next == u'r' ? u'\r' : next == u'n' ? u'\n' : next == u't' ? u'\t' : 0;
+        *o++ = decoded != 0 ? decoded : *in;
+        in += decoded != 0 ? 2 : 1;
+    }
+    // ...then each pair of backslashes becomes one.
+    char16_t* w = begin;
+    for (const char16_t* r = begin; r < o; ++r) {
+        *w++ = *r;
+        if (*r == u'\\' && r + 1 < o && r[1] == u'\\')
+            ++r;
+    }
+    // A cell enclosed in double quotes loses them and has its doubled quotes halved.
+    const qsizetype length = w - begin;
+    if (length > 0 && begin[0] == u'"' && begin[length - 1] == u'"') {
+        char16_t* q = begin;
+        for (const char16_t* r = begin + 1; r < begin + length - 1; ++r) {
+            *q++ = *r;
+            if (*r == u'"' && r + 1 < begin + length - 1 && r[1] == u'"')
+                ++r;
         }
-        *out++ = *in;
+        w = q;
     }
-    cell.truncate(out - begin);
-    out = begin;
-    const QChar* const decodedEnd = begin + cell.size();
-    for (const QChar* in = begin; in < decodedEnd; ++in) {
-        *out++ = *in;
-        if (*in == u'\\' && in + 1 < decodedEnd && in[1] == u'\\')
-            ++in;
-    }
-    cell.truncate(out - begin);
+    out.truncate(w - begin);
 }
 
-} // namespace
-
 void UnescapeCell(QString& cell) {
-    if (cell.contains(QLatin1Char('\\')))
-        DecodeEscapes(cell);
-    if (!cell.isEmpty() && cell.startsWith(QLatin1Char('"')) && cell.endsWith(QLatin1Char('"'))) {
-        cell = cell.size() >= 2 ? cell.mid(1, cell.size() - 2) : QString();
-        cell.replace(QLatin1String("\"\""), QLatin1String("\""));
-    }
+    const bool enclosed = cell.startsWith(QLatin1Char('"')) && cell.endsWith(QLatin1Char('"'));
+    if (!enclosed && !cell.contains(QLatin1Char('\\')))
+        return;
+    QString out;
+    UnescapeCellInto(cell, out);
+    cell = std::move(out);
 }
 
 bool CaptionSurvivesRoundTrip(const QString& text, bool sourceColumn) {

@@ -16,6 +16,8 @@ void AppendEscapedCaption(QString& out, const QString& text);
 // order decodes an escaped backslash before n, r or t wrongly; the export warns about such
 // captions.
 void UnescapeCell(QString& cell);
+// The same decoding into `out`, whose storage is reused from call to call.
+void UnescapeCellInto(QStringView cell, QString& out);
 
 // False when a caption would not come back unchanged from its own export: it begins and ends
 // with a double quote or holds a backslash before n, r or t (see UnescapeCell), holds a zero

@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
+
 using namespace exchange;
 using namespace questionnaire;
 
@@ -202,6 +205,38 @@ TEST(CaptionEscaping, EscapeAndUnescape) {
     cell = QStringLiteral("\"a \"\"b\"\"\"");
     UnescapeCell(cell);
     EXPECT_EQ(cell, QStringLiteral("a \"b\""));
+}
+
+// The decoding as files of earlier versions define it: four replacements in this order, then
+// the enclosing quotes. The one-pass decoder must agree on any text.
+QString ReplacementsInOrder(QString cell) {
+    cell.replace(QLatin1String("\\r"), QLatin1String("\r"));
+    cell.replace(QLatin1String("\\n"), QLatin1String("\n"));
+    cell.replace(QLatin1String("\\t"), QLatin1String("\t"));
+    cell.replace(QLatin1String("\\\\"), QLatin1String("\\"));
+    if (cell.startsWith(QLatin1Char('"')) && cell.endsWith(QLatin1Char('"'))) {
+        cell = cell.size() >= 2 ? cell.mid(1, cell.size() - 2) : QString();
+        cell.replace(QLatin1String("\"\""), QLatin1String("\""));
+    }
+    return cell;
+}
+
+TEST(CaptionEscaping, UnescapingAgreesWithTheReplacementsInOrder) {
+    std::mt19937 random(11);
+    const char16_t alphabet[] = {u'\\', u'\\', u'r', u'n', u't', u'"', u'x', u'\n'};
+    QString scratch;
+    for (int round = 0; round < 5000; ++round) {
+        QString text;
+        const int length = int(random() % 40);
+        for (int i = 0; i < length; ++i)
+            text.append(QChar(alphabet[random() % std::size(alphabet)]));
+        const QString expected = ReplacementsInOrder(text);
+        QString cell = text;
+        UnescapeCell(cell);
+        EXPECT_EQ(cell, expected) << text.toStdString();
+        UnescapeCellInto(text, scratch);
+        EXPECT_EQ(scratch, expected) << text.toStdString();
+    }
 }
 
 } // namespace
