@@ -179,7 +179,7 @@ void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool source
                                 qint32 questionId, qint32 responseId) {
     const char16_t* s = Utf16(text);
     const char16_t* const end = s + text.size();
-    const char16_t* hit = util::FindFirstOf<u'\\', u'\n', u'\r', u'\t', u'"', u'\0'>(s, end);
+    const char16_t* hit = util::FindControlOr<u'\\', u'"'>(s, end);
     // Nearly every caption holds nothing to escape, quote or warn about: it goes out as it is.
     if (hit == end) {
         out.Append(s, text.size());
@@ -200,10 +200,10 @@ void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool source
         case u'\r': out.Append(u'\\'); out.Append(u'r'); break;
         case u'\t': out.Append(u'\\'); out.Append(u't'); break;
         case u'"': out.Append(u'"'); out.Append(u'"'); break;
-        default: out.Append(*hit); suspect = true; break; // the zero character
+        default: out.Append(*hit); suspect = true; break; // zero, or another control character
         }
         s = hit + 1;
-        hit = util::FindFirstOf<u'\\', u'\n', u'\r', u'\t', u'"', u'\0'>(s, end);
+        hit = util::FindControlOr<u'\\', u'"'>(s, end);
     }
     out.Append(s, end - s);
     if (quoted)

@@ -2,6 +2,7 @@
 
 #include "questionnaire/CaptionEscaping.h"
 #include "exchange/RowCutter.h"
+#include "exchange/RowPipeline.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
@@ -109,7 +110,7 @@ private:
     qint32 CheckHeader(const QStringList& header);
     qint32 MapExplicitLanguages();
     qint32 MapHeaderLanguages(const QStringList& header);
-    void ImportRow(const std::vector<CutCell>& cells);
+    void ImportRow(std::span<const CutCell> cells);
     void CopyIdentical(QStringList& cells);
     void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
                           const QString& text, qsizetype captionIndex = -1);
@@ -146,8 +147,12 @@ qint32 Importer::Run(ImportReport* report) {
         return code;
     if (m_options.copyIdentical)
         m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
-    while (cutter.Next(cells))
-        ImportRow(cells);
+    {
+        RowPipeline rows(cutter);
+        while (const RowBatch* batch = rows.Next())
+            for (size_t r = 0; r < batch->RowCount(); ++r)
+                ImportRow(batch->Row(r));
+    }
     // Whether the file is text is known only at its end: the rows already imported are undone.
     if (!reader.LooksLikeText()) {
         m_undo.Restore();
@@ -253,7 +258,7 @@ QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
     return scratch;
 }
 
-void Importer::ImportRow(const std::vector<CutCell>& cells) {
+void Importer::ImportRow(std::span<const CutCell> cells) {
     if (cells.size() <= 2)
         return;
     const qint32 questionId = CStaticTools::ToLong(cells[0].text);
@@ -262,7 +267,9 @@ void Importer::ImportRow(const std::vector<CutCell>& cells) {
     if (questionId == 0 || responseId == 0)
         return;
     if (m_options.copyIdentical) {
-        QStringList strings = RowCutter::Strings(cells);
+        QStringList strings;
+        for (const CutCell& cell : cells)
+            strings.append(cell.text.toString());
         CopyIdentical(strings);
         return;
     }

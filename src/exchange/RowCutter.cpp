@@ -8,11 +8,19 @@
 
 namespace exchange {
 
+namespace {
+// What ends a cell or a row, or starts or ends quoting.
+bool IsSpecial(char16_t c) {
+    return c == u'\t' || c == u'\r' || c == u'\n' || c == u'"';
+}
+} // namespace
+
 RowCutter::RowCutter(QStringView text)
-    : m_data(text.utf16()), m_size(text.size()) {}
+    : m_data(text.utf16()), m_size(text.size()), m_pieceChars(size_t(1) << 20) {}
 
 RowCutter::RowCutter(util::TextFileReader& reader, size_t pieceChars)
-    : m_eof(false), m_reader(&reader), m_buffer(std::max<size_t>(pieceChars, 1)) {
+    : m_eof(false), m_reader(&reader), m_buffer(std::max<size_t>(pieceChars, 1)),
+      m_pieceChars(m_buffer.size()) {
     m_data = m_buffer.data();
 }
 
@@ -60,10 +68,31 @@ void RowCutter::EndCell(std::vector<CutCell>& cells) {
 RowCutter::Cut RowCutter::CutRow(std::vector<CutCell>& cells) {
     const char16_t* const end = m_data + m_size;
     while (m_pos < m_size) {
+        // Most cells are plain text up to a tab or a line end: they are taken whole.
+        if (!m_inQuotes && m_cellLength == 0 && m_cellString < 0) {
+            const char16_t* const start = m_data + m_pos;
+            const char16_t* stop = util::FindControlOr<u'"', u'\\'>(start, end);
+            bool backslash = false;
+            while (stop != end && !IsSpecial(*stop)) {
+                backslash = backslash || *stop == u'\\';
+                stop = util::FindControlOr<u'"', u'\\'>(stop + 1, end);
+            }
+            const bool tab = stop != end && *stop == u'\t';
+            const bool lineEnd = stop != end && stop > start && (*stop == u'\r' || *stop == u'\n');
+            if (tab || lineEnd) {
+                cells.push_back({QStringView(start, stop - start), backslash});
+                m_pos = stop + 1 - m_data;
+                m_atLineStart = lineEnd;
+                if (lineEnd)
+                    return Cut::Row;
+                continue;
+            }
+        }
         const char16_t c = m_data[m_pos];
-        if (c != u'\t' && c != u'\r' && c != u'\n' && c != u'"') {
-            const char16_t* stop =
-                util::FindFirstOf<u'\t', u'\r', u'\n', u'"', u'\\'>(m_data + m_pos + 1, end);
+        if (!IsSpecial(c)) {
+            const char16_t* stop = util::FindControlOr<u'"', u'\\'>(m_data + m_pos + 1, end);
+            while (stop != end && !IsSpecial(*stop) && *stop != u'\\')
+                stop = util::FindControlOr<u'"', u'\\'>(stop + 1, end);
             m_cellBackslash = m_cellBackslash || c == u'\\';
             Add(m_pos, stop - (m_data + m_pos));
             m_pos = stop - m_data;
@@ -115,33 +144,73 @@ void RowCutter::Refill(qsizetype keepFrom) {
     m_size += got;
 }
 
-bool RowCutter::Next(std::vector<CutCell>& cells) {
-    cells.clear();
-    m_stringsUsed = 0;
+RowCutter::Step RowCutter::CutNext(std::vector<CutCell>& cells, bool mayRead) {
     if (m_done)
-        return false;
+        return Step::End;
+    const size_t cellsBefore = cells.size();
+    const size_t stringsBefore = m_stringsUsed;
     for (;;) {
         const qsizetype rowStart = m_pos;
         const bool atLineStart = m_atLineStart;
         if (CutRow(cells) == Cut::Row)
-            return true;
+            return Step::Row;
         if (m_eof)
             break;
         // The row runs past what has been read (a doubled quote may even be split): read on and
         // cut it again from its start.
-        cells.clear();
-        m_stringsUsed = 0;
+        cells.resize(cellsBefore);
+        m_stringsUsed = stringsBefore;
         ResetCell();
         m_pos = rowStart;
         m_atLineStart = atLineStart;
         m_inQuotes = false;
+        if (!mayRead)
+            return Step::Stop;
         Refill(rowStart);
     }
     m_done = true;
     if (m_cellLength > 0 || (m_cellString >= 0 && !m_strings[size_t(m_cellString)].isEmpty()))
         EndCell(cells);
     ResetCell();
-    return !cells.empty();
+    return cells.size() > cellsBefore ? Step::LastRow : Step::End;
+}
+
+bool RowCutter::Next(std::vector<CutCell>& cells) {
+    cells.clear();
+    m_stringsUsed = 0;
+    const Step step = CutNext(cells, true);
+    return step == Step::Row || step == Step::LastRow;
+}
+
+bool RowCutter::NextBatch(RowBatch& batch) {
+    batch.m_cells.clear();
+    batch.m_rowEnds.clear();
+    std::vector<char16_t> spare = std::move(batch.m_text);
+    m_strings = std::move(batch.m_strings); // their storage is used again
+    m_stringsUsed = 0;
+    const qsizetype batchStart = m_pos;
+    for (;;) {
+        // A batch holds the rows of one piece of the file, or of a stretch of a whole text.
+        const Step step = CutNext(batch.m_cells, batch.m_rowEnds.empty());
+        if (step == Step::Row || step == Step::LastRow)
+            batch.m_rowEnds.push_back(batch.m_cells.size());
+        if (step != Step::Row || (!m_reader && m_pos - batchStart >= qsizetype(m_pieceChars)))
+            break;
+    }
+    if (m_reader) {
+        // The batch keeps the piece its cells point into; the unfinished row moves to a new one.
+        const qsizetype rest = m_size - m_pos;
+        spare.resize(std::max(m_buffer.size(), m_pieceChars));
+        std::copy(m_buffer.begin() + m_pos, m_buffer.begin() + m_size, spare.begin());
+        batch.m_text = std::move(m_buffer);
+        m_buffer = std::move(spare);
+        m_data = m_buffer.data();
+        m_size = rest;
+        m_pos = 0;
+    }
+    batch.m_strings = std::move(m_strings);
+    m_strings.clear();
+    return !batch.m_rowEnds.empty();
 }
 
 } // namespace exchange

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QStringView>
 
+#include <span>
 #include <vector>
 
 namespace util {
@@ -16,6 +17,24 @@ namespace exchange {
 struct CutCell {
     QStringView text;
     bool backslash = false; // the import's unescaping has work to do only then
+};
+
+// Rows cut ahead of their use, in order. Their cells point into the batch's own text and
+// strings, so a batch may be handed to another thread while the cutter goes on.
+class RowBatch {
+public:
+    size_t RowCount() const { return m_rowEnds.size(); }
+    std::span<const CutCell> Row(size_t r) const {
+        const size_t begin = r == 0 ? 0 : m_rowEnds[r - 1];
+        return std::span<const CutCell>(m_cells.data() + begin, m_rowEnds[r] - begin);
+    }
+
+private:
+    friend class RowCutter;
+    std::vector<char16_t> m_text;
+    std::vector<QString> m_strings;
+    std::vector<CutCell> m_cells;
+    std::vector<size_t> m_rowEnds; // one past the last cell of each row
 };
 
 // Cuts the text of a translated file into rows of cells, one row at a time, as spreadsheet
@@ -32,6 +51,9 @@ public:
 
     // The next row; false when the text has no more. The cells stay valid until the next call.
     bool Next(std::vector<CutCell>& cells);
+    // The next rows, up to about a piece of text; false when the text has no more. The rows of
+    // the batch passed before stay valid as long as that batch is not passed again.
+    bool NextBatch(RowBatch& batch);
     // True when the file could not be read to its end.
     bool Failed() const { return m_failed; }
 
@@ -40,6 +62,10 @@ public:
 private:
     enum class Cut { Row, NeedMore };
     Cut CutRow(std::vector<CutCell>& cells);
+    // Row: a row was added to `cells`; LastRow: the last, which had no line end; End: no more
+    // rows; Stop: the row runs past what has been read and `mayRead` is false.
+    enum class Step { Row, LastRow, End, Stop };
+    Step CutNext(std::vector<CutCell>& cells, bool mayRead);
     void Add(qsizetype pos, qsizetype length);
     void EndCell(std::vector<CutCell>& cells);
     void ResetCell();
@@ -56,6 +82,7 @@ private:
 
     util::TextFileReader* m_reader = nullptr;
     std::vector<char16_t> m_buffer;
+    size_t m_pieceChars = 0;
 
     // The cell being cut: a range of the text until it stops being one (a doubled quote, or a
     // quote inside it), then a string of its own.

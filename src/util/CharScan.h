@@ -33,6 +33,33 @@ inline const char16_t* FindFirstOf(const char16_t* begin, const char16_t* end) {
     return end;
 }
 
+// The first character up to carriage return (zero, tab, line feed, carriage return and the rarer
+// control characters) or equal to A or B, or end. Three comparisons cover what would otherwise
+// take six; callers treat the rare other control characters as ordinary text.
+template <char16_t A, char16_t B>
+inline const char16_t* FindControlOr(const char16_t* begin, const char16_t* end) {
+    const char16_t* p = begin;
+#if defined(__SSE2__)
+    const __m128i carriageReturn = _mm_set1_epi16(u'\r');
+    const __m128i a = _mm_set1_epi16(static_cast<short>(A));
+    const __m128i b = _mm_set1_epi16(static_cast<short>(B));
+    const __m128i zero = _mm_setzero_si128();
+    while (end - p >= 8) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i control = _mm_cmpeq_epi16(_mm_subs_epu16(chunk, carriageReturn), zero);
+        const __m128i hits = _mm_or_si128(
+            control, _mm_or_si128(_mm_cmpeq_epi16(chunk, a), _mm_cmpeq_epi16(chunk, b)));
+        if (const int mask = _mm_movemask_epi8(hits))
+            return p + __builtin_ctz(static_cast<unsigned>(mask)) / 2;
+        p += 8;
+    }
+#endif
+    for (; p < end; ++p)
+        if (*p <= u'\r' || *p == A || *p == B)
+            return p;
+    return end;
+}
+
 // Equal texts, compared with the C library's memcmp, which is several times quicker than Qt's
 // comparison on the long captions the import compares by the million.
 inline bool SameText(QStringView a, QStringView b) {

@@ -269,6 +269,15 @@ QList<QStringList> CutAll(RowCutter& cutter) {
     return rows;
 }
 
+void AppendRows(const RowBatch& batch, QList<QStringList>& rows) {
+    for (size_t r = 0; r < batch.RowCount(); ++r) {
+        QStringList row;
+        for (const CutCell& cell : batch.Row(r))
+            row.append(cell.text.toString());
+        rows.append(row);
+    }
+}
+
 // A file is read in pieces; rows, quoted cells and doubled quotes that straddle two pieces, and
 // rows longer than a piece, must cut as they do in the whole text.
 TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
@@ -284,12 +293,30 @@ TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
         ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
         RowCutter whole(text);
         const QList<QStringList> expected = CutAll(whole);
+        RowCutter wholeInBatches(text);
+        RowBatch batch;
+        QList<QStringList> batchedRows;
+        while (wholeInBatches.NextBatch(batch))
+            AppendRows(batch, batchedRows);
+        EXPECT_EQ(batchedRows, expected) << text.toStdString();
         for (size_t piece : {1, 2, 3, 5, 16}) {
             util::TextFileReader reader;
             ASSERT_TRUE(reader.Open(path));
             RowCutter streamed(reader, piece);
             EXPECT_EQ(CutAll(streamed), expected) << text.toStdString() << " piece " << piece;
             EXPECT_FALSE(streamed.Failed());
+            // In batches, two used in turn as the import's cutting thread uses them; a batch's
+            // rows are read only after the other batch has been filled.
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter batched(reader, piece);
+            RowBatch batches[2];
+            QList<QStringList> rows;
+            bool filled[2] = {batched.NextBatch(batches[0]), false};
+            for (int b = 0; filled[b % 2]; ++b) {
+                filled[(b + 1) % 2] = batched.NextBatch(batches[(b + 1) % 2]);
+                AppendRows(batches[b % 2], rows);
+            }
+            EXPECT_EQ(rows, expected) << text.toStdString() << " batches of piece " << piece;
         }
     }
 }
