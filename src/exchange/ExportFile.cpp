@@ -24,7 +24,7 @@ using namespace questionnaire;
 
 namespace {
 
-constexpr qsizetype kChunkChars = 1 << 20;
+constexpr qsizetype kChunkChars = 1 << 17; // 256 KB: written out while still in the processor's cache
 constexpr int kWarningKeys = 10;
 
 const char16_t* Utf16(const QString& text) {
