@@ -4,9 +4,40 @@
 #include "util/TextFile.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
 
 namespace exchange {
+
+namespace {
+constexpr size_t kHugePage = size_t(2) << 20;
+} // namespace
+
+void* AllocateTextBuffer(size_t bytes) {
+#ifdef __linux__
+    if (bytes >= kHugePage) {
+        const size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+        void* p = std::aligned_alloc(kHugePage, rounded);
+        if (!p)
+            throw std::bad_alloc();
+        ::madvise(p, rounded, MADV_HUGEPAGE); // a wish: without huge pages the buffer still works
+        return p;
+    }
+#endif
+    void* p = std::malloc(std::max<size_t>(bytes, 1));
+    if (!p)
+        throw std::bad_alloc();
+    return p;
+}
+
+void FreeTextBuffer(void* p, size_t) {
+    std::free(p);
+}
 
 namespace {
 // What ends a cell or a row, or starts or ends quoting.
@@ -185,7 +216,7 @@ bool RowCutter::Next(std::vector<CutCell>& cells) {
 bool RowCutter::NextBatch(RowBatch& batch) {
     batch.m_cells.clear();
     batch.m_rowEnds.clear();
-    std::vector<char16_t> spare = std::move(batch.m_text);
+    TextBuffer spare = std::move(batch.m_text);
     m_strings = std::move(batch.m_strings); // their storage is used again
     m_stringsUsed = 0;
     const qsizetype batchStart = m_pos;

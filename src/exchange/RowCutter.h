@@ -4,7 +4,9 @@
 #include <QStringList>
 #include <QStringView>
 
+#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace util {
@@ -19,6 +21,34 @@ struct CutCell {
     bool backslash = false; // the import's unescaping has work to do only then
 };
 
+// Text buffers are filled by reading before anything reads them, so they are not zeroed first;
+// large ones ask for huge pages, as a fresh buffer otherwise costs one page fault every 4 KB.
+void* AllocateTextBuffer(size_t bytes);
+void FreeTextBuffer(void* p, size_t bytes);
+
+template <class T>
+struct TextBufferAllocator {
+    using value_type = T;
+    TextBufferAllocator() = default;
+    template <class U>
+    TextBufferAllocator(const TextBufferAllocator<U>&) {}
+    T* allocate(size_t n) { return static_cast<T*>(AllocateTextBuffer(n * sizeof(T))); }
+    void deallocate(T* p, size_t n) { FreeTextBuffer(p, n * sizeof(T)); }
+    template <class U>
+    void construct(U* p) noexcept {
+        ::new (static_cast<void*>(p)) U;
+    }
+    template <class U, class... Args>
+    void construct(U* p, Args&&... args) {
+        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+    template <class U>
+    bool operator==(const TextBufferAllocator<U>&) const {
+        return true;
+    }
+};
+using TextBuffer = std::vector<char16_t, TextBufferAllocator<char16_t>>;
+
 // Rows cut ahead of their use, in order. Their cells point into the batch's own text and
 // strings, so a batch may be handed to another thread while the cutter goes on.
 class RowBatch {
@@ -31,7 +61,7 @@ public:
 
 private:
     friend class RowCutter;
-    std::vector<char16_t> m_text;
+    TextBuffer m_text;
     std::vector<QString> m_strings;
     std::vector<CutCell> m_cells;
     std::vector<size_t> m_rowEnds; // one past the last cell of each row
@@ -81,7 +111,7 @@ private:
     bool m_failed = false;
 
     util::TextFileReader* m_reader = nullptr;
-    std::vector<char16_t> m_buffer;
+    TextBuffer m_buffer;
     size_t m_pieceChars = 0;
 
     // The cell being cut: a range of the text until it stops being one (a doubled quote, or a
