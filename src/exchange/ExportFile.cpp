@@ -1,6 +1,7 @@
 #include "exchange/ExportFile.h"
 
 #include "questionnaire/CaptionEscaping.h"
+#include "exchange/RowCutter.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
@@ -14,8 +15,10 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace exchange {
@@ -24,63 +27,94 @@ using namespace questionnaire;
 
 namespace {
 
-constexpr qsizetype kChunkChars = 1 << 17; // 256 KB: written out while still in the processor's cache
+// Rows are encoded in blocks of about this many cells (some 1 MB of text): few enough blocks that
+// handing them between threads costs nothing worth measuring, small enough to be written out
+// while still in the processor's cache.
+constexpr qsizetype kBlockCells = 8192;
+constexpr int kMaxEncoders = 4;
 constexpr int kWarningKeys = 10;
 
 const char16_t* Utf16(const QString& text) {
     return reinterpret_cast<const char16_t*>(text.constData());
 }
 
-// The file's text gathers in a fixed buffer written out whenever it fills: the export's memory
-// stays flat however large the questionnaire.
+bool WriteUtf16(util::ReplacingFile& file, const char16_t* s, qsizetype n) {
+    if (n == 0)
+        return true;
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+    std::vector<char16_t> le(s, s + n);
+    qToLittleEndian<quint16>(le.data(), n, le.data());
+    s = le.data();
+#endif
+    return file.Write(reinterpret_cast<const char*>(s), n * 2);
+}
+
+// The text of one block, kept until its turn to be written comes.
 class OutBuffer {
 public:
-    explicit OutBuffer(util::ReplacingFile& file) : m_file(file), m_data(kChunkChars) {}
+    OutBuffer() : m_data(size_t(kBlockCells) * 128) {}
 
     void Append(const char16_t* s, qsizetype n) {
-        if (n > kChunkChars - m_used) {
-            Flush();
-            if (n > kChunkChars) {
-                Write(s, n);
-                return;
-            }
-        }
+        if (n > qsizetype(m_data.size()) - m_used)
+            Grow(n);
         std::memcpy(m_data.data() + m_used, s, size_t(n) * 2);
         m_used += n;
     }
     void Append(const QString& text) { Append(Utf16(text), text.size()); }
     void Append(char16_t c) {
-        if (m_used == kChunkChars)
-            Flush();
-        m_data[m_used++] = c;
+        if (m_used == qsizetype(m_data.size()))
+            Grow(1);
+        m_data[size_t(m_used++)] = c;
     }
-    bool Ok() const { return m_ok; }
-    // False when any write failed.
-    bool Finish() {
-        Flush();
-        return m_ok;
-    }
+    void Clear() { m_used = 0; }
+    const char16_t* Data() const { return m_data.data(); }
+    qsizetype Size() const { return m_used; }
 
 private:
-    void Flush() {
-        Write(m_data.data(), m_used);
-        m_used = 0;
-    }
-    void Write(const char16_t* s, qsizetype n) {
-        if (!m_ok || n == 0)
-            return;
-#if Q_BYTE_ORDER == Q_BIG_ENDIAN
-        std::vector<char16_t> le(s, s + n);
-        qToLittleEndian<quint16>(le.data(), n, le.data());
-        s = le.data();
-#endif
-        m_ok = m_file.Write(reinterpret_cast<const char*>(s), n * 2);
-    }
+    void Grow(qsizetype n) { m_data.resize(std::max(m_data.size() * 2, size_t(m_used + n))); }
 
-    util::ReplacingFile& m_file;
-    std::vector<char16_t> m_data;
+    TextBuffer m_data;
     qsizetype m_used = 0;
-    bool m_ok = true;
+};
+
+// Hands out the blocks to the threads that encode them and writes the blocks in file order,
+// whichever thread encoded them. After a failed write no more blocks are handed out.
+class BlockOrder {
+public:
+    BlockOrder(util::ReplacingFile& file, qsizetype blockCount)
+        : m_file(file), m_blockCount(blockCount) {}
+
+    // The next block to encode, or -1 when none is left.
+    qsizetype Claim() {
+        if (m_failed.load(std::memory_order_acquire))
+            return -1;
+        const qsizetype block = m_next.fetch_add(1, std::memory_order_relaxed);
+        return block < m_blockCount ? block : -1;
+    }
+    // Waits until the blocks before this one are written, then writes it.
+    bool Write(qsizetype block, const OutBuffer& text) {
+        for (qsizetype turn = m_turn.load(std::memory_order_acquire); turn != block;
+             turn = m_turn.load(std::memory_order_acquire)) {
+            if (m_failed.load(std::memory_order_acquire))
+                return false;
+            m_turn.wait(turn, std::memory_order_acquire);
+        }
+        const bool ok = !m_failed.load(std::memory_order_relaxed) &&
+                        WriteUtf16(m_file, text.Data(), text.Size());
+        if (!ok)
+            m_failed.store(true, std::memory_order_release);
+        m_turn.store(block + 1, std::memory_order_release);
+        m_turn.notify_all();
+        return ok;
+    }
+    bool Failed() const { return m_failed.load(std::memory_order_acquire); }
+
+private:
+    util::ReplacingFile& m_file;
+    const qsizetype m_blockCount;
+    std::atomic<qsizetype> m_next{0};
+    std::atomic<qsizetype> m_turn{0};
+    std::atomic<bool> m_failed{false};
 };
 
 bool NeedsQuotes(const QString& cell) {
@@ -99,17 +133,17 @@ struct ResolvedRow {
 
 class Exporter {
 public:
-    Exporter(const CQuestionnaire& q, const ExportOptions& options)
-        : m_q(q), m_options(options), m_columns(options.languages) {
-        if (options.excludeNonVisible)
-            m_visibility = std::make_unique<VisibilityFilter>(q);
-    }
+    Exporter(const CQuestionnaire& q, const ExportOptions& options,
+             const VisibilityFilter* visibility)
+        : m_q(q), m_options(options), m_columns(options.languages), m_visibility(visibility) {}
 
     ResolvedRow Resolve(qint32 questionId, qint32 responseId) const;
-    // Writes the line of one row to `out`; false when a filter drops it.
-    bool WriteLine(qint32 questionId, qint32 responseId, OutBuffer& out);
+    // Writes the line of row `k` to `out`; false when a filter drops it.
+    bool WriteLine(const CaptionList& captions, qsizetype k, OutBuffer& out);
 
-    ExportReport report;
+    qint64 rows = 0;
+    qint64 unsafeCaptions = 0;
+    std::vector<std::pair<qsizetype, QString>> unsafeKeys; // (row, key), the first few
 
 private:
     void WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn,
@@ -119,7 +153,8 @@ private:
     const CQuestionnaire& m_q;
     const ExportOptions& m_options;
     const LanguageColumns m_columns;
-    std::unique_ptr<VisibilityFilter> m_visibility;
+    const VisibilityFilter* m_visibility;
+    qsizetype m_row = 0;
     QSet<QString> m_seenReferences;
     QString m_cell; // the extra columns of a row
     const QString m_empty;
@@ -169,10 +204,10 @@ void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questio
                           qint32 responseId) {
     if (CaptionSurvivesRoundTrip(text, sourceColumn))
         return;
-    ++report.unsafeCaptions;
-    const QString key = QStringLiteral("%1/%2").arg(questionId).arg(responseId);
-    if (report.unsafeKeys.size() < kWarningKeys && !report.unsafeKeys.contains(key))
-        report.unsafeKeys.append(key);
+    ++unsafeCaptions;
+    if (unsafeKeys.size() < size_t(kWarningKeys) &&
+        (unsafeKeys.empty() || unsafeKeys.back().first != m_row))
+        unsafeKeys.emplace_back(m_row, QStringLiteral("%1/%2").arg(questionId).arg(responseId));
 }
 
 void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn,
@@ -212,7 +247,10 @@ void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool source
         NoteUnsafe(text, sourceColumn, questionId, responseId);
 }
 
-bool Exporter::WriteLine(qint32 questionId, qint32 responseId, OutBuffer& out) {
+bool Exporter::WriteLine(const CaptionList& captions, qsizetype k, OutBuffer& out) {
+    const qint32 questionId = captions.questionIds[k];
+    const qint32 responseId = captions.responseIds[k];
+    m_row = k;
     const ResolvedRow row = Resolve(questionId, responseId);
     if (!row.keep)
         return false;
@@ -255,7 +293,7 @@ bool Exporter::WriteLine(qint32 questionId, qint32 responseId, OutBuffer& out) {
     }
     out.Append(u'\r');
     out.Append(u'\n');
-    ++report.rows;
+    ++rows;
     return true;
 }
 
@@ -317,13 +355,57 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
         messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
         return false;
     }
-    Exporter exporter(q, options);
-    OutBuffer out(file);
-    out.Append(QString(QChar(0xFEFF)) + HeaderLine(q, options));
-    for (qsizetype k = 0; k < captions.size() && out.Ok(); ++k)
-        exporter.WriteLine(captions.questionIds[k], captions.responseIds[k], out);
-    const bool ok = out.Finish() && file.Commit();
-    ExportReport& result = exporter.report;
+    const QString header = QString(QChar(0xFEFF)) + HeaderLine(q, options);
+    bool ok = WriteUtf16(file, Utf16(header), header.size());
+
+    std::unique_ptr<VisibilityFilter> visibility;
+    if (options.excludeNonVisible)
+        visibility = std::make_unique<VisibilityFilter>(q);
+    const qsizetype rowsPerBlock =
+        std::max<qsizetype>(1, kBlockCells / std::max<qsizetype>(1, options.languages.size()));
+    const qsizetype blockCount = (captions.size() + rowsPerBlock - 1) / rowsPerBlock;
+    BlockOrder order(file, ok ? blockCount : 0);
+    // The duplicates filter depends on the rows before, so it keeps to one thread.
+    const int encoders =
+        options.excludeDuplicates
+            ? 1
+            : int(std::clamp<qsizetype>(std::min<qsizetype>(std::thread::hardware_concurrency(),
+                                                            blockCount),
+                                        1, kMaxEncoders));
+    std::vector<std::unique_ptr<Exporter>> exporters;
+    for (int e = 0; e < encoders; ++e)
+        exporters.push_back(std::make_unique<Exporter>(q, options, visibility.get()));
+    auto encode = [&](Exporter& exporter) {
+        OutBuffer out;
+        for (qsizetype block = order.Claim(); block >= 0; block = order.Claim()) {
+            out.Clear();
+            const qsizetype end = std::min(captions.size(), (block + 1) * rowsPerBlock);
+            for (qsizetype k = block * rowsPerBlock; k < end; ++k)
+                exporter.WriteLine(captions, k, out);
+            if (!order.Write(block, out))
+                return;
+        }
+    };
+    {
+        std::vector<std::jthread> helpers;
+        for (int e = 1; e < encoders; ++e)
+            helpers.emplace_back(encode, std::ref(*exporters[size_t(e)]));
+        encode(*exporters.front());
+    }
+    ok = ok && !order.Failed() && file.Commit();
+
+    ExportReport result;
+    std::vector<std::pair<qsizetype, QString>> keys;
+    for (const auto& exporter : exporters) {
+        result.rows += exporter->rows;
+        result.unsafeCaptions += exporter->unsafeCaptions;
+        keys.insert(keys.end(), exporter->unsafeKeys.begin(), exporter->unsafeKeys.end());
+    }
+    // Each thread kept its first few; the first of all are among them.
+    std::sort(keys.begin(), keys.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (size_t i = 0; i < keys.size() && i < size_t(kWarningKeys); ++i)
+        result.unsafeKeys.append(keys[i].second);
     result.written = ok;
     result.bytes = ok ? QFileInfo(path).size() : 0;
     // Shown in batch runs too: a script must learn why the old file is still there.
