@@ -96,6 +96,11 @@ private:
     // rows; Stop: the row runs past what has been read and `mayRead` is false.
     enum class Step { Row, LastRow, End, Stop };
     Step CutNext(std::vector<CutCell>& cells, bool mayRead);
+    // A cell in quotes up to a tab or a line end, inner quotes doubled (what a spreadsheet
+    // program writes for a text holding a quote), cut in one go; false, with nothing changed,
+    // for any other shape, which is then cut character by character.
+    bool TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded);
+    QString& NewString(); // the next string of m_strings, emptied
     void Add(qsizetype pos, qsizetype length);
     void EndCell(std::vector<CutCell>& cells);
     void ResetCell();

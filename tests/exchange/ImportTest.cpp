@@ -246,6 +246,13 @@ TEST(RowCutter, CutsLikeASpreadsheetReader) {
         {QStringLiteral("\"say \"\"hi\"\"\""), {{"say \"hi\""}}},
         {QStringLiteral("ab\"c\td\"e"), {{"abc\tde"}}}, // a quote may stand anywhere
         {QStringLiteral("\r\na"), {{""}, {"a"}}},      // a line end first ends an empty row
+        // Quoted cells as spreadsheet programs write them, and shapes they do not write.
+        {QStringLiteral("1\t\"a \"\"b\"\" c\"\t\"\"\r\n2\t\"\"\"\"\n"),
+         {{"1", "a \"b\" c", ""}, {"2", "\""}}},
+        {QStringLiteral("1\t\"x\ty\r\nz\"\r\n"), {{"1", "x\ty\r\nz"}}},
+        {QStringLiteral("1\t\"a\"b\"c\"\td"), {{"1", "abc", "d"}}},
+        {QStringLiteral("1\t\"a\"\"b"), {{"1", "a\"b"}}},
+        {QStringLiteral("1\t\"a\"\"b\"\"\"\"\"\t"), {{"1", "a\"b\"\""}}},
         {QString(), {}},
     };
     for (const auto& c : cases) {
