@@ -39,6 +39,7 @@ void UnescapeCellInto(QStringView cell, QString& out) {
     const char16_t* const end = in + cell.size();
     char16_t* const begin = reinterpret_cast<char16_t*>(out.data());
     char16_t* o = begin;
+    char16_t* kept = nullptr; // the first backslash left standing, where pairs may start
     // Each backslash followed by r, n or t becomes that control character, left to right...
     while (in < end) {
         const char16_t* backslash = util::FindFirstOf<u'\\'>(in, end);
@@ -49,12 +50,14 @@ void UnescapeCellInto(QStringView cell, QString& out) {
             break;
         const char16_t next = in + 1 < end ? in[1] : 0;
         const char16_t decoded = next == u'r' ? u'\r' : next == u'n' ? u'\n' : next == u't' ? u'\t' : 0;
+        if (decoded == 0 && !kept)
+            kept = o;
         *o++ = decoded != 0 ? decoded : *in;
         in += decoded != 0 ? 2 : 1;
     }
     // ...then each pair of backslashes becomes one.
-    char16_t* w = begin;
-    for (const char16_t* r = begin; r < o; ++r) {
+    char16_t* w = kept ? kept : o;
+    for (const char16_t* r = w; r < o; ++r) {
         *w++ = *r;
         if (*r == u'\\' && r + 1 < o && r[1] == u'\\')
             ++r;
