@@ -281,9 +281,15 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
     auto cell = [&](qsizetype c) -> const CutCell& {
         return c < qsizetype(cells.size()) ? cells[size_t(c)] : none;
     };
+    // The row's caption is found once; its languages are then read in place, and again after a
+    // write, which may move them.
+    const bool message = questionId == kSystemMessageMarker;
+    const CLocalisedText* texts = message ? nullptr : FindCaptionTexts(m_q, questionId, responseId);
     if (m_options.onlyUnchanged) {
-        const QString current =
-            ReadCaption(m_q, questionId, responseId, m_options.referenceLanguage);
+        const QString messageText =
+            message ? ReadCaption(m_q, questionId, responseId, m_options.referenceLanguage)
+                    : QString();
+        const QString& current = texts ? texts->Get(m_options.referenceLanguage) : messageText;
         // A row too short to have the reference cell reads it as empty.
         if (!util::SameText(Decoded(cell(referenceColumn), 1, m_scratch), current)) {
             QString line;
@@ -299,10 +305,6 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
             return;
         }
     }
-    // The row's caption is found once; its languages are then read in place, and again after a
-    // write, which may move them.
-    const CLocalisedText* texts = FindCaptionTexts(m_q, questionId, responseId);
-    const bool message = questionId == kSystemMessageMarker;
     if (!message)
         m_columns->Read(texts, m_current);
     for (qsizetype i = 0; i < m_map.entries.size(); ++i) {
