@@ -38,26 +38,54 @@ void CLocalisedText::Remove(qint32 language) {
         m_texts.erase(it);
 }
 
+namespace {
+// Languages are Windows locale ids, below this in practice; a table of columns by language up
+// to it stays small.
+constexpr qint32 kTableLanguages = 0x10000;
+} // namespace
+
 LanguageColumns::LanguageColumns(const QList<qint32>& languages) : m_columnCount(languages.size()) {
     for (qsizetype i = 0; i < languages.size(); ++i)
         if (languages[i] != 0)
             m_byLanguage.emplace_back(languages[i], i);
     std::sort(m_byLanguage.begin(), m_byLanguage.end());
+    const bool once = std::adjacent_find(m_byLanguage.begin(), m_byLanguage.end(),
+                                         [](const auto& a, const auto& b) {
+                                             return a.first == b.first;
+                                         }) == m_byLanguage.end();
+    const bool small = std::all_of(m_byLanguage.begin(), m_byLanguage.end(), [](const auto& e) {
+        return e.first > 0 && e.first < kTableLanguages;
+    });
+    if (once && small && !m_byLanguage.empty()) {
+        // The last slot stands for every language past the table; all without a column lead to
+        // the spare slot past the columns.
+        m_columnOf.assign(size_t(m_byLanguage.back().first) + 2, m_columnCount);
+        for (const auto& [language, column] : m_byLanguage)
+            m_columnOf[size_t(language)] = column;
+    }
 }
 
 void LanguageColumns::Read(const CLocalisedText* texts, std::vector<const QString*>& out) const {
-    out.assign(m_columnCount, &kEmpty);
-    if (!texts)
-        return;
-    // Both lists ascend by language: one merge instead of a search per column.
-    const std::vector<CLocalisedText::Entry>& entries = texts->Entries();
-    auto entry = entries.begin();
-    for (const auto& [language, column] : m_byLanguage) {
-        while (entry != entries.end() && entry->first < language)
-            ++entry;
-        if (entry == entries.end())
-            break;
-        if (entry->first == language)
-            out[column] = &entry->second;
+    const size_t spare = size_t(m_columnCount);
+    out.assign(spare + 1, &kEmpty);
+    if (texts && !m_columnOf.empty()) {
+        // Each text goes straight to its column. A caption has texts in an unforeseeable share
+        // of its languages, and a merge of the two lists would guess wrong about every other one.
+        const size_t last = m_columnOf.size() - 1;
+        for (const CLocalisedText::Entry& entry : texts->Entries())
+            out[size_t(m_columnOf[std::min(size_t(quint32(entry.first)), last)])] = &entry.second;
+    } else if (texts) {
+        // Both lists ascend by language: one merge instead of a search per column.
+        const std::vector<CLocalisedText::Entry>& entries = texts->Entries();
+        auto entry = entries.begin();
+        for (const auto& [language, column] : m_byLanguage) {
+            while (entry != entries.end() && entry->first < language)
+                ++entry;
+            if (entry == entries.end())
+                break;
+            if (entry->first == language)
+                out[size_t(column)] = &entry->second;
+        }
     }
+    out.pop_back(); // the spare slot
 }

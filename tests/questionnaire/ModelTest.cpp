@@ -1,5 +1,6 @@
 #include "common/SampleQuestionnaire.h"
 #include "questionnaire/LanguageList.h"
+#include "questionnaire/LocalisedText.h"
 #include "questionnaire/StaticTools.h"
 #include "util/LocaleTable.h"
 
@@ -87,6 +88,31 @@ TEST(LanguageList, AddingLanguagesSkipsThoseAlreadyThere) {
     EXPECT_EQ(q.GetLanguage(3).m_id, 1034);
     EXPECT_EQ(q.GetLanguage(3).m_shortName, QStringLiteral("ESP"));
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
+}
+
+// Every column reads what a lookup of its language reads, whatever the languages: repeated
+// ones, ones too large for a table of columns, and texts in languages no column asks for.
+TEST(LanguageColumns, ReadWhatEachLanguageHolds) {
+    CLocalisedText texts;
+    for (qint32 language : {-5, 1031, 1033, 2052, 2071, 0x10407, 70000})
+        texts.Set(language, QStringLiteral("text %1").arg(language));
+    const QList<QList<qint32>> columnLists = {
+        {1033, 1036, 0, 1031},   {1031, 1033, 1031},  {0x10407, 1033, 4},
+        {-5, 1033},              {1036},              {},
+        {2052, 1033, 1031, 1036}};
+    for (const QList<qint32>& languages : columnLists) {
+        const LanguageColumns columns(languages);
+        std::vector<const QString*> out;
+        for (const CLocalisedText* read : {&texts, static_cast<CLocalisedText*>(nullptr)}) {
+            columns.Read(read, out);
+            ASSERT_EQ(out.size(), size_t(languages.size()));
+            for (qsizetype i = 0; i < languages.size(); ++i) {
+                const QString expected =
+                    read && languages[i] != 0 ? read->Get(languages[i]) : QString();
+                EXPECT_EQ(*out[size_t(i)], expected) << languages[i];
+            }
+        }
+    }
 }
 
 TEST(StaticTools, WholeNumbersAndSplitting) {
