@@ -207,8 +207,11 @@ qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
 bool TextFileReader::LooksLikeText() {
     if (!m_streaming)
         return m_plausible;
-    std::vector<char16_t> rest(kReadChunkChars);
-    while (Read(rest.data(), qsizetype(rest.size())) > 0) {
+    if (!m_ended) {
+        // A buffer of this size is worth its cost only when text is left to read.
+        std::vector<char16_t> rest(kReadChunkChars);
+        while (Read(rest.data(), qsizetype(rest.size())) > 0) {
+        }
     }
     return !m_failed && util::LooksLikeText(m_characters, m_size);
 }
