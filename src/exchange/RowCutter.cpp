@@ -8,6 +8,10 @@
 #include <cstring>
 #include <new>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #ifdef __linux__
 #include <sys/mman.h>
 #endif
@@ -101,7 +105,7 @@ QString& RowCutter::NewString() {
     return text;
 }
 
-bool RowCutter::TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded) {
+[[gnu::flatten]] bool RowCutter::TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded) {
     const char16_t* const end = m_data + m_size;
     const char16_t* piece = m_data + m_pos + 1; // not yet in `text`
     const char16_t* scan = piece;
@@ -140,6 +144,103 @@ bool RowCutter::TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded) {
     return false;
 }
 
+namespace {
+// Where, among 64 characters, cells end and plain cutting must stop.
+struct WindowMasks {
+    quint64 tabs = 0;
+    quint64 backslashes = 0;
+    quint64 others = 0; // quotes, and control characters other than tab
+};
+
+WindowMasks MasksOf(const char16_t* window) {
+    WindowMasks masks;
+#if defined(__SSE2__)
+    // Sixteen characters pack into sixteen bytes with signed saturation: those below 128 keep
+    // their value and all others become 0x7F or 0x80 to 0xFF, none of which is looked for.
+    const __m128i carriageReturn = _mm_set1_epi8('\r');
+    const __m128i tab = _mm_set1_epi8('\t');
+    const __m128i quote = _mm_set1_epi8('"');
+    const __m128i backslash = _mm_set1_epi8('\\');
+    const __m128i zero = _mm_setzero_si128();
+    for (int i = 0; i < 64; i += 16) {
+        const __m128i bytes =
+            _mm_packs_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(window + i)),
+                            _mm_loadu_si128(reinterpret_cast<const __m128i*>(window + i + 8)));
+        const __m128i tabs = _mm_cmpeq_epi8(bytes, tab);
+        const __m128i controls = _mm_cmpeq_epi8(_mm_subs_epu8(bytes, carriageReturn), zero);
+        const __m128i others =
+            _mm_or_si128(_mm_andnot_si128(tabs, controls), _mm_cmpeq_epi8(bytes, quote));
+        auto bits = [&](__m128i hits) {
+            return quint64(quint16(_mm_movemask_epi8(hits))) << i;
+        };
+        masks.tabs |= bits(tabs);
+        masks.backslashes |= bits(_mm_cmpeq_epi8(bytes, backslash));
+        masks.others |= bits(others);
+    }
+#else
+    for (int i = 0; i < 64; ++i) {
+        const char16_t c = window[i];
+        const quint64 bit = quint64(1) << i;
+        if (c == u'\t')
+            masks.tabs |= bit;
+        else if (c == u'\\')
+            masks.backslashes |= bit;
+        else if (c <= u'\r' || c == u'"')
+            masks.others |= bit;
+    }
+#endif
+    return masks;
+}
+} // namespace
+
+// Flattened like CutRow below, so that each cell is stored in place. Tabs, backslashes and the
+// rest are told apart by their masks rather than by a branch on each character, which would be
+// guessed wrong at every cell that holds a backslash.
+[[gnu::flatten]] bool RowCutter::TakePlainCells(std::vector<CutCell>& cells, bool& rowEnded) {
+    const char16_t* const end = m_data + m_size;
+    const char16_t* cellStart = m_data + m_pos;
+    bool backslash = false; // in the part of the cell before the window
+    bool took = false;
+    for (const char16_t* window = cellStart; end - window >= 64; window += 64) {
+        // A cell starts at the first window or inside one, after a tab whose bit is handled.
+        WindowMasks masks = MasksOf(window);
+        while ((masks.tabs | masks.others) != 0) {
+            const quint64 nextTab = masks.tabs & (0 - masks.tabs);
+            const quint64 nextOther = masks.others & (0 - masks.others);
+            if (nextOther != 0 && (nextTab == 0 || nextOther < nextTab)) {
+                const char16_t* const hit = window + __builtin_ctzll(masks.others);
+                const bool lineEnd = *hit == u'\r' || *hit == u'\n';
+                if (lineEnd && hit > cellStart) {
+                    cells.push_back({QStringView(cellStart, hit - cellStart),
+                                     backslash || (masks.backslashes & (nextOther - 1)) != 0});
+                    m_pos = hit + 1 - m_data;
+                    m_atLineStart = rowEnded = true;
+                    return true;
+                }
+                if (lineEnd || *hit == u'"') {
+                    m_pos = cellStart - m_data;
+                    return took;
+                }
+                masks.others &= masks.others - 1; // any other control character is text
+                continue;
+            }
+            const char16_t* const hit = window + __builtin_ctzll(masks.tabs);
+            cells.push_back({QStringView(cellStart, hit - cellStart),
+                             backslash || (masks.backslashes & (nextTab - 1)) != 0});
+            // Shifted past bit 63 the tab's bit becomes 0, and every backslash bit is dropped.
+            masks.backslashes &= ~((nextTab << 1) - 1);
+            masks.tabs &= masks.tabs - 1;
+            cellStart = hit + 1;
+            backslash = false;
+            took = true;
+            m_atLineStart = false;
+        }
+        backslash = backslash || masks.backslashes != 0;
+    }
+    m_pos = cellStart - m_data;
+    return took;
+}
+
 // Flattened: with every call inlined, a cell is stored in place rather than built beside the
 // vector and copied, which costs a stall per cell on the millions of cells of a large file.
 [[gnu::flatten]] RowCutter::Cut RowCutter::CutRow(std::vector<CutCell>& cells) {
@@ -147,6 +248,12 @@ bool RowCutter::TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded) {
     while (m_pos < m_size) {
         // Most cells are plain text up to a tab or a line end: they are taken whole.
         if (!m_inQuotes && m_cellLength == 0 && m_cellString < 0) {
+            bool plainRowEnded = false;
+            if (TakePlainCells(cells, plainRowEnded)) {
+                if (plainRowEnded)
+                    return Cut::Row;
+                continue;
+            }
             const char16_t* const start = m_data + m_pos;
             const char16_t* stop = util::FindControlOr<u'"', u'\\'>(start, end);
             bool backslash = false;

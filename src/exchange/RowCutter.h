@@ -100,6 +100,10 @@ private:
     // program writes for a text holding a quote), cut in one go; false, with nothing changed,
     // for any other shape, which is then cut character by character.
     bool TakeQuotedCell(std::vector<CutCell>& cells, bool& rowEnded);
+    // Plain cells, without quotes, ended by tabs (or the last by a line end), cut a window of
+    // text at a time; false when the cell at the position is of another shape, or too near the
+    // end of what has been read, and is to be cut character by character.
+    bool TakePlainCells(std::vector<CutCell>& cells, bool& rowEnded);
     QString& NewString(); // the next string of m_strings, emptied
     void Add(qsizetype pos, qsizetype length);
     void EndCell(std::vector<CutCell>& cells);

@@ -11,6 +11,7 @@
 
 #include <iterator>
 #include <random>
+#include <utility>
 
 using namespace exchange;
 using questionnaire::ReadCaption;
@@ -324,6 +325,73 @@ TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
                 AppendRows(batches[b % 2], rows);
             }
             EXPECT_EQ(rows, expected) << text.toStdString() << " batches of piece " << piece;
+        }
+    }
+}
+
+// What the cutter must do, read one character at a time with nothing taken in one go.
+QList<QStringList> CutOneByOne(QStringView text) {
+    QList<QStringList> rows;
+    QStringList row;
+    QString cell;
+    bool inQuotes = false;
+    bool atLineStart = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c == u'"') {
+            if (inQuotes && i + 1 < text.size() && text[i + 1] == u'"')
+                cell.append(text[++i]);
+            else
+                inQuotes = !inQuotes;
+        } else if (c != u'\t' && c != u'\r' && c != u'\n') {
+            cell.append(c);
+            atLineStart = false;
+        } else if (inQuotes) {
+            cell.append(c);
+        } else if (c == u'\t') {
+            row.append(std::exchange(cell, QString()));
+            atLineStart = false;
+        } else if (!atLineStart) {
+            row.append(std::exchange(cell, QString()));
+            rows.append(std::exchange(row, QStringList()));
+            atLineStart = true;
+        }
+    }
+    if (!cell.isEmpty())
+        row.append(cell);
+    if (!row.isEmpty())
+        rows.append(row);
+    return rows;
+}
+
+// Long runs of ordinary text between the characters that matter, as real files have them:
+// the cutter takes such text many characters at a time and must still stop at the right one.
+// Among the ordinary characters are some whose low byte is a tab, a quote or a backslash.
+TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
+    QTemporaryDir dir;
+    std::mt19937 random(11);
+    const char16_t ordinary[] = {u'a', u' ', u'\u0109', u'\u0a0d', u'\u225c', u'\u4e2d',
+                                 u'\uff09', u'\u0001', u'\u00e9', u'\u0122', char16_t(0xd83d)};
+    const char16_t special[] = {u'\t', u'\t', u'\t', u'\r', u'\n', u'"', u'\\'};
+    for (int round = 0; round < 300; ++round) {
+        QString text;
+        const int runs = int(random() % 80);
+        for (int r = 0; r < runs; ++r) {
+            for (int i = int(random() % 150); i > 0; --i)
+                text.append(QChar(ordinary[random() % std::size(ordinary)]));
+            for (int i = 1 + int(random() % 3); i > 0; --i)
+                text.append(QChar(special[random() % std::size(special)]));
+        }
+        const QList<QStringList> expected = CutOneByOne(text);
+        RowCutter whole(text);
+        EXPECT_EQ(CutAll(whole), expected) << "round " << round;
+        const QString path = dir.filePath(QStringLiteral("t%1.txt").arg(round));
+        ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
+        for (size_t piece : {size_t(63), size_t(200), size_t(4096)}) {
+            util::TextFileReader reader;
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter streamed(reader, piece);
+            EXPECT_EQ(CutAll(streamed), expected) << "round " << round << " piece " << piece;
         }
     }
 }
