@@ -38,17 +38,6 @@ const char16_t* Utf16(const QString& text) {
     return reinterpret_cast<const char16_t*>(text.constData());
 }
 
-bool WriteUtf16(util::ReplacingFile& file, const char16_t* s, qsizetype n) {
-    if (n == 0)
-        return true;
-#if Q_BYTE_ORDER == Q_BIG_ENDIAN
-    std::vector<char16_t> le(s, s + n);
-    qToLittleEndian<quint16>(le.data(), n, le.data());
-    s = le.data();
-#endif
-    return file.Write(reinterpret_cast<const char*>(s), n * 2);
-}
-
 // The text of one block, kept until its turn to be written comes.
 class OutBuffer {
 public:
@@ -100,7 +89,7 @@ public:
             m_turn.wait(turn, std::memory_order_acquire);
         }
         const bool ok = !m_failed.load(std::memory_order_relaxed) &&
-                        WriteUtf16(m_file, text.Data(), text.Size());
+                        m_file.WriteUtf16Le(QStringView(text.Data(), text.Size()));
         if (!ok)
             m_failed.store(true, std::memory_order_release);
         m_turn.store(block + 1, std::memory_order_release);
@@ -356,7 +345,7 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
         return false;
     }
     const QString header = QString(QChar(0xFEFF)) + HeaderLine(q, options);
-    bool ok = WriteUtf16(file, Utf16(header), header.size());
+    bool ok = file.WriteUtf16Le(header);
 
     std::unique_ptr<VisibilityFilter> visibility;
     if (options.excludeNonVisible)

@@ -8,12 +8,12 @@
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
 #include "util/CharScan.h"
+#include "util/FileSystem.h"
 #include "util/MessageSink.h"
 #include "util/TextFile.h"
 
 #include <QFileInfo>
 #include <QHash>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <unordered_set>
@@ -122,7 +122,8 @@ private:
     const CaptionList& m_captions;
     util::MessageSink& m_messages;
     ColumnMap m_map;
-    QStringList m_rejected;
+    QString m_rejected; // the rows set aside, each ended by CR LF
+    qsizetype m_rejectedRows = 0;
     qint32 m_count = 0;
     std::unique_ptr<ReferenceIndex> m_index;
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
@@ -292,16 +293,16 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
         const QString& current = texts ? texts->Get(m_options.referenceLanguage) : messageText;
         // A row too short to have the reference cell reads it as empty.
         if (!util::SameText(Decoded(cell(referenceColumn), 1, m_scratch), current)) {
-            QString line;
             for (qsizetype c = 0; c < cellCount; ++c) {
                 if (c > 0)
-                    line.append(QLatin1Char('\t'));
+                    m_rejected.append(QLatin1Char('\t'));
                 if (c == referenceColumn)
-                    AppendEscapedCaption(line, current);
+                    AppendEscapedCaption(m_rejected, current);
                 else
-                    line.append(cell(c).text);
+                    m_rejected.append(cell(c).text);
             }
-            m_rejected.append(line);
+            m_rejected.append(QLatin1String("\r\n"));
+            ++m_rejectedRows;
             return;
         }
     }
@@ -354,23 +355,20 @@ void Importer::CopyIdentical(QStringList& cells) {
 
 void Importer::Finish(ImportReport* report) {
     if (report)
-        report->rejectedRows = m_rejected.size();
+        report->rejectedRows = m_rejectedRows;
     // A single rejected row is deliberately neither written nor reported.
-    if (m_rejected.size() < 2) {
+    if (m_rejectedRows < 2) {
         if (!m_options.silent)
             m_messages.Show(QString::fromLatin1(strings::kCaptionsModified).arg(m_count));
         return;
     }
     const QString unusedPath = QFileInfo(m_path).absolutePath() + QLatin1Char('/') +
                                QString::fromLatin1(strings::kUnusedStringsFile);
-    QSaveFile file(unusedPath);
-    bool written = file.open(QIODevice::WriteOnly);
-    if (written) {
-        QString text(QChar(0xFEFF));
-        for (const QString& line : std::as_const(m_rejected))
-            text += line + QStringLiteral("\r\n");
-        written = util::WriteUtf16Le(file, text) && file.commit();
-    }
+    // The rows are still in the translated file, so like an export the file is not forced to
+    // the disk: a second import makes it again.
+    util::ReplacingFile file(unusedPath);
+    const bool written = file.Open() && file.WriteUtf16Le(u"\uFEFF") &&
+                         file.WriteUtf16Le(m_rejected) && file.Commit();
     if (!written && !m_options.silent)
         m_messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
     if (written && report)
@@ -378,7 +376,7 @@ void Importer::Finish(ImportReport* report) {
     if (!m_options.silent)
         m_messages.Show(QString::fromLatin1(strings::kImportedWithRejects)
                             .arg(m_count)
-                            .arg(m_rejected.size() - 1)
+                            .arg(m_rejectedRows - 1)
                             .arg(unusedPath));
 }
 
@@ -387,6 +385,8 @@ void Importer::Finish(ImportReport* report) {
 qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
                             const CaptionList& captions, util::MessageSink& messages,
                             ImportReport* report) {
+    if (report)
+        *report = ImportReport(); // what an earlier import left there is not this one's
     Importer importer(q, path, options, captions, messages);
     return importer.Run(report);
 }

@@ -4,6 +4,9 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QtEndian>
+
+#include <vector>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -131,6 +134,18 @@ bool ReplacingFile::Write(const char* data, qint64 bytes) {
     if (m_failed)
         return false;
     return m_file.write(data, bytes) == bytes || Fail();
+}
+
+bool ReplacingFile::WriteUtf16Le(QStringView text) {
+    if (text.isEmpty())
+        return !m_failed;
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+    std::vector<char16_t> le(text.utf16(), text.utf16() + text.size());
+    qToLittleEndian<quint16>(le.data(), le.size(), le.data());
+    return Write(reinterpret_cast<const char*>(le.data()), qint64(le.size()) * 2);
+#else
+    return Write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+#endif
 }
 
 bool ReplacingFile::Commit() {

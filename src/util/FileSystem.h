@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 #include <QTemporaryFile>
 
 namespace util {
@@ -24,6 +25,8 @@ public:
     explicit ReplacingFile(const QString& path);
     bool Open();
     bool Write(const char* data, qint64 bytes);
+    // The text as UTF-16LE code units, without a mark.
+    bool WriteUtf16Le(QStringView text);
     // False when anything failed since Open; the old file is then untouched.
     bool Commit();
     QString ErrorString() const { return m_error; }

@@ -6,6 +6,9 @@
 #include "util/MessageSink.h"
 #include "util/TextFile.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -198,6 +201,19 @@ TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
                                     "10\t1\tTrès\r\n10\t2\tPas vraiment\r\n")),
               0);
     EXPECT_EQ(m_report.rejectedRows, 2);
+
+    // The rejected rows cannot be written: the import still counts, and both messages say so.
+    ASSERT_TRUE(QFile::remove(Unused()));
+    ASSERT_TRUE(QDir(m_dir.path()).mkdir(QStringLiteral("UnusedStrings.txt")));
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\r\n"
+                                    "10\t1\tTrès\r\n10\t2\tPas vraiment\r\n")),
+              0);
+    EXPECT_TRUE(m_report.unusedStringsPath.isEmpty());
+    ASSERT_EQ(m_messages.messages.size(), 2);
+    EXPECT_EQ(m_messages.messages[0], QStringLiteral("Cannot create export file"));
+    EXPECT_TRUE(m_messages.messages[1].startsWith(QStringLiteral("0 captions have been imported!")));
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files),
+              QStringList{QStringLiteral("in.txt")}); // nothing left behind
 }
 
 TEST_F(ImportTest, CopyIdenticalAppliesARowToEveryCaptionWithThatSource) {
