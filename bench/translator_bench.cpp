@@ -251,28 +251,67 @@ void Bench::Run() {
 
 } // namespace
 
+namespace {
+const QStringList kMeasures = {
+    QStringLiteral("load_xml"), QStringLiteral("load_qex"), QStringLiteral("load_qes"),
+    QStringLiteral("caption_list"), QStringLiteral("export"), QStringLiteral("import"),
+    QStringLiteral("import_only_unchanged"), QStringLiteral("import_copy_identical"),
+    QStringLiteral("save_xml"), QStringLiteral("save_qes"), QStringLiteral("save_qex")};
+
+constexpr char kUsage[] =
+    "usage: translator_bench [--workload small|large|stress] [--dir DIR] [--reuse]\n"
+    "                        [--only MEASURE,...] [--repeat N]\n";
+} // namespace
+
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
-    const QStringList args = QCoreApplication::arguments();
+    const QStringList args = QCoreApplication::arguments().mid(1);
+    QString name = QStringLiteral("large");
+    QString dir;
+    QStringList only;
+    bool reuse = false;
+    int repeat = 1;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString& option = args[i];
+        const bool hasValue = i + 1 < args.size();
+        if (option == QLatin1String("--help")) {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+        if (option == QLatin1String("--reuse")) {
+            reuse = true;
+        } else if (option == QLatin1String("--workload") && hasValue) {
+            name = args[++i];
+        } else if (option == QLatin1String("--dir") && hasValue) {
+            dir = args[++i];
+        } else if (option == QLatin1String("--only") && hasValue) {
+            only = args[++i].split(QLatin1Char(','));
+            for (const QString& measure : std::as_const(only)) {
+                if (!kMeasures.contains(measure)) {
+                    std::fprintf(stderr, "unknown measure %s (%s)\n", qPrintable(measure),
+                                 qPrintable(kMeasures.join(QStringLiteral(", "))));
+                    return 64;
+                }
+            }
+        } else if (option == QLatin1String("--repeat") && hasValue) {
+            bool ok = false;
+            repeat = args[++i].toInt(&ok);
+            if (!ok || repeat < 1) {
+                std::fprintf(stderr, "--repeat wants a whole number of at least 1\n%s", kUsage);
+                return 64;
+            }
+        } else {
+            std::fprintf(stderr, "unknown option or missing value: %s\n%s", qPrintable(option),
+                         kUsage);
+            return 64;
+        }
+    }
     bench::WorkloadSpec spec;
-    const QString name = args.contains(QLatin1String("--workload"))
-                             ? args.value(args.indexOf(QLatin1String("--workload")) + 1)
-                             : QStringLiteral("large");
     if (!bench::NamedWorkload(name, spec)) {
         std::fprintf(stderr, "unknown workload (small, large, stress)\n");
         return 64;
     }
     QTemporaryDir temporary;
-    const QString dir = args.contains(QLatin1String("--dir"))
-                            ? args.value(args.indexOf(QLatin1String("--dir")) + 1)
-                            : temporary.path();
-    const QStringList only =
-        args.contains(QLatin1String("--only"))
-            ? args.value(args.indexOf(QLatin1String("--only")) + 1).split(QLatin1Char(','))
-            : QStringList();
-    const int repeat = args.contains(QLatin1String("--repeat"))
-                           ? args.value(args.indexOf(QLatin1String("--repeat")) + 1).toInt()
-                           : 1;
-    Bench(spec, dir, only, args.contains(QLatin1String("--reuse")), repeat).Run();
+    Bench(spec, dir.isEmpty() ? temporary.path() : dir, only, reuse, repeat).Run();
     return 0;
 }
