@@ -59,9 +59,9 @@ LanguageColumns::LanguageColumns(const QList<qint32>& languages) : m_columnCount
     if (once && small && !m_byLanguage.empty()) {
         // The last slot stands for every language past the table; all without a column lead to
         // the spare slot past the columns.
-        m_columnOf.assign(size_t(m_byLanguage.back().first) + 2, m_columnCount);
+        m_columnOf.assign(size_t(m_byLanguage.back().first) + 2, qint32(m_columnCount));
         for (const auto& [language, column] : m_byLanguage)
-            m_columnOf[size_t(language)] = column;
+            m_columnOf[size_t(language)] = qint32(column);
     }
 }
 

@@ -47,5 +47,5 @@ private:
     std::vector<std::pair<qint32, qsizetype>> m_byLanguage; // (language, column), ascending
     // The column of each language, the spare slot m_columnCount for those without one; empty
     // when a language is too large for a table or has two columns.
-    std::vector<qsizetype> m_columnOf;
+    std::vector<qint32> m_columnOf;
 };
