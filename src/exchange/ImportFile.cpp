@@ -140,7 +140,10 @@ qint32 Importer::Run(ImportReport* report) {
     if (!reader.Open(m_path))
         return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
     m_reader = &reader;
-    RowCutter cutter(reader);
+    // A small file is read through buffers of its own size: a piece's buffer is otherwise
+    // megabytes, which a small import would pay for with memory the system must clear.
+    RowCutter cutter(reader, size_t(std::clamp<qint64>(reader.CharactersLeft() + 1, 1,
+                                                       RowCutter::kPieceChars)));
     std::vector<CutCell> cells;
     if (!cutter.Next(cells))
         return Fail(kImportNoRow, QString::fromLatin1(strings::kNotATranslationFile));

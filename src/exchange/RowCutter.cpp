@@ -51,7 +51,7 @@ bool IsSpecial(char16_t c) {
 } // namespace
 
 RowCutter::RowCutter(QStringView text)
-    : m_data(text.utf16()), m_size(text.size()), m_pieceChars(size_t(1) << 20) {}
+    : m_data(text.utf16()), m_size(text.size()), m_pieceChars(size_t(kPieceChars)) {}
 
 RowCutter::RowCutter(util::TextFileReader& reader, size_t pieceChars)
     : m_eof(false), m_reader(&reader), m_buffer(std::max<size_t>(pieceChars, 1)),

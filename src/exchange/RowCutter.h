@@ -77,7 +77,8 @@ public:
     // Over a text held whole, which must outlive the cutter.
     explicit RowCutter(QStringView text);
     // Over a file's text, read piece by piece: memory holds a piece and the longest row.
-    explicit RowCutter(util::TextFileReader& reader, size_t pieceChars = size_t(1) << 20);
+    static constexpr qint64 kPieceChars = qint64(1) << 20;
+    explicit RowCutter(util::TextFileReader& reader, size_t pieceChars = kPieceChars);
 
     // The next row; false when the text has no more. The cells stay valid until the next call.
     bool Next(std::vector<CutCell>& cells);

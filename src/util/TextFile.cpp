@@ -204,6 +204,13 @@ qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
     return kept;
 }
 
+qint64 TextFileReader::CharactersLeft() const {
+    if (!m_streaming)
+        return m_loaded.size() - m_loadedPos;
+    // After the mark, two bytes a character, and an odd last byte one more.
+    return m_ended ? 0 : std::max<qint64>(0, (m_size - 1) / 2 - m_characters);
+}
+
 bool TextFileReader::LooksLikeText() {
     if (!m_streaming)
         return m_plausible;

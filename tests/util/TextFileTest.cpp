@@ -70,10 +70,16 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
             EXPECT_FALSE(c.plausible);
             continue;
         }
+        // What is left is never underestimated: the import sizes its buffers by it.
+        EXPECT_GE(reader.CharactersLeft(), c.text.size());
+        EXPECT_LE(reader.CharactersLeft(), c.bytes.size());
         QString streamed;
         char16_t piece[3];
-        for (qsizetype got; (got = reader.Read(piece, 3)) > 0;)
+        for (qsizetype got; (got = reader.Read(piece, 3)) > 0;) {
             streamed.append(reinterpret_cast<const QChar*>(piece), got);
+            EXPECT_GE(reader.CharactersLeft(), c.text.size() - streamed.size());
+        }
+        EXPECT_EQ(reader.CharactersLeft(), 0);
         EXPECT_EQ(streamed, c.text);
         EXPECT_EQ(reader.LooksLikeText(), c.plausible);
     }
