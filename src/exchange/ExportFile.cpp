@@ -41,7 +41,9 @@ const char16_t* Utf16(const QString& text) {
 // The text of one block, kept until its turn to be written comes.
 class OutBuffer {
 public:
-    OutBuffer() : m_data(size_t(kBlockCells) * 128) {}
+    // Small at first, so that a small export costs no megabytes; a block of a large one grows
+    // it to its size once, after which it is used again for every block.
+    OutBuffer() : m_data(size_t(1) << 16) {}
 
     void Append(const char16_t* s, qsizetype n) {
         if (n > qsizetype(m_data.size()) - m_used)
