@@ -41,8 +41,8 @@ const char16_t* Utf16(const QString& text) {
 // The text of one block, kept until its turn to be written comes.
 class OutBuffer {
 public:
-    // Small at first, so that a small export costs no megabytes; a block of a large one grows
-    // it to its size once, after which it is used again for every block.
+    // Small at first, so that a small export costs no megabytes; on a large one it doubles a
+    // few times during the first block and is then used again for every block.
     OutBuffer() : m_data(size_t(1) << 16) {}
 
     void Append(const char16_t* s, qsizetype n) {
@@ -108,9 +108,10 @@ private:
     std::atomic<bool> m_failed{false};
 };
 
-bool NeedsQuotes(const QString& cell) {
-    const char16_t* end = Utf16(cell) + cell.size();
-    return util::FindFirstOf<u'"', u'\t', u'\r', u'\n'>(Utf16(cell), end) != end;
+bool NeedsQuotes(QStringView cell) {
+    const char16_t* const begin = cell.utf16();
+    const char16_t* const end = begin + cell.size();
+    return util::FindFirstOf<u'"', u'\t', u'\r', u'\n'>(begin, end) != end;
 }
 
 // The caption row resolved once: where its texts are, and what goes in the extra columns.
@@ -302,7 +303,7 @@ QString HeaderLine(const CQuestionnaire& q, const ExportOptions& options) {
 
 } // namespace
 
-void AppendCell(QString& out, const QString& cell) {
+void AppendCell(QString& out, QStringView cell) {
     if (!NeedsQuotes(cell)) {
         out.append(cell);
         return;

@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringView>
 #include <QStringList>
 
 class CQuestionnaire;
@@ -51,6 +52,6 @@ QStringList ExportHeaderTitles(const CQuestionnaire& q, const ExportOptions& opt
 
 // A cell as the export writes it: enclosed in double quotes, inner quotes doubled, when it
 // holds a double quote, a tab, a carriage return or a line feed.
-void AppendCell(QString& out, const QString& cell);
+void AppendCell(QString& out, QStringView cell);
 
 } // namespace exchange

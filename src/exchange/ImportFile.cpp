@@ -1,6 +1,7 @@
 #include "exchange/ImportFile.h"
 
 #include "questionnaire/CaptionEscaping.h"
+#include "exchange/ExportFile.h"
 #include "exchange/RowCutter.h"
 #include "exchange/RowPipeline.h"
 #include "exchange/Strings.h"
@@ -296,13 +297,18 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
         const QString& current = texts ? texts->Get(m_options.referenceLanguage) : messageText;
         // A row too short to have the reference cell reads it as empty.
         if (!util::SameText(Decoded(cell(referenceColumn), 1, m_scratch), current)) {
+            // The line is written as an export writes its rows, quoted where a cell needs it, so
+            // that it can be translated and imported in its turn.
             for (qsizetype c = 0; c < cellCount; ++c) {
                 if (c > 0)
                     m_rejected.append(QLatin1Char('\t'));
-                if (c == referenceColumn)
-                    AppendEscapedCaption(m_rejected, current);
-                else
-                    m_rejected.append(cell(c).text);
+                if (c == referenceColumn) {
+                    m_scratch.clear();
+                    AppendEscapedCaption(m_scratch, current);
+                    AppendCell(m_rejected, m_scratch);
+                } else {
+                    AppendCell(m_rejected, cell(c).text);
+                }
             }
             m_rejected.append(QLatin1String("\r\n"));
             ++m_rejectedRows;

@@ -202,7 +202,8 @@ TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
               0);
     EXPECT_EQ(m_report.rejectedRows, 2);
 
-    // The rejected rows cannot be written: the import still counts, and both messages say so.
+    // The rejected rows cannot be written: the import still counts; the failure is shown before
+    // the closing message, which is the same as ever.
     ASSERT_TRUE(QFile::remove(Unused()));
     ASSERT_TRUE(QDir(m_dir.path()).mkdir(QStringLiteral("UnusedStrings.txt")));
     EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\r\n"
@@ -410,6 +411,27 @@ TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
             EXPECT_EQ(CutAll(streamed), expected) << "round " << round << " piece " << piece;
         }
     }
+}
+
+// Rejected rows go out as the export writes rows, so that cutting the file again gives the
+// same cells: a quote, a tab or a line break in a cell would otherwise lose its quotes or split
+// the row.
+TEST_F(ImportTest, RejectedRowsAreQuotedAsExportedRows) {
+    m_options.onlyUnchanged = true;
+    questionnaire::WriteCaption(m_q, 10, -2, kEnglish, QStringLiteral("Say \"hi\""));
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
+                     QStringLiteral("10\t-2\tSatisfaction\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
+                                    "10\t-1\tOld question\t\"deux\nlignes\"\r\n")),
+              0);
+    const QString expected = QStringLiteral(
+        "10\t-2\t\"Say \"\"hi\"\"\"\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
+        "10\t-1\tHow satisfied are you?\t\"deux\nlignes\"\r\n");
+    EXPECT_EQ(testutil::ReadAll(Unused()), testutil::Utf16Le(expected));
+    RowCutter again(expected);
+    EXPECT_EQ(CutAll(again),
+              (QList<QStringList>{
+                  {"10", "-2", "Say \"hi\"", "Il dit \"oui\"\tmaintenant"},
+                  {"10", "-1", "How satisfied are you?", "deux\nlignes"}}));
 }
 
 } // namespace
