@@ -82,14 +82,36 @@ bool ReplaceFile(const QString& from, const QString& to, QString* error) {
 namespace {
 
 // What a program creating the file with open() would get: read and write for all, less the umask.
+#ifndef Q_OS_WIN
+namespace {
+// The process's umask. Linux tells it in /proc; elsewhere it can only be read by setting it, which
+// for a moment gives files other threads create the wrong permissions.
+mode_t CurrentUmask() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (!line.startsWith("Umask:"))
+                continue;
+            bool ok = false;
+            const uint mask = line.mid(6).trimmed().toUInt(&ok, 8);
+            if (ok)
+                return mode_t(mask);
+        }
+    }
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return mask;
+}
+} // namespace
+#endif
+
 QFileDevice::Permissions NewFilePermissions() {
     QFileDevice::Permissions permissions = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                            QFileDevice::ReadUser | QFileDevice::WriteUser |
                                            QFileDevice::ReadGroup | QFileDevice::WriteGroup |
                                            QFileDevice::ReadOther | QFileDevice::WriteOther;
 #ifndef Q_OS_WIN
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
+    const mode_t mask = CurrentUmask();
     if (mask & S_IRUSR)
         permissions &= ~(QFileDevice::ReadOwner | QFileDevice::ReadUser);
     if (mask & S_IWUSR)
