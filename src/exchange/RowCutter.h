@@ -70,8 +70,8 @@ private:
 // Cuts the text of a translated file into rows of cells, one row at a time, as spreadsheet
 // programs write tab-separated text: a tab ends a cell, a line end ends a row, and a double
 // quote toggles quoting (inside quotes, tabs and line ends are kept and a doubled quote stands
-// for one). Empty lines give no row. Cells are views into the text where they can be, so a file
-// of millions of cells is cut without a string for each.
+// for one). Empty lines after a row give no row. Cells are views into the text where they can
+// be, so a file of millions of cells is cut without a string for each.
 class RowCutter {
 public:
     // Over a text held whole, which must outlive the cutter.

@@ -38,7 +38,8 @@ public:
     // Copies up to `max` further characters to `out`; returns how many, 0 at the end of the text
     // (the first zero character or the end of the file) and -1 when the file could not be read.
     qsizetype Read(char16_t* out, qsizetype max);
-    // At most how many characters Read() has still to hand out, from the size of the file.
+    // How many characters Read() has still to hand out, judged from the size the file had when
+    // opened: never fewer, unless the file has grown since.
     qint64 CharactersLeft() const;
     // LoadTextFile's judgement: the file was read whole and its text does not end early, as the
     // text of a binary file does. Reads to the end of the text first.
