@@ -275,7 +275,7 @@ int main(int argc, char** argv) {
         const QString& option = args[i];
         const bool hasValue = i + 1 < args.size();
         if (option == QLatin1String("--help")) {
-            std::fputs(kUsage, stdout);
+            std::printf("%smeasures: %s\n", kUsage, qPrintable(kMeasures.join(QLatin1Char(' '))));
             return 0;
         }
         if (option == QLatin1String("--reuse")) {
