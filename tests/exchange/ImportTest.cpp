@@ -2,6 +2,7 @@
 #include "common/TestUtil.h"
 #include "exchange/ImportFile.h"
 #include "exchange/RowCutter.h"
+#include "exchange/WindowMasks.h"
 #include "questionnaire/CaptionAccess.h"
 #include "util/MessageSink.h"
 #include "util/TextFile.h"
@@ -343,6 +344,27 @@ TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
             }
             EXPECT_EQ(rows, expected) << text.toStdString() << " batches of piece " << piece;
         }
+    }
+}
+
+// The masks the cutter takes 64 characters at a time, against one character at a time, over
+// characters whose low or high byte is one it looks for, and every control character.
+TEST(RowCutter, WindowMasksAgreeWithACharacterAtATime) {
+    std::mt19937 random(5);
+    std::vector<char16_t> alphabet = {u'\t', u'\r', u'\n', u'"', u'\\', u'a', u'\u0109',
+                                      u'\u0a0d', u'\u225c', u'\u2209', u'\u5c00', u'\u7f7f',
+                                      u'\u8000', u'\uff09', u'\uff89', u'\uffff', u'\u0080'};
+    for (char16_t c = 0; c < 0x20; ++c)
+        alphabet.push_back(c);
+    char16_t window[64];
+    for (int round = 0; round < 2000; ++round) {
+        for (char16_t& c : window)
+            c = alphabet[random() % alphabet.size()];
+        const WindowMasks fast = MasksOf(window);
+        const WindowMasks slow = MasksOfOneByOne(window);
+        EXPECT_EQ(fast.tabs, slow.tabs) << round;
+        EXPECT_EQ(fast.backslashes, slow.backslashes) << round;
+        EXPECT_EQ(fast.others, slow.others) << round;
     }
 }
 
