@@ -151,9 +151,10 @@ QString& RowCutter::NewString() {
     const char16_t* cellStart = m_data + m_pos;
     bool backslash = false; // in the part of the cell before the window
     bool took = false;
-    for (const char16_t* window = cellStart; end - window >= 64; window += 64) {
+    for (const char16_t* window = cellStart; window < end; window += 64) {
         // A cell starts at the first window or inside one, after a tab whose bit is handled.
-        WindowMasks masks = MasksOf(window);
+        const qsizetype count = std::min<qsizetype>(64, end - window);
+        WindowMasks masks = count == 64 ? MasksOf(window) : MasksOfOneByOne(window, int(count));
         while ((masks.tabs | masks.others) != 0) {
             const quint64 nextTab = masks.tabs & (0 - masks.tabs);
             const quint64 nextOther = masks.others & (0 - masks.others);
@@ -196,35 +197,13 @@ QString& RowCutter::NewString() {
 [[gnu::flatten]] RowCutter::Cut RowCutter::CutRow(std::vector<CutCell>& cells) {
     const char16_t* const end = m_data + m_size;
     while (m_pos < m_size) {
-        // Most cells are plain text up to a tab or a line end: they are taken whole.
+        // Most cells are plain text up to a tab or a line end, or quoted as spreadsheet programs
+        // quote: they are taken whole.
         if (!m_inQuotes && m_cellLength == 0 && m_cellString < 0) {
-            bool plainRowEnded = false;
-            if (TakePlainCells(cells, plainRowEnded)) {
-                if (plainRowEnded)
-                    return Cut::Row;
-                continue;
-            }
-            const char16_t* const start = m_data + m_pos;
-            const char16_t* stop = util::FindControlOr<u'"', u'\\'>(start, end);
-            bool backslash = false;
-            while (stop != end && !IsSpecial(*stop)) {
-                backslash = backslash || *stop == u'\\';
-                stop = util::FindControlOr<u'"', u'\\'>(stop + 1, end);
-            }
-            const bool tab = stop != end && *stop == u'\t';
-            const bool lineEnd = stop != end && stop > start && (*stop == u'\r' || *stop == u'\n');
-            if (stop == start && *start == u'"' && !m_atLineStart) {
-                bool rowEnded = false;
-                if (TakeQuotedCell(cells, rowEnded)) {
-                    if (rowEnded)
-                        return Cut::Row;
-                    continue;
-                }
-            } else if (tab || lineEnd) {
-                cells.push_back({QStringView(start, stop - start), backslash});
-                m_pos = stop + 1 - m_data;
-                m_atLineStart = lineEnd;
-                if (lineEnd)
+            bool rowEnded = false;
+            if (TakePlainCells(cells, rowEnded) ||
+                (m_data[m_pos] == u'"' && !m_atLineStart && TakeQuotedCell(cells, rowEnded))) {
+                if (rowEnded)
                     return Cut::Row;
                 continue;
             }

@@ -15,10 +15,11 @@ struct WindowMasks {
     quint64 others = 0; // quotes, and control characters other than tab
 };
 
-// One character at a time: what processors without SSE2 use, and what the others are held to.
-inline WindowMasks MasksOfOneByOne(const char16_t* window) {
+// One character at a time: what processors without SSE2 use, what the others are held to, and
+// what the last characters of a text, fewer than 64, are read with.
+inline WindowMasks MasksOfOneByOne(const char16_t* window, int count = 64) {
     WindowMasks masks;
-    for (int i = 0; i < 64; ++i) {
+    for (int i = 0; i < count; ++i) {
         const char16_t c = window[i];
         const quint64 bit = quint64(1) << i;
         if (c == u'\t')
