@@ -295,56 +295,23 @@ QList<QStringList> CutAll(RowCutter& cutter) {
     return rows;
 }
 
-void AppendRows(const RowBatch& batch, QList<QStringList>& rows) {
-    for (size_t r = 0; r < batch.RowCount(); ++r) {
-        QStringList row;
-        for (const CutCell& cell : batch.Row(r))
-            row.append(cell.text.toString());
-        rows.append(row);
-    }
-}
-
-// A file is read in pieces; rows, quoted cells and doubled quotes that straddle two pieces, and
-// rows longer than a piece, must cut as they do in the whole text.
-TEST(RowCutter, CutsAFileInPiecesAsTheWholeText) {
-    QTemporaryDir dir;
-    std::mt19937 random(7);
-    const char16_t alphabet[] = {u'a', u'b', u'\t', u'\r', u'\n', u'"', u'"', u'\\', u'\u05D0'};
-    for (int round = 0; round < 200; ++round) {
-        QString text;
-        const int length = int(random() % 120);
-        for (int i = 0; i < length; ++i)
-            text.append(QChar(alphabet[random() % std::size(alphabet)]));
-        const QString path = dir.filePath(QStringLiteral("t%1.txt").arg(round));
-        ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
-        RowCutter whole(text);
-        const QList<QStringList> expected = CutAll(whole);
-        RowCutter wholeInBatches(text);
-        RowBatch batch;
-        QList<QStringList> batchedRows;
-        while (wholeInBatches.NextBatch(batch))
-            AppendRows(batch, batchedRows);
-        EXPECT_EQ(batchedRows, expected) << text.toStdString();
-        for (size_t piece : {1, 2, 3, 5, 16}) {
-            util::TextFileReader reader;
-            ASSERT_TRUE(reader.Open(path));
-            RowCutter streamed(reader, piece);
-            EXPECT_EQ(CutAll(streamed), expected) << text.toStdString() << " piece " << piece;
-            EXPECT_FALSE(streamed.Failed());
-            // In batches, two used in turn as the import's cutting thread uses them; a batch's
-            // rows are read only after the other batch has been filled.
-            ASSERT_TRUE(reader.Open(path));
-            RowCutter batched(reader, piece);
-            RowBatch batches[2];
-            QList<QStringList> rows;
-            bool filled[2] = {batched.NextBatch(batches[0]), false};
-            for (int b = 0; filled[b % 2]; ++b) {
-                filled[(b + 1) % 2] = batched.NextBatch(batches[(b + 1) % 2]);
-                AppendRows(batches[b % 2], rows);
-            }
-            EXPECT_EQ(rows, expected) << text.toStdString() << " batches of piece " << piece;
+// Rows cut in batches, two used in turn as the import's cutting thread uses them: a batch's rows
+// are read only after the other batch has been filled.
+QList<QStringList> CutInTurns(RowCutter& cutter) {
+    QList<QStringList> rows;
+    RowBatch batches[2];
+    bool filled[2] = {cutter.NextBatch(batches[0]), false};
+    for (int b = 0; filled[b % 2]; ++b) {
+        filled[(b + 1) % 2] = cutter.NextBatch(batches[(b + 1) % 2]);
+        const RowBatch& batch = batches[b % 2];
+        for (size_t r = 0; r < batch.RowCount(); ++r) {
+            QStringList row;
+            for (const CutCell& cell : batch.Row(r))
+                row.append(cell.text.toString());
+            rows.append(row);
         }
     }
+    return rows;
 }
 
 // The masks the cutter takes 64 characters at a time, against one character at a time, over
@@ -403,20 +370,22 @@ QList<QStringList> CutOneByOne(QStringView text) {
     return rows;
 }
 
-// Long runs of ordinary text between the characters that matter, as real files have them:
-// the cutter takes such text many characters at a time and must still stop at the right one.
-// Among the ordinary characters are some whose low byte is a tab, a quote or a backslash.
+// Every way the cutter is driven (a whole text, row by row or in batches; a file read in pieces
+// smaller or larger than a row, row by row or in batches) cuts as a reading one character at a
+// time does. Half the texts are dense with quotes, tabs and line ends that straddle pieces; the
+// others have long runs of ordinary text, as real files do, which the cutter takes many
+// characters at a time, among them characters whose low byte is a tab, a quote or a backslash.
 TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
     QTemporaryDir dir;
     std::mt19937 random(11);
     const char16_t ordinary[] = {u'a', u' ', u'\u0109', u'\u0a0d', u'\u225c', u'\u4e2d',
                                  u'\uff09', u'\u0001', u'\u00e9', u'\u0122', char16_t(0xd83d)};
-    const char16_t special[] = {u'\t', u'\t', u'\t', u'\r', u'\n', u'"', u'\\'};
-    for (int round = 0; round < 300; ++round) {
+    const char16_t special[] = {u'\t', u'\t', u'\t', u'\r', u'\n', u'"', u'"', u'\\'};
+    for (int round = 0; round < 400; ++round) {
+        const bool dense = round % 2 == 0;
         QString text;
-        const int runs = int(random() % 80);
-        for (int r = 0; r < runs; ++r) {
-            for (int i = int(random() % 150); i > 0; --i)
+        for (int r = int(random() % (dense ? 30 : 80)); r > 0; --r) {
+            for (int i = int(random() % (dense ? 3 : 150)); i > 0; --i)
                 text.append(QChar(ordinary[random() % std::size(ordinary)]));
             for (int i = 1 + int(random() % 3); i > 0; --i)
                 text.append(QChar(special[random() % std::size(special)]));
@@ -424,13 +393,21 @@ TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
         const QList<QStringList> expected = CutOneByOne(text);
         RowCutter whole(text);
         EXPECT_EQ(CutAll(whole), expected) << "round " << round;
+        RowCutter wholeInBatches(text);
+        EXPECT_EQ(CutInTurns(wholeInBatches), expected) << "round " << round;
         const QString path = dir.filePath(QStringLiteral("t%1.txt").arg(round));
         ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
-        for (size_t piece : {size_t(63), size_t(200), size_t(4096)}) {
+        const std::vector<size_t> pieces =
+            dense ? std::vector<size_t>{1, 2, 5, 16} : std::vector<size_t>{63, 4096};
+        for (size_t piece : pieces) {
             util::TextFileReader reader;
             ASSERT_TRUE(reader.Open(path));
             RowCutter streamed(reader, piece);
             EXPECT_EQ(CutAll(streamed), expected) << "round " << round << " piece " << piece;
+            EXPECT_FALSE(streamed.Failed());
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter batched(reader, piece);
+            EXPECT_EQ(CutInTurns(batched), expected) << "round " << round << " piece " << piece;
         }
     }
 }
