@@ -9,8 +9,9 @@
 #include "dictionary/DictionaryPasses.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/CaptionList.h"
+#include "questionnaire/CaptionTable.h"
 #include "questionnaire/LanguageList.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -76,7 +77,7 @@ int main(int argc, char** argv) {
                             : 1000000;
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("Translator.dic"));
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     const qint32 languages[] = {1033, 1036, 1031, 3082};
     std::mt19937 random(7);
     QStringList sources;
@@ -117,14 +118,14 @@ int main(int argc, char** argv) {
     bench::WorkloadSpec spec;
     bench::NamedWorkload(QStringLiteral("large"), spec);
     CQuestionnaire q = bench::MakeQuestionnaire(spec);
-    questionnaire::CaptionList rows;
-    questionnaire::BuildCaptionList(q, rows, false);
-    const QList<qint32> columns = questionnaire::DefaultLanguageOrder(q);
+    const questionnaire::CaptionTable table(&q);
+    const questionnaire::CaptionList& rows = table.Rows();
+    const QList<qint32>& columns = table.Languages();
     CDictionary memory;
     NoChoice chooser;
     int added = 0;
     Print("send_large", Seconds([&] {
-              dictionary::SendToDictionary(q, rows, columns, 0, rows.size() - 1, memory, chooser, added);
+              dictionary::SendToDictionary(table, 0, rows.size() - 1, memory, chooser, added);
           }),
           rows.size(), 0, cp);
     // The same questionnaire with every target cell emptied again.
@@ -133,9 +134,10 @@ int main(int argc, char** argv) {
         for (qsizetype c = 1; c < columns.size(); ++c)
             questionnaire::WriteCaption(empty, rows.questionIds[k], rows.responseIds[k], columns[c],
                                         QString());
+    questionnaire::CaptionTable emptyTable(&empty);
     int translated = 0;
     const double seconds =
-        Seconds([&] { translated = dictionary::AutoTranslate(empty, rows, columns, memory); });
+        Seconds([&] { translated = dictionary::AutoTranslate(emptyTable, memory); });
     Print("autotranslate_large", seconds, translated, 0, cp);
     return found > 0 ? 0 : 1;
 }

@@ -6,8 +6,8 @@
 #include "Workload.h"
 
 #include "app/AppContext.h"
-#include "questionnaire/QesDatabase.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/QesDatabase.h"
+#include "questionnaire/formats/XmlFile.h"
 
 #include <QCoreApplication>
 
@@ -54,13 +54,14 @@ int main(int argc, char** argv) {
     }
     CQuestionnaire q = bench::MakeQuestionnaire(spec);
     const QString base = outDir + QLatin1Char('/') + spec.name;
-    QString error;
-    const bool ok = questionnaire::WriteXmlFile(base + QStringLiteral(".xml"), q) &&
-                    questionnaire::WriteQesFile(base + QStringLiteral(".qes"), q,
-                                                app::AppContext::ProgramVersion(), error) &&
-                    q.SaveToExchangeFormat(base + QStringLiteral(".qex"), QString(), -1);
-    if (!ok) {
-        std::fprintf(stderr, "%s\n", qPrintable(error.isEmpty() ? q.m_lastError : error));
+    util::Outcome written = questionnaire::WriteXmlFile(base + QStringLiteral(".xml"), q);
+    if (written)
+        written = questionnaire::WriteQesFile(base + QStringLiteral(".qes"), q,
+                                              app::AppContext::ProgramVersion());
+    if (written && !q.SaveToExchangeFormat(base + QStringLiteral(".qex"), QString(), -1))
+        written = util::Outcome::Failure(q.GetLastError());
+    if (!written) {
+        std::fprintf(stderr, "%s\n", qPrintable(written.Reason()));
         return 1;
     }
     std::printf("wrote %s.xml, .qes and .qex\n", qPrintable(base));

@@ -2,7 +2,7 @@
 // entries; nothing may crash, hang or allocate by a count read from the file.
 #include "dictionary/Dictionary.h"
 #include "FuzzInput.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QString path = FuzzInputFile(QStringLiteral("input.dic"), data, size);
     const QString copy = path + QStringLiteral(".copy");
 
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     CDictionary dictionary;
     if (!dictionary.Load(path, messages))
         return 0;

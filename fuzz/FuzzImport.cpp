@@ -4,7 +4,7 @@
 #include "questionnaire/CaptionList.h"
 #include "questionnaire/Questionnaire.h"
 #include "FuzzInput.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.languages = {1033, 1036, 1031};
     if (flags & 8)
         options.explicitLanguages = {1033, 1031};
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     const qint32 result = exchange::ImportTranslatedFile(q, path, options, captions, messages);
     if (result < 0 && (result < -19 || result > -10 || !(q == before)))
         std::abort();

@@ -1,7 +1,7 @@
 // Arbitrary bytes as a questionnaire database file: a refusal must say why, and whatever reads
 // must write and read back to the same questionnaire.
 #include "FuzzInput.h"
-#include "questionnaire/QesDatabase.h"
+#include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/Questionnaire.h"
 
 #include <QCoreApplication>
@@ -22,8 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     CQuestionnaire q;
     const bool read = q.Read(path, true, true, true, true, true, dbQesFile, 0x100, true);
-    if (!questionnaire::QesStatusMeansRead(q.m_status)) {
-        if (read || q.m_lastError.isEmpty() || q.GetNbreQuestion() != 0)
+    if (!questionnaire::QesStatusMeansRead(q.GetStatus())) {
+        if (read || q.GetLastError().isEmpty() || q.GetNbreQuestion() != 0)
             std::abort();
         return 0;
     }

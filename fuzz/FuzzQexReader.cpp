@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     file.close();
     CQuestionnaire q;
     const bool read = q.ReadFromExchangeFormat(qex, ground.Work());
-    if (!read && q.m_lastError.isEmpty())
+    if (!read && q.GetLastError().isEmpty())
         std::abort(); // a refusal must say why
     if (!ground.OutsideUntouched())
         std::abort();

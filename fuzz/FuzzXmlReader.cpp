@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     doc.SetDoc(text);
     CQuestionnaire q;
     if (!q.FromXML(doc)) {
-        if (q.m_lastError.isEmpty() || q.GetNbreQuestion() != 0)
+        if (q.GetLastError().isEmpty() || q.GetNbreQuestion() != 0)
             std::abort(); // a refusal must say why and leave nothing behind
         return 0;
     }

@@ -55,7 +55,8 @@ qint32 DrawStampNumber() {
     return qint32(std::rand() & 0x7FFF);
 }
 
-AppContext::AppContext() : dictionaryPath(DictionaryPath()) {
+AppContext::AppContext()
+    : stores(questionnaire::StandardStores()), dictionaryPath(DictionaryPath()) {
     stamps.stampNumber = DrawStampNumber();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/WorkingFolder.h"
+#include "questionnaire/store/QuestionnaireStore.h"
 
 #include <QString>
 #include <QStringList>
@@ -16,7 +17,8 @@ public:
     void Add(const QString& path);
 };
 
-// The run-wide values: the stamp number of this run, the dictionary's location, the exit code.
+// The run-wide values: the stamp number of this run, the dictionary's location, the exit code,
+// and the stores that read and write each type of questionnaire file.
 class AppContext {
 public:
     AppContext();
@@ -29,6 +31,7 @@ public:
     static qint32 ProgramVersion();
 
     exchange::StampOwner stamps;
+    questionnaire::StoreRegistry stores;
     qint32 exitCode = 0;
     QString dictionaryPath;
     RecentFiles recentFiles;

@@ -3,16 +3,17 @@
 #include "app/AppContext.h"
 #include "app/CaptionListing.h"
 #include "app/QuestionnaireDocument.h"
+#include "app/Strings.h"
 #include "dictionary/ConflictList.h"
 #include "dictionary/Dictionary.h"
 #include "dictionary/DictionaryPasses.h"
 #include "dictionary/Strings.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
-#include "questionnaire/CaptionList.h"
+#include "questionnaire/CaptionTable.h"
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/StaticTools.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QTextStream>
 
@@ -94,8 +95,10 @@ qint32 Reference(const QString& text, qint32 fallback) {
 
 class Batch {
 public:
-    Batch(AppContext& app, const BatchOptions& o, util::MessageSink& messages, QTextStream& out)
-        : m_app(app), m_o(o), m_messages(messages), m_out(out), m_document(app, messages) {}
+    Batch(AppContext& app, const BatchOptions& o, util::Messages& messages, QTextStream& out,
+          util::Progress* progress)
+        : m_app(app), m_o(o), m_messages(messages), m_out(out), m_progress(progress),
+          m_document(app, messages, progress) {}
 
     qint32 Export();
     qint32 Translate();
@@ -105,17 +108,18 @@ public:
     qint32 SendDictionary();
 
 private:
-    bool Load() { return m_document.OpenSilently(m_o.file); }
     // Standard error tells a script why; nothing waits for an answer.
+    bool Load() {
+        if (m_document.OpenSilently(m_o.file))
+            return true;
+        m_messages.Error(m_document.LastError());
+        return false;
+    }
     qint32 SaveFailed() {
-        m_messages.Show(m_document.LastError());
+        m_messages.Error(m_document.LastError());
         return kCannotSave;
     }
-    questionnaire::CaptionList Captions() const {
-        questionnaire::CaptionList list;
-        questionnaire::BuildCaptionList(*m_document.Questionnaire(), list, false);
-        return list;
-    }
+    questionnaire::CaptionTable& Captions() { return m_document.Captions(); }
 
     QString DictionaryPath() const {
         return m_o.dictionary.isEmpty() ? m_app.dictionaryPath : m_o.dictionary;
@@ -123,8 +127,9 @@ private:
 
     AppContext& m_app;
     const BatchOptions& m_o;
-    util::MessageSink& m_messages;
+    util::Messages& m_messages;
     QTextStream& m_out;
+    util::Progress* m_progress;
     // Its end runs the housekeeping of the package's working folder.
     QuestionnaireDocument m_document;
 };
@@ -139,13 +144,12 @@ qint32 Batch::Export() {
     options.excludeNonVisible = m_o.excludeNonVisible;
     options.kinds.excludeSystemMessages = m_o.excludeMessage;
     options.kinds.excludeRoutings = m_o.excludeRouting;
-    options.languages = m_o.languages.isEmpty() ? questionnaire::DefaultLanguageOrder(q)
+    options.languages = m_o.languages.isEmpty() ? Captions().Languages()
                                                 : questionnaire::ParseLanguageList(m_o.languages);
     options.headers = m_o.headers;
-    options.batch = true;
     exchange::ExportReport report;
-    const bool ok = exchange::ExportStringsForTranslation(m_o.path, q, options, Captions(),
-                                                          m_messages, &report);
+    const bool ok = exchange::ExportStringsForTranslation(m_o.path, q, options, Captions().Rows(),
+                                                          m_messages, &report, m_progress);
     if (report.written)
         m_out << "exported " << report.rows << " rows to " << m_o.path << '\n';
     // The export reports failure in every case: scripts judge success by the file.
@@ -164,10 +168,11 @@ qint32 Batch::Translate() {
         options.languages.append(q.GetLanguage(i).m_id);
     options.headerNames = m_o.headers;
     options.explicitLanguages = questionnaire::ParseLanguageList(m_o.languages);
-    options.silent = true;
     exchange::ImportReport report;
-    const qint32 result =
-        exchange::ImportTranslatedFile(q, m_o.path, options, Captions(), m_messages, &report);
+    // The import is silent in batch work: its result code says what happened.
+    util::NoMessages silent;
+    const qint32 result = exchange::ImportTranslatedFile(q, m_o.path, options, Captions().Rows(),
+                                                         silent, &report, m_progress);
     if (result >= 0)
         m_out << "imported " << result << " captions, " << report.rejectedRows
               << " rows changed since the export"
@@ -175,6 +180,8 @@ qint32 Batch::Translate() {
                                                      : QStringLiteral(" (written to %1)")
                                                            .arg(report.unusedStringsPath))
               << '\n';
+    if (result > 0)
+        Captions().QuestionnaireChanged();
     if (result > 0 && !m_document.SaveBatch())
         return SaveFailed();
     return result;
@@ -186,6 +193,8 @@ qint32 Batch::AddLanguages() {
         return kCannotLoad;
     const int added = questionnaire::AddLanguages(*m_document.Questionnaire(), lcids);
     m_out << "added " << added << " languages\n";
+    if (added > 0)
+        Captions().QuestionnaireChanged();
     if (added > 0 && !m_document.SaveBatch())
         return SaveFailed();
     return 0;
@@ -194,7 +203,7 @@ qint32 Batch::AddLanguages() {
 qint32 Batch::ListCaptions() {
     if (!Load())
         return kCannotLoad;
-    PrintCaptionList(*m_document.Questionnaire(), m_out);
+    PrintCaptionList(Captions(), m_out);
     return 0;
 }
 
@@ -210,13 +219,13 @@ public:
 
 qint32 Batch::AutoTranslate() {
     CDictionary dictionary;
-    dictionary.Load(DictionaryPath(), m_messages); // a missing file is an empty dictionary
+    // A missing file is an empty dictionary.
+    dictionary.Load(DictionaryPath(), m_messages, m_progress);
     if (!Load())
         return kCannotLoad;
-    CQuestionnaire& q = *m_document.Questionnaire();
-    const int count = dictionary::AutoTranslate(q, Captions(), questionnaire::DefaultLanguageOrder(q),
-                                                dictionary);
-    m_out << QString::asprintf(dictionary::strings::kCaptionsTranslated, count) << '\n';
+    const int count = dictionary::AutoTranslate(Captions(), dictionary, m_progress);
+    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kCaptionsTranslated), count)
+          << '\n';
     if (count > 0 && !m_document.SaveBatch())
         return SaveFailed();
     return count;
@@ -225,22 +234,18 @@ qint32 Batch::AutoTranslate() {
 qint32 Batch::SendDictionary() {
     CDictionary dictionary;
     const QString path = DictionaryPath();
-    dictionary.Load(path, m_messages);
+    dictionary.Load(path, m_messages, m_progress);
     if (!Load())
         return kCannotLoad;
-    const CQuestionnaire& q = *m_document.Questionnaire();
-    const questionnaire::CaptionList rows = Captions();
     LeaveOutConflicts chooser;
     int added = 0;
-    dictionary::SendToDictionary(q, rows, questionnaire::DefaultLanguageOrder(q), 0,
-                                 rows.size() - 1, dictionary, chooser, added);
-    m_out << QString::asprintf(dictionary::strings::kEntriesAdded, added) << '\n';
+    dictionary::SendToDictionary(Captions(), 0, Captions().RowCount() - 1, dictionary, chooser,
+                                 added, m_progress);
+    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), added) << '\n';
     if (chooser.leftOut > 0)
-        m_messages.Show(QStringLiteral("%1 rows were left out: they match several dictionary "
-                                       "entries or conflict with one, which needs a choice.")
-                            .arg(chooser.leftOut));
-    if (dictionary.IsModified() && !dictionary.Save(path, m_messages)) {
-        m_messages.Show(QStringLiteral("Cannot save the dictionary '%1'.").arg(path));
+        m_messages.Warn(Tr(strings::kRowsLeftOut).arg(chooser.leftOut));
+    if (dictionary.IsModified() && !dictionary.Save(path, m_messages, m_progress)) {
+        m_messages.Error(Tr(strings::kCannotSaveDictionary).arg(path));
         return kCannotSaveDictionary;
     }
     return added;
@@ -266,13 +271,13 @@ BatchOptions ParseBatchOptions(const QStringList& arguments) {
     return o;
 }
 
-bool RunBatch(AppContext& app, const QStringList& arguments, util::MessageSink& messages,
-              QTextStream& out) {
+bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& messages,
+              QTextStream& out, util::Progress* progress) {
     const BatchOptions o = ParseBatchOptions(arguments);
     const bool needsPath = o.operation == Operation::Export || o.operation == Operation::Translate;
     if (o.operation == Operation::None || (needsPath && o.path.isEmpty()))
         return false;
-    Batch batch(app, o, messages, out);
+    Batch batch(app, o, messages, out, progress);
     switch (o.operation) {
     case Operation::Export: app.exitCode = batch.Export(); break;
     case Operation::Translate: app.exitCode = batch.Translate(); break;

@@ -6,8 +6,9 @@
 class QTextStream;
 
 namespace util {
-class MessageSink;
-}
+class Messages;
+class Progress;
+} // namespace util
 
 namespace app {
 
@@ -47,9 +48,10 @@ struct BatchOptions {
 BatchOptions ParseBatchOptions(const QStringList& arguments);
 
 // Does the batch work the command line asks for. Returns false when it asks for none (the file
-// then opens in the window); otherwise the exit code is in `app.exitCode`.
-bool RunBatch(AppContext& app, const QStringList& arguments, util::MessageSink& messages,
-              QTextStream& out);
+// then opens in the window); otherwise the exit code is in `app.exitCode`. Messages that the
+// window would show go to `messages`; long work reports to `progress` when given.
+bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& messages,
+              QTextStream& out, util::Progress* progress = nullptr);
 
 // The exit code as a POSIX status keeps it: its low 8 bits.
 int PosixStatus(qint32 exitCode);

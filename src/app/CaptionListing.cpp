@@ -1,42 +1,19 @@
 #include "app/CaptionListing.h"
 
-#include "questionnaire/CaptionAccess.h"
-#include "questionnaire/CaptionList.h"
-#include "questionnaire/LanguageList.h"
-#include "questionnaire/Questionnaire.h"
+#include "questionnaire/CaptionTable.h"
 
 namespace app {
 
-namespace {
-QString Escaped(QString text) {
-    text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    text.replace(QLatin1Char('\n'), QLatin1String("\\n"));
-    text.replace(QLatin1Char('\r'), QLatin1String("\\r"));
-    text.replace(QLatin1Char('\t'), QLatin1String("\\t"));
-    return text;
-}
-} // namespace
-
-void PrintCaptionList(const CQuestionnaire& q, QTextStream& out) {
-    questionnaire::CaptionList list;
-    questionnaire::BuildCaptionList(q, list);
-    const QList<qint32> languages = questionnaire::DefaultLanguageOrder(q);
+void PrintCaptionList(const questionnaire::CaptionTable& table, QTextStream& out) {
     out << "QuestionId\tResponseId\tLabel";
-    for (qint32 lcid : languages) {
-        int index = 0;
-        QString name;
-        for (index = 0; index < q.GetLanguageCount(); ++index)
-            if (q.GetLanguage(index).m_id == lcid)
-                name = q.GetLanguage(index).m_shortName;
-        out << '\t' << lcid << '(' << name << ')';
-    }
+    for (int column = 0; column < table.ColumnCount(); ++column)
+        out << '\t' << table.ColumnLanguage(column) << '(' << table.ColumnTitle(column) << ')';
     out << '\n';
-    for (qsizetype row = 0; row < list.size(); ++row) {
-        out << list.questionIds[row] << '\t' << list.responseIds[row] << '\t' << list.labels[row];
-        for (qint32 lcid : languages)
-            out << '\t'
-                << Escaped(questionnaire::ReadCaption(q, list.questionIds[row],
-                                                      list.responseIds[row], lcid));
+    for (qsizetype row = 0; row < table.RowCount(); ++row) {
+        out << table.QuestionId(row) << '\t' << table.ResponseId(row) << '\t'
+            << table.RowLabel(row);
+        for (int column = 0; column < table.ColumnCount(); ++column)
+            out << '\t' << table.Text(row, column);
         out << '\n';
     }
 }

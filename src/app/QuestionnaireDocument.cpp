@@ -3,52 +3,14 @@
 #include "app/AppContext.h"
 #include "app/Strings.h"
 #include "exchange/WorkingFolder.h"
-#include "questionnaire/QesDatabase.h"
-#include "questionnaire/XmlFile.h"
 #include "util/FileSystem.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 namespace app {
 
-FileType FileTypeOf(const QString& path) {
-    const QString end = path.right(3);
-    if (end.compare(QLatin1String("qex"), Qt::CaseInsensitive) == 0)
-        return FileType::Exchange;
-    if (end.compare(QLatin1String("qew"), Qt::CaseInsensitive) == 0)
-        return FileType::Campaign;
-    if (end.compare(QLatin1String("xml"), Qt::CaseInsensitive) == 0)
-        return FileType::Xml;
-    return FileType::Database;
-}
-
 namespace {
-
-bool ReadByType(const AppContext& app, const QString& path, CQuestionnaire& q) {
-    switch (FileTypeOf(path)) {
-    case FileType::Exchange: {
-        const QString folder = exchange::PrepareWorkingFolder(app.stamps, path);
-        if (folder.isEmpty()) {
-            q.m_lastError = QStringLiteral("The file '%1' has no extension, so it has no "
-                                           "working folder to unpack into.").arg(path);
-            return false;
-        }
-        return q.ReadFromExchangeFormat(path, folder);
-    }
-    case FileType::Campaign:
-        q.m_lastError = QString::fromLatin1(strings::kCampaignNotSupported);
-        return false;
-    case FileType::Xml:
-        return questionnaire::ReadXmlFile(path, q);
-    case FileType::Database:
-        break;
-    }
-    const bool read = q.Read(path, true, true, true, true, true, dbQesFile,
-                             AppContext::ProgramVersion(), true);
-    return read || q.m_status > 8;
-}
 
 // Replaces `target` with a copy of `source`, whole or not at all.
 bool CopyOver(const QString& source, const QString& target) {
@@ -62,144 +24,161 @@ bool CopyOver(const QString& source, const QString& target) {
     return false;
 }
 
-} // namespace
-
-bool LoadQuestionnaire(const AppContext& app, const QString& path, CQuestionnaire& q,
-                       bool silent, util::MessageSink& messages) {
-    if (ReadByType(app, path, q)) {
-        q.PrepareLinks();
-        return true;
-    }
-    if (!silent)
-        messages.Show(q.m_lastError);
-    return false;
+util::Outcome LoadWith(questionnaire::QuestionnaireStore& store, const QString& path,
+                       CQuestionnaire& q, const questionnaire::StoreContext& context) {
+    util::Outcome loaded = store.Load(path, q, context);
+    if (loaded)
+        q.PrepareLinks(); // once after every load, before anything reads the questionnaire
+    else
+        q.SetLastError(loaded.Reason());
+    return loaded;
 }
 
-QuestionnaireDocument::QuestionnaireDocument(AppContext& app, util::MessageSink& messages)
-    : m_app(app), m_messages(messages) {}
+} // namespace
+
+util::Outcome LoadQuestionnaire(const AppContext& app, const QString& path, CQuestionnaire& q,
+                                util::Progress* progress) {
+    QString refusal;
+    const std::unique_ptr<questionnaire::QuestionnaireStore> store =
+        app.stores.Create(path, refusal);
+    if (!store) {
+        q.SetLastError(refusal);
+        return util::Outcome::Failure(refusal);
+    }
+    questionnaire::StoreContext context;
+    context.programVersion = AppContext::ProgramVersion();
+    context.workingFolder = [&app](const QString& file) {
+        return exchange::PrepareWorkingFolder(app.stamps, file);
+    };
+    context.progress = progress;
+    return LoadWith(*store, path, q, context);
+}
+
+QuestionnaireDocument::QuestionnaireDocument(AppContext& app, util::Messages& messages,
+                                             util::Progress* progress)
+    : m_app(app), m_messages(messages), m_progress(progress) {
+    m_captions.AddListener(this);
+}
 
 QuestionnaireDocument::~QuestionnaireDocument() {
     DeleteContents();
+    m_captions.RemoveListener(this);
+}
+
+questionnaire::StoreContext QuestionnaireDocument::Context() {
+    questionnaire::StoreContext context;
+    context.programVersion = AppContext::ProgramVersion();
+    context.workingFolder = [this](const QString& path) {
+        // Remembered, so that the folder is cleaned when the questionnaire goes.
+        m_stampedPath = path;
+        return exchange::PrepareWorkingFolder(m_app.stamps, path);
+    };
+    context.progress = m_progress;
+    return context;
+}
+
+bool QuestionnaireDocument::Report(const util::Outcome& outcome, bool interactive) {
+    if (outcome)
+        return true;
+    m_lastError = outcome.Reason();
+    if (interactive)
+        m_messages.Error(m_lastError);
+    return false;
 }
 
 bool QuestionnaireDocument::Open(const QString& path) {
-    if (!Load(path, false))
+    if (!Load(path, true))
         return false;
     m_app.recentFiles.Add(path);
     return true;
 }
 
 bool QuestionnaireDocument::OpenSilently(const QString& path) {
-    return Load(path, true);
+    return Load(path, false);
 }
 
-bool QuestionnaireDocument::Load(const QString& path, bool silent) {
+bool QuestionnaireDocument::Load(const QString& path, bool interactive) {
     DeleteContents();
     m_path = path;
-    m_type = FileTypeOf(path);
-    if (m_type == FileType::Exchange)
-        m_stampedPath = path;
+    m_type = m_app.stores.TypeOf(path);
+    QString refusal;
+    m_store = m_app.stores.Create(path, refusal);
+    if (!m_store)
+        return Report(util::Outcome::Failure(refusal), interactive);
     m_questionnaire = std::make_unique<CQuestionnaire>();
-    if (LoadQuestionnaire(m_app, path, *m_questionnaire, silent, m_messages))
+    const util::Outcome loaded = LoadWith(*m_store, path, *m_questionnaire, Context());
+    if (loaded) {
+        m_captions.SetQuestionnaire(m_questionnaire.get());
         return true;
-    m_lastError = m_questionnaire->m_lastError;
+    }
     DeleteContents();
-    return false;
+    return Report(loaded, interactive);
 }
 
 void QuestionnaireDocument::DeleteContents() {
+    m_captions.SetQuestionnaire(nullptr);
     m_questionnaire.reset();
     m_modified = false;
-    // Only packages get a working folder: a folder that merely shares the name of another
-    // file's would be someone else's.
+    // Only files that asked for a working folder have one: a folder that merely shares the name
+    // of another file's would be someone else's.
     if (!m_stampedPath.isEmpty())
         exchange::CleanWorkingFolder(m_app.stamps, m_stampedPath);
     m_stampedPath.clear();
 }
 
-void QuestionnaireDocument::Report(const QString& text, bool silent) {
-    m_lastError = text;
-    if (!silent)
-        m_messages.Show(text);
+bool QuestionnaireDocument::Save(const QString& target) {
+    return SaveTo(target, questionnaire::kInteractiveSave, true);
 }
 
-bool QuestionnaireDocument::Save(const QString& target) {
-    if (!m_questionnaire)
+bool QuestionnaireDocument::SaveBatch() {
+    return SaveTo(m_path, questionnaire::kBatchSave, false);
+}
+
+bool QuestionnaireDocument::SaveTo(const QString& target, questionnaire::SaveParts parts,
+                                   bool interactive) {
+    if (!m_questionnaire || !m_store)
         return false;
-    if (target.compare(m_path, Qt::CaseInsensitive) != 0 && !SaveAs(target, false))
+    bool written = false;
+    if (target.compare(m_path, Qt::CaseInsensitive) != 0 &&
+        !Report(SaveAs(target, written), interactive))
         return false;
-    if (!SaveByType(false))
+    if (!written && !Report(m_store->SaveParts(m_path, *m_questionnaire, parts, Context()),
+                            interactive))
         return false;
     m_modified = false;
     return true;
 }
 
-bool QuestionnaireDocument::SaveAs(const QString& target, bool silent) {
-    const FileType targetType = FileTypeOf(target);
-    const bool copyFirst = targetType == FileType::Database || targetType == FileType::Campaign;
-    if (copyFirst && targetType == m_type) {
-        // Saving in place later keeps whatever else the file holds.
-        if (!CopyOver(m_path, target)) {
-            Report(QString::fromLatin1(strings::kCannotSaveFile), silent);
-            return false;
-        }
-    } else if (targetType == FileType::Database) {
-        // Nothing to copy from another type: the new database is written whole.
-        QString error;
-        if (!questionnaire::WriteQesFile(target, *m_questionnaire, AppContext::ProgramVersion(),
-                                         error)) {
-            Report(error, silent);
-            return false;
+// Makes `target` the document's file. A store that saves in place gets a copy of the current
+// file first when it is of its own type, and a whole new file otherwise (`written`).
+util::Outcome QuestionnaireDocument::SaveAs(const QString& target, bool& written) {
+    const qint16 targetType = m_app.stores.TypeOf(target);
+    std::unique_ptr<questionnaire::QuestionnaireStore> targetStore;
+    if (targetType != m_type) {
+        QString refusal;
+        targetStore = m_app.stores.Create(target, refusal);
+        if (!targetStore)
+            return util::Outcome::Failure(refusal);
+    }
+    questionnaire::QuestionnaireStore& store = targetStore ? *targetStore : *m_store;
+    if (store.CopiesBeforeSaveAs()) {
+        if (targetType == m_type) {
+            // Saving in place later keeps whatever else the file holds.
+            if (!CopyOver(m_path, target))
+                return util::Outcome::Failure(Tr(strings::kCannotSaveFile));
+        } else {
+            // Nothing to copy from another type: the new file is written whole.
+            if (const util::Outcome saved = store.SaveWhole(target, *m_questionnaire, Context());
+                !saved)
+                return saved;
+            written = true;
         }
     }
+    if (targetStore)
+        m_store = std::move(targetStore);
     m_path = target;
     m_type = targetType;
-    return true;
-}
-
-bool QuestionnaireDocument::SaveBatch() {
-    return m_questionnaire && SaveByType(true);
-}
-
-bool QuestionnaireDocument::SaveByType(bool batch) {
-    CQuestionnaire& q = *m_questionnaire;
-    switch (m_type) {
-    case FileType::Database:
-        return SaveDatabase(batch);
-    case FileType::Exchange:
-        if (q.SaveToExchangeFormat(m_path, QString(), -1))
-            return true;
-        Report(q.m_lastError, batch);
-        return false;
-    case FileType::Campaign:
-        Report(QString::fromLatin1(strings::kCampaignNotSupported), batch);
-        return false;
-    case FileType::Xml:
-        if (questionnaire::WriteXmlFile(m_path, q))
-            return true;
-        Report(q.m_lastError, batch);
-        return false;
-    }
-    return false;
-}
-
-bool QuestionnaireDocument::SaveDatabase(bool batch) {
-    CQuestionnaire& q = *m_questionnaire;
-    auto db = std::make_shared<CDBStructureAdo>(CDBStructureAdo::GetQesConnectionString(m_path));
-    if (!db->Open(false) || !db->BeginTransaction()) {
-        Report(db->GetLastError(), batch);
-        return false;
-    }
-    // Only batch work adds languages, so only the batch save writes them. The parts go in one
-    // transaction: a save that fails or is killed half-way leaves the file as it was.
-    const bool saved = (!batch || db->SaveLanguages(q)) && db->SaveCaptionsOnly(&q) &&
-                       db->SaveErrorMessages(q) && db->DoSaveFilters(&q);
-    if (saved && db->CommitTransaction())
-        return true;
-    if (!saved)
-        db->RollbackTransaction();
-    Report(db->GetLastError(), batch);
-    return false;
+    return {};
 }
 
 } // namespace app

@@ -1,9 +1,27 @@
 #pragma once
 
-// The messages of the program's document and batch layers, kept together so they are easy to
-// find and translate.
+#include <QCoreApplication>
+
+// The texts of the document and batch layers that users read, kept together so that they are
+// easy to find and translate ("%1" is filled by QString::arg).
 namespace app::strings {
-inline constexpr char kCannotSaveFile[] = "Cannot save the file";
-inline constexpr char kCampaignNotSupported[] =
-    "Campaign databases (.qew) are not supported yet by this version of the program.";
+
+inline constexpr char kContext[] = "app";
+
+inline constexpr char kCannotSaveFile[] = QT_TRANSLATE_NOOP("app", "Cannot save the file");
+inline constexpr char kRowsLeftOut[] =
+    QT_TRANSLATE_NOOP("app", "%1 rows were left out: they match several dictionary entries or "
+                             "conflict with one, which needs a choice.");
+inline constexpr char kCannotSaveDictionary[] =
+    QT_TRANSLATE_NOOP("app", "Cannot save the dictionary '%1'.");
+inline constexpr char kNoWindow[] = QT_TRANSLATE_NOOP(
+    "app", "This build has no window: give an operation (translator --help).");
+
 } // namespace app::strings
+
+namespace app {
+// A text of the document and batch layers in the user's language.
+inline QString Tr(const char* text) {
+    return QCoreApplication::translate(strings::kContext, text);
+}
+} // namespace app

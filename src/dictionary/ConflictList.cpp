@@ -3,10 +3,11 @@
 #include "dictionary/DicLanguage.h"
 #include "dictionary/Dictionary.h"
 #include "dictionary/Strings.h"
+#include "util/Messages.h"
 
 namespace {
 QString ExistingLabel(qint32 number) {
-    return QString::asprintf(dictionary::strings::kExistingEntry, number + 1);
+    return util::WithCount(dictionary::Tr(dictionary::strings::kExistingEntry), number + 1);
 }
 } // namespace
 
@@ -16,7 +17,7 @@ ConflictList::ConflictList(const std::set<qint32>& candidates, const CDicEntry::
     // The first label is the existing-entry format applied to -2, as the dialog always showed.
     m_rows.push_back({std::make_unique<CDicEntry>(), kDoNotAdd, ExistingLabel(kDoNotAdd)});
     m_rows.push_back({std::make_unique<CDicEntry>(row, kNewEntry), kNewEntry,
-                      QString::fromLatin1(dictionary::strings::kNewEntry)});
+                      dictionary::Tr(dictionary::strings::kNewEntry)});
     for (qint32 number : candidates)
         m_rows.push_back({std::make_unique<CDicEntry>(dictionary.GetEntry(number)), number,
                           ExistingLabel(number)});

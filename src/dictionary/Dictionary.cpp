@@ -3,7 +3,8 @@
 #include "dictionary/ConflictList.h"
 #include "dictionary/Strings.h"
 #include "util/Archive.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
+#include "util/Progress.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,10 +13,10 @@
 
 #include <stdexcept>
 
+using dictionary::Tr;
+namespace strings = dictionary::strings;
+
 namespace {
-QString Message(const char* text) {
-    return QString::fromLatin1(text);
-}
 
 // One entry record: the count of pairs, then each language id and its text.
 bool ReadEntry(util::ArchiveReader& reader, CDicEntry::Texts& texts) {
@@ -124,7 +125,7 @@ bool CDictionary::AddWithConflicts(const CDicEntry::Texts& row, int& added,
     return true;
 }
 
-bool CDictionary::Load(const QString& path, util::MessageSink& messages) {
+bool CDictionary::Load(const QString& path, util::Messages& messages, util::Progress* progress) {
     QFile file(path);
     const bool opened = file.open(QIODevice::ReadOnly);
     const QByteArray bytes = opened ? file.readAll() : QByteArray();
@@ -133,8 +134,15 @@ bool CDictionary::Load(const QString& path, util::MessageSink& messages) {
     qint32 count = 0;
     bool ok = opened && file.error() == QFileDevice::NoError && reader.Int32(version) &&
               reader.Int32(count) && count >= 0;
+    util::ProgressScope scope(progress, Tr(strings::kLoading), ok ? count : 0);
     // The count is never trusted for memory: entries are added as they are read.
     for (qint32 i = 0; ok && i < count; ++i) {
+        if (!scope.Advance(i)) {
+            // Stopped by the user: the file was not read whole, so it is kept like a damaged one.
+            m_damagedPath = QFileInfo(path).absoluteFilePath();
+            m_modified = false;
+            return false;
+        }
         CDicEntry::Texts texts;
         ok = ReadEntry(reader, texts);
         if (ok)
@@ -145,25 +153,25 @@ bool CDictionary::Load(const QString& path, util::MessageSink& messages) {
         return true;
     if (opened && !bytes.isEmpty())
         m_damagedPath = QFileInfo(path).absoluteFilePath();
-    messages.Show(Message(dictionary::strings::kCannotLoad));
+    messages.Error(Tr(strings::kCannotLoad));
     return false;
 }
 
-bool CDictionary::KeepDamagedFile(const QString& path, util::MessageSink& messages) {
+bool CDictionary::KeepDamagedFile(const QString& path, util::Messages& messages) {
     QString backup = path + QStringLiteral(".bak");
     for (int n = 1; QFileInfo::exists(backup); ++n)
         backup = path + QStringLiteral(".bak%1").arg(n);
     if (!QFile::copy(path, backup))
         return false;
-    messages.Show(Message(dictionary::strings::kDamagedKept).arg(path, backup));
+    messages.Warn(Tr(strings::kDamagedKept).arg(path, backup));
     m_damagedPath.clear();
     return true;
 }
 
-bool CDictionary::Save(const QString& path, util::MessageSink& messages) {
+bool CDictionary::Save(const QString& path, util::Messages& messages, util::Progress* progress) {
     const QString folder = QFileInfo(path.left(260)).absolutePath();
     if (!QDir().mkpath(folder)) {
-        messages.Show(Message(dictionary::strings::kCannotCreateDirectory));
+        messages.Error(Tr(strings::kCannotCreateDirectory));
         return false;
     }
     // A file that could not be read whole still holds entries nobody has seen: never lose it.
@@ -176,7 +184,11 @@ bool CDictionary::Save(const QString& path, util::MessageSink& messages) {
     for (const auto& entry : m_entries)
         kept += entry->m_deleted ? 0 : 1;
     writer.Int32(kept);
-    for (const auto& entry : m_entries) {
+    util::ProgressScope scope(progress, Tr(strings::kSaving), qint64(m_entries.size()));
+    for (size_t i = 0; i < m_entries.size(); ++i) {
+        const auto& entry = m_entries[i];
+        if (!scope.Advance(qint64(i)))
+            return false; // stopped by the user: the file stays as it was
         if (entry->m_deleted)
             continue;
         writer.UInt32(quint32(entry->m_texts.size()));

@@ -11,8 +11,9 @@
 class ConflictChooser;
 
 namespace util {
-class MessageSink;
-}
+class Messages;
+class Progress;
+} // namespace util
 
 // The translation memory: entries numbered by their position (deleted ones stay, so numbers do
 // not move while the program runs) and, per language, an index from text to entries.
@@ -20,8 +21,12 @@ class CDictionary {
 public:
     static constexpr qint32 kFormatVersion = 101;
 
-    bool Load(const QString& path, util::MessageSink& messages);
-    bool Save(const QString& path, util::MessageSink& messages);
+    // Reads the file; a missing or damaged file says so and leaves the entries read before. A
+    // file not read whole (damaged, or a load the user stopped) is kept as a backup before
+    // anything is saved over it.
+    bool Load(const QString& path, util::Messages& messages, util::Progress* progress = nullptr);
+    // Replaces the file whole, or leaves it as it was.
+    bool Save(const QString& path, util::Messages& messages, util::Progress* progress = nullptr);
 
     void AddEntry(const CDicEntry::Texts& texts);
     // Throws std::out_of_range for a number outside the list.
@@ -47,7 +52,7 @@ public:
 
 private:
     CDicLanguage& LanguageFor(qint32 language);
-    bool KeepDamagedFile(const QString& path, util::MessageSink& messages);
+    bool KeepDamagedFile(const QString& path, util::Messages& messages);
 
     std::vector<std::unique_ptr<CDicEntry>> m_entries;
     std::vector<std::unique_ptr<CDicLanguage>> m_languages;

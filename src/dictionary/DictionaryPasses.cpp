@@ -2,21 +2,21 @@
 
 #include "dictionary/ConflictList.h"
 #include "dictionary/Dictionary.h"
+#include "dictionary/Strings.h"
 #include "questionnaire/CaptionAccess.h"
-#include "questionnaire/CaptionEscaping.h"
+#include "questionnaire/CaptionTable.h"
 #include "questionnaire/Questionnaire.h"
+#include "util/Progress.h"
 
 namespace dictionary {
 
 namespace {
 
 // The row's cells as the grid shows them, read before anything is written.
-QStringList Cells(const CQuestionnaire& q, const questionnaire::CaptionList& rows, qsizetype k,
-                  const QList<qint32>& columns) {
+QStringList Cells(const questionnaire::CaptionTable& table, qsizetype row) {
     QStringList cells;
-    for (qint32 lcid : columns)
-        cells.append(questionnaire::EscapeCaption(
-            questionnaire::ReadCaption(q, rows.questionIds[k], rows.responseIds[k], lcid)));
+    for (int column = 0; column < table.ColumnCount(); ++column)
+        cells.append(table.Text(row, column));
     return cells;
 }
 
@@ -45,38 +45,50 @@ bool Store(CQuestionnaire& q, qint32 questionId, qint32 responseId, qint32 langu
 
 } // namespace
 
-int AutoTranslate(CQuestionnaire& q, const questionnaire::CaptionList& rows,
-                  const QList<qint32>& columns, const CDictionary& dictionary) {
+int AutoTranslate(questionnaire::CaptionTable& table, const CDictionary& dictionary,
+                  util::Progress* progress) {
+    CQuestionnaire* q = table.Questionnaire();
+    if (!q)
+        return 0;
     int count = 0;
-    for (qsizetype k = 0; k < rows.size(); ++k) {
-        const QStringList cells = Cells(q, rows, k, columns);
+    util::ProgressScope scope(progress, Tr(strings::kTranslating), table.RowCount());
+    for (qsizetype row = 0; row < table.RowCount() && scope.Advance(row); ++row) {
+        const QStringList cells = Cells(table, row);
         for (qsizetype target = 0; target < cells.size(); ++target) {
             if (!cells[target].isEmpty())
                 continue;
             for (qsizetype source = 0; source < cells.size(); ++source) {
                 QString translation;
                 if (cells[source].isEmpty() ||
-                    !dictionary.Translate(cells[source], columns[source], columns[target],
-                                          translation))
+                    !dictionary.Translate(cells[source], table.ColumnLanguage(int(source)),
+                                          table.ColumnLanguage(int(target)), translation))
                     continue;
-                if (Store(q, rows.questionIds[k], rows.responseIds[k], columns[target], translation))
+                if (Store(*q, table.QuestionId(row), table.ResponseId(row),
+                          table.ColumnLanguage(int(target)), translation))
                     ++count;
             }
         }
     }
+    if (count > 0)
+        table.QuestionnaireChanged();
     return count;
 }
 
-bool SendToDictionary(const CQuestionnaire& q, const questionnaire::CaptionList& rows,
-                      const QList<qint32>& columns, qsizetype first, qsizetype last,
-                      CDictionary& dictionary, ConflictChooser& chooser, int& added) {
-    for (qsizetype k = std::max<qsizetype>(first, 0); k <= last && k < rows.size(); ++k) {
-        const QStringList cells = Cells(q, rows, k, columns);
-        CDicEntry::Texts row;
+bool SendToDictionary(const questionnaire::CaptionTable& table, qsizetype first, qsizetype last,
+                      CDictionary& dictionary, ConflictChooser& chooser, int& added,
+                      util::Progress* progress) {
+    first = std::max<qsizetype>(first, 0);
+    last = std::min(last, table.RowCount() - 1);
+    util::ProgressScope scope(progress, Tr(strings::kSending), last - first + 1);
+    for (qsizetype row = first; row <= last; ++row) {
+        if (!scope.Advance(row - first))
+            return false;
+        const QStringList cells = Cells(table, row);
+        CDicEntry::Texts texts;
         for (qsizetype c = 0; c < cells.size(); ++c)
             if (!cells[c].isEmpty())
-                row[columns[c]] = cells[c];
-        if (row.size() > 1 && !dictionary.AddWithConflicts(row, added, chooser))
+                texts[table.ColumnLanguage(int(c))] = cells[c];
+        if (texts.size() > 1 && !dictionary.AddWithConflicts(texts, added, chooser))
             return false;
     }
     return true;

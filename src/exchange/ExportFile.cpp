@@ -4,11 +4,13 @@
 #include "exchange/RowCutter.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/LanguageList.h"
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
 #include "util/CharScan.h"
 #include "util/FileSystem.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
+#include "util/Progress.h"
 
 #include <QFileInfo>
 #include <QSet>
@@ -72,8 +74,8 @@ private:
 // whichever thread encoded them. After a failed write no more blocks are handed out.
 class BlockOrder {
 public:
-    BlockOrder(util::ReplacingFile& file, qsizetype blockCount)
-        : m_file(file), m_blockCount(blockCount) {}
+    BlockOrder(util::ReplacingFile& file, qsizetype blockCount, util::ProgressScope& progress)
+        : m_file(file), m_blockCount(blockCount), m_progress(progress) {}
 
     // The next block to encode, or -1 when none is left.
     qsizetype Claim() {
@@ -91,7 +93,8 @@ public:
             m_turn.wait(turn, std::memory_order_acquire);
         }
         const bool ok = !m_failed.load(std::memory_order_relaxed) &&
-                        m_file.WriteUtf16Le(QStringView(text.Data(), text.Size()));
+                        m_file.WriteUtf16Le(QStringView(text.Data(), text.Size())) &&
+                        m_progress.Advance(block + 1);
         if (!ok)
             m_failed.store(true, std::memory_order_release);
         m_turn.store(block + 1, std::memory_order_release);
@@ -103,6 +106,7 @@ public:
 private:
     util::ReplacingFile& m_file;
     const qsizetype m_blockCount;
+    util::ProgressScope& m_progress;
     std::atomic<qsizetype> m_next{0};
     std::atomic<qsizetype> m_turn{0};
     std::atomic<bool> m_failed{false};
@@ -321,15 +325,8 @@ QStringList ExportHeaderTitles(const CQuestionnaire& q, const ExportOptions& opt
     QStringList given;
     CStaticTools::ReadStringSeparatorString(options.headers, QLatin1Char(','), given);
     QStringList titles = {QStringLiteral("QuestionId"), QStringLiteral("ResponseId")};
-    for (qint32 lcid : options.languages) {
-        QString name;
-        for (int i = 0; i < q.GetLanguageCount(); ++i)
-            if (q.GetLanguage(i).m_id == lcid)
-                name = q.GetLanguage(i).m_shortName;
-        if (name.isEmpty())
-            name = CLanguage(quint32(lcid)).m_shortName;
-        titles.append(QStringLiteral("%1(%2)").arg(lcid).arg(name));
-    }
+    for (qint32 lcid : options.languages)
+        titles.append(QStringLiteral("%1(%2)").arg(lcid).arg(LanguageShortName(q, lcid)));
     if (options.showShortcuts)
         titles << QStringLiteral("Shortcut") << QStringLiteral("Entrycode");
     // Titles given on the command line replace the defaults one by one; extra ones are ignored.
@@ -341,10 +338,11 @@ QStringList ExportHeaderTitles(const CQuestionnaire& q, const ExportOptions& opt
 
 bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
                                  const ExportOptions& options, const CaptionList& captions,
-                                 util::MessageSink& messages, ExportReport* report) {
+                                 util::Messages& messages, ExportReport* report,
+                                 util::Progress* progress) {
     util::ReplacingFile file(path);
     if (!file.Open()) {
-        messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
+        messages.Error(Tr(strings::kCannotCreateExportFile));
         return false;
     }
     const QString header = QString(QChar(0xFEFF)) + HeaderLine(q, options);
@@ -356,7 +354,8 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
     const qsizetype rowsPerBlock =
         std::max<qsizetype>(1, kBlockCells / std::max<qsizetype>(1, options.languages.size()));
     const qsizetype blockCount = (captions.size() + rowsPerBlock - 1) / rowsPerBlock;
-    BlockOrder order(file, ok ? blockCount : 0);
+    util::ProgressScope scope(progress, Tr(strings::kExporting), blockCount);
+    BlockOrder order(file, ok ? blockCount : 0, scope);
     // The duplicates filter depends on the rows before, so it keeps to one thread.
     const int encoders =
         options.excludeDuplicates
@@ -399,12 +398,13 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
     for (size_t i = 0; i < keys.size() && i < size_t(kWarningKeys); ++i)
         result.unsafeKeys.append(keys[i].second);
     result.written = ok;
+    result.stopped = scope.Cancelled();
     result.bytes = ok ? QFileInfo(path).size() : 0;
     // Shown in batch runs too: a script must learn why the old file is still there.
-    if (!ok)
-        messages.Show(QString::fromLatin1(strings::kCannotWriteFile).arg(path, file.ErrorString()));
+    if (!ok && !result.stopped)
+        messages.Error(Tr(strings::kCannotWriteFile).arg(path, file.ErrorString()));
     if (ok && result.unsafeCaptions > 0)
-        messages.Show(QString::fromLatin1(strings::kExportWarning)
+        messages.Warn(Tr(strings::kExportWarning)
                           .arg(result.unsafeCaptions)
                           .arg(result.unsafeKeys.join(QStringLiteral(", "))));
     if (report)

@@ -11,8 +11,9 @@
 class CQuestionnaire;
 
 namespace util {
-class MessageSink;
-}
+class Messages;
+class Progress;
+} // namespace util
 
 namespace exchange {
 
@@ -26,12 +27,12 @@ struct ExportOptions {
     QList<qint32> languages;                // one column each; the first is the reference
     QList<qint32> versions;                 // empty means all versions
     QString headers;                        // comma-separated column titles, may be empty
-    bool batch = false;
 };
 
 // What an export did, for callers that want more than its result.
 struct ExportReport {
     bool written = false;     // the file was created and written whole
+    bool stopped = false;     // the user stopped the export; the old file is untouched
     qint64 rows = 0;          // caption rows in the file
     qint64 bytes = 0;
     qint64 unsafeCaptions = 0; // captions the round trip cannot carry unchanged
@@ -45,7 +46,8 @@ struct ExportReport {
 bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
                                  const ExportOptions& options,
                                  const questionnaire::CaptionList& captions,
-                                 util::MessageSink& messages, ExportReport* report = nullptr);
+                                 util::Messages& messages, ExportReport* report = nullptr,
+                                 util::Progress* progress = nullptr);
 
 // The header line's titles for these options, defaults where the list gives none.
 QStringList ExportHeaderTitles(const CQuestionnaire& q, const ExportOptions& options);

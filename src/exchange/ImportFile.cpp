@@ -10,14 +10,14 @@
 #include "questionnaire/StaticTools.h"
 #include "util/CharScan.h"
 #include "util/FileSystem.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
+#include "util/Progress.h"
 #include "util/TextFile.h"
 
 #include <QFileInfo>
 #include <QHash>
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -47,6 +47,7 @@ public:
     QString Text(qsizetype k) const {
         return ReadCaption(m_q, m_captions.questionIds[k], m_captions.responseIds[k], m_reference);
     }
+    qint32 Reference() const { return m_reference; }
     // Called after caption k's reference text may have changed from `before`.
     void Moved(qsizetype k, const QString& before) {
         const QString after = Text(k);
@@ -65,31 +66,41 @@ private:
     QHash<QString, QList<qsizetype>> m_byText;
 };
 
-// Each caption's texts as they stood before the import first changed them: a file found
-// unreadable only at its end must leave the questionnaire as it was.
+// What each write replaced, so that a file found unreadable only at its end, or an import the
+// user stops, leaves the questionnaire as it was. Texts are shared, not copied.
 class UndoLog {
 public:
-    void Save(CLocalisedText* texts) {
-        if (texts && m_saved.insert(texts).second)
-            m_before.emplace_back(texts, *texts);
+    // Before the text of `texts` in `language` changes.
+    void Save(CLocalisedText* texts, qint32 language) {
+        if (texts)
+            m_changes.push_back({texts, language, texts->Has(language), texts->Get(language)});
     }
     void Restore() {
-        for (auto it = m_before.rbegin(); it != m_before.rend(); ++it)
-            *it->first = std::move(it->second);
-        m_before.clear();
-        m_saved.clear();
+        for (auto it = m_changes.rbegin(); it != m_changes.rend(); ++it) {
+            if (it->had)
+                it->texts->Set(it->language, it->before);
+            else
+                it->texts->Remove(it->language);
+        }
+        m_changes.clear();
     }
 
 private:
-    std::unordered_set<CLocalisedText*> m_saved;
-    std::vector<std::pair<CLocalisedText*, CLocalisedText>> m_before;
+    struct Change {
+        CLocalisedText* texts;
+        qint32 language;
+        bool had;
+        QString before;
+    };
+    std::vector<Change> m_changes;
 };
 
 class Importer {
 public:
     Importer(CQuestionnaire& q, const QString& path, const ImportOptions& options,
-             const CaptionList& captions, util::MessageSink& messages)
-        : m_q(q), m_path(path), m_options(options), m_captions(captions), m_messages(messages) {}
+             const CaptionList& captions, util::Messages& messages, util::Progress* progress)
+        : m_q(q), m_path(path), m_options(options), m_captions(captions), m_messages(messages),
+          m_progress(progress) {}
 
     qint32 Run(ImportReport* report);
 
@@ -98,21 +109,30 @@ private:
         // A file that is not text fails as unreadable, whatever its first line says.
         if (code != kImportCannotRead && m_reader && !m_reader->LooksLikeText()) {
             code = kImportCannotRead;
-            message = QString::fromLatin1(strings::kCannotOpenFile).arg(m_path);
+            message = Tr(strings::kCannotOpenFile).arg(m_path);
         }
-        if (!m_options.silent && !message.isEmpty())
-            m_messages.Show(message);
+        if (!message.isEmpty())
+            m_messages.Error(message);
         return code;
     }
     void Write(qint32 questionId, qint32 responseId, qint32 language, const QString& text) {
-        m_undo.Save(FindWritableTexts(m_q, questionId, responseId));
+        m_undo.Save(FindWritableTexts(m_q, questionId, responseId), language);
         WriteCaption(m_q, questionId, responseId, language, text);
+    }
+    // Writes into texts already found, which the questionnaire lets the import change. True
+    // when the texts may have moved: the language was new to them.
+    bool WriteInto(const CLocalisedText* texts, qint32 language, const QString& text) {
+        CLocalisedText* writable = const_cast<CLocalisedText*>(texts);
+        m_undo.Save(writable, language);
+        const bool added = !writable->Has(language);
+        writable->Set(language, text);
+        return added;
     }
     qint32 CheckHeader(const QStringList& header);
     qint32 MapExplicitLanguages();
     qint32 MapHeaderLanguages(const QStringList& header);
     void ImportRow(std::span<const CutCell> cells);
-    void CopyIdentical(QStringList& cells);
+    void CopyIdentical(std::span<const CutCell> cells);
     void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
                           const QString& text, qsizetype captionIndex = -1);
     void Finish(ImportReport* report);
@@ -121,7 +141,8 @@ private:
     const QString& m_path;
     const ImportOptions& m_options;
     const CaptionList& m_captions;
-    util::MessageSink& m_messages;
+    util::Messages& m_messages;
+    util::Progress* m_progress;
     ColumnMap m_map;
     QString m_rejected; // the rows set aside, each ended by CR LF
     qsizetype m_rejectedRows = 0;
@@ -130,16 +151,26 @@ private:
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
     std::vector<const QString*> m_current;      // the current texts of the row being imported
     QString m_scratch;
+    // Copy identical: each language cell of the row as decoded so far, and how it stands.
+    struct DecodedCell {
+        QStringView text;   // into the row, or into `decoded`
+        QString decoded;    // the cell once it has been decoded
+        QString written;    // `text` as a string of its own, made once for every caption
+        bool final = false; // decoding it again changes nothing
+        bool used = false;  // the row has the cell and its column a language
+        bool inDecoded = false;
+    };
+    std::vector<DecodedCell> m_decoded;
     util::TextFileReader* m_reader = nullptr;
     UndoLog m_undo;
 };
 
 qint32 Importer::Run(ImportReport* report) {
     if (QFileInfo(m_path).size() > kMaxTranslatedFileBytes)
-        return Fail(kImportCannotRead, QString::fromLatin1(strings::kFileTooLarge).arg(m_path));
+        return Fail(kImportCannotRead, Tr(strings::kFileTooLarge).arg(m_path));
     util::TextFileReader reader;
     if (!reader.Open(m_path))
-        return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
+        return Fail(kImportCannotRead, Tr(strings::kCannotOpenFile).arg(m_path));
     m_reader = &reader;
     // A small file is read through buffers of its own size: a piece's buffer is otherwise
     // megabytes, which a small import would pay for with memory the system must clear.
@@ -147,28 +178,43 @@ qint32 Importer::Run(ImportReport* report) {
                                                        RowCutter::kPieceChars)));
     std::vector<CutCell> cells;
     if (!cutter.Next(cells))
-        return Fail(kImportNoRow, QString::fromLatin1(strings::kNotATranslationFile));
+        return Fail(kImportNoRow, Tr(strings::kNotATranslationFile));
     if (const qint32 code = CheckHeader(RowCutter::Strings(cells)); code < 0)
         return code;
     if (m_options.copyIdentical)
         m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
+    bool stopped = false;
     {
+        util::ProgressScope progress(m_progress, Tr(strings::kImporting),
+                                     reader.CharactersRead() + reader.CharactersLeft());
         RowPipeline rows(cutter);
-        while (const RowBatch* batch = rows.Next())
+        while (const RowBatch* batch = rows.Next()) {
+            if (!progress.Advance(reader.CharactersRead())) {
+                stopped = true;
+                break;
+            }
             for (size_t r = 0; r < batch->RowCount(); ++r)
                 ImportRow(batch->Row(r));
+        }
+    }
+    if (stopped) {
+        m_undo.Restore();
+        if (report)
+            report->stopped = true;
+        m_messages.Inform(Tr(strings::kImportStopped));
+        return kImportStopped;
     }
     // Whether the file is text is known only at its end: the rows already imported are undone.
     if (!reader.LooksLikeText()) {
         m_undo.Restore();
-        return Fail(kImportCannotRead, QString::fromLatin1(strings::kCannotOpenFile).arg(m_path));
+        return Fail(kImportCannotRead, Tr(strings::kCannotOpenFile).arg(m_path));
     }
     Finish(report);
     return m_count;
 }
 
 qint32 Importer::CheckHeader(const QStringList& header) {
-    const QString notTranslation = QString::fromLatin1(strings::kNotATranslationFile);
+    const QString notTranslation = Tr(strings::kNotATranslationFile);
     if (header.size() < 3)
         return Fail(kImportShortHeader, notTranslation);
     QStringList names;
@@ -185,7 +231,7 @@ qint32 Importer::CheckHeader(const QStringList& header) {
         return code;
     if (m_options.onlyUnchanged && m_map.referenceColumn < 0)
         return Fail(kImportNoReferenceColumn,
-                    QString::fromLatin1(strings::kReferenceLanguageNotFound));
+                    Tr(strings::kReferenceLanguageNotFound));
     QList<qint32> columnLanguages;
     for (int entry : std::as_const(m_map.entries))
         columnLanguages.append(entry < 0 ? 0 : m_options.languages[entry]);
@@ -198,7 +244,7 @@ qint32 Importer::MapExplicitLanguages() {
         const int index = int(m_options.languages.indexOf(lcid));
         if (index < 0)
             return Fail(kImportLanguageNotInQuestionnaire,
-                        QString::fromLatin1(strings::kLanguageNotDefined)
+                        Tr(strings::kLanguageNotDefined)
                             .arg(CLanguage(quint32(lcid)).m_name));
         if (lcid == m_options.referenceLanguage)
             m_map.referenceColumn = m_map.entries.size();
@@ -208,7 +254,7 @@ qint32 Importer::MapExplicitLanguages() {
 }
 
 qint32 Importer::MapHeaderLanguages(const QStringList& header) {
-    const QString notTranslation = QString::fromLatin1(strings::kNotATranslationFile);
+    const QString notTranslation = Tr(strings::kNotATranslationFile);
     for (qsizetype column = 2; column < header.size(); ++column) {
         const QString& cell = header[column];
         // An empty title ends the languages: later columns are ignored altogether.
@@ -227,11 +273,11 @@ qint32 Importer::MapHeaderLanguages(const QStringList& header) {
             return Fail(kImportNotANumber, notTranslation);
         const CLanguage language(static_cast<quint32>(lcid));
         if (language.m_name.isEmpty())
-            return Fail(kImportUnknownLanguage, QString::fromLatin1(strings::kLanguageNotRecognised));
+            return Fail(kImportUnknownLanguage, Tr(strings::kLanguageNotRecognised));
         const int index = int(m_options.languages.indexOf(lcid));
         if (index < 0)
             return Fail(kImportLanguageNotInQuestionnaire,
-                        QString::fromLatin1(strings::kLanguageNotDefined).arg(language.m_name));
+                        Tr(strings::kLanguageNotDefined).arg(language.m_name));
         if (lcid == m_options.referenceLanguage)
             m_map.referenceColumn = m_map.entries.size();
         m_map.entries.append(index);
@@ -272,10 +318,7 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
     if (questionId == 0 || responseId == 0)
         return;
     if (m_options.copyIdentical) {
-        QStringList strings;
-        for (const CutCell& cell : cells)
-            strings.append(cell.text.toString());
-        CopyIdentical(strings);
+        CopyIdentical(cells);
         return;
     }
     const qsizetype referenceColumn = m_options.onlyUnchanged ? 2 + m_map.referenceColumn : -1;
@@ -333,31 +376,88 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
         if (message) {
             WriteIfDifferent(questionId, responseId, lcid, text.toString());
         } else if (!util::SameText(text, *m_current[size_t(i)])) {
-            Write(questionId, responseId, lcid, text.toString());
             ++m_count;
-            m_columns->Read(texts, m_current);
+            if (!texts) // an unknown caption: the write is ignored
+                continue;
+            if (WriteInto(texts, lcid, text.toString()))
+                m_columns->Read(texts, m_current);
         }
     }
 }
 
-void Importer::CopyIdentical(QStringList& cells) {
-    QString source = cells[2];
-    UnescapeCell(source);
-    for (qsizetype k : m_index->Find(source)) {
-        if (m_index->Text(k) != source)
+// A cell that neither holds a backslash nor both begins and ends with a double quote reads the
+// same however many times it is decoded.
+bool DecodesToItself(QStringView text) {
+    if (!text.isEmpty() && text.front() == u'"' && text.back() == u'"')
+        return false;
+    const char16_t* begin = text.utf16();
+    return util::FindFirstOf<u'\\'>(begin, begin + text.size()) == begin + text.size();
+}
+
+void Importer::CopyIdentical(std::span<const CutCell> cells) {
+    const QString source = Decoded(cells[2], 1, m_scratch).toString();
+    const QList<qsizetype> matches = m_index->Find(source);
+    if (matches.isEmpty())
+        return;
+    // Each further match decodes the row's cells once more, as the cells themselves are decoded
+    // in place; a cell that decodes to itself is left as it is.
+    m_decoded.resize(size_t(m_map.entries.size()));
+    for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
+        const qsizetype column = 2 + i;
+        DecodedCell& cell = m_decoded[size_t(i)];
+        cell.used = column < qsizetype(cells.size()) && m_map.entries[i] >= 0;
+        if (!cell.used)
             continue;
+        cell.text = cells[size_t(column)].text;
+        cell.inDecoded = false;
+        cell.written = QString();
+        cell.final = DecodesToItself(cell.text);
+    }
+    const qint32 reference = m_index->Reference();
+    for (qsizetype k : matches) {
         const qint32 questionId = m_captions.questionIds[k];
         const qint32 responseId = m_captions.responseIds[k];
+        const bool message = questionId == kSystemMessageMarker;
+        const CLocalisedText* texts =
+            message ? nullptr : FindCaptionTexts(m_q, questionId, responseId);
+        if (message ? m_index->Text(k) != source
+                    : !util::SameText(texts ? texts->Get(reference) : QString(), source))
+            continue;
+        if (!message)
+            m_columns->Read(texts, m_current);
         for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
-            const qsizetype column = 2 + i;
-            const int language = m_map.entries[i];
-            if (column >= cells.size() || language < 0)
+            DecodedCell& cell = m_decoded[size_t(i)];
+            if (!cell.used)
                 continue;
-            // Each further match decodes the same cells once more.
-            UnescapeCell(cells[column]);
-            if (cells[column].isEmpty())
+            if (!cell.final) {
+                if (cell.inDecoded) {
+                    UnescapeCell(cell.decoded);
+                } else {
+                    UnescapeCellInto(cell.text, cell.decoded);
+                    cell.inDecoded = true;
+                }
+                cell.text = cell.decoded;
+                cell.written = QString();
+                cell.final = DecodesToItself(cell.text);
+            }
+            if (cell.text.isEmpty())
                 continue;
-            WriteIfDifferent(questionId, responseId, m_options.languages[language], cells[column], k);
+            const qint32 lcid = m_options.languages[m_map.entries[i]];
+            const bool differs = message || lcid == reference ||
+                                 !util::SameText(cell.text, *m_current[size_t(i)]);
+            if (!differs)
+                continue;
+            if (cell.written.isNull())
+                cell.written = cell.text.toString();
+            if (message || lcid == reference) {
+                WriteIfDifferent(questionId, responseId, lcid, cell.written, k);
+                if (!message)
+                    m_columns->Read(texts, m_current);
+                continue;
+            }
+            ++m_count;
+            if (texts && WriteInto(texts, lcid, cell.written))
+                m_columns->Read(texts, m_current);
         }
     }
 }
@@ -367,8 +467,7 @@ void Importer::Finish(ImportReport* report) {
         report->rejectedRows = m_rejectedRows;
     // A single rejected row is deliberately neither written nor reported.
     if (m_rejectedRows < 2) {
-        if (!m_options.silent)
-            m_messages.Show(QString::fromLatin1(strings::kCaptionsModified).arg(m_count));
+        m_messages.Inform(Tr(strings::kCaptionsModified).arg(m_count));
         return;
     }
     const QString unusedPath = QFileInfo(m_path).absolutePath() + QLatin1Char('/') +
@@ -378,12 +477,11 @@ void Importer::Finish(ImportReport* report) {
     util::ReplacingFile file(unusedPath);
     const bool written = file.Open() && file.WriteUtf16Le(u"\uFEFF") &&
                          file.WriteUtf16Le(m_rejected) && file.Commit();
-    if (!written && !m_options.silent)
-        m_messages.Show(QString::fromLatin1(strings::kCannotCreateExportFile));
+    if (!written)
+        m_messages.Error(Tr(strings::kCannotCreateExportFile));
     if (written && report)
         report->unusedStringsPath = unusedPath;
-    if (!m_options.silent)
-        m_messages.Show(QString::fromLatin1(strings::kImportedWithRejects)
+    m_messages.Inform(Tr(strings::kImportedWithRejects)
                             .arg(m_count)
                             .arg(m_rejectedRows - 1)
                             .arg(unusedPath));
@@ -392,11 +490,11 @@ void Importer::Finish(ImportReport* report) {
 } // namespace
 
 qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
-                            const CaptionList& captions, util::MessageSink& messages,
-                            ImportReport* report) {
+                            const CaptionList& captions, util::Messages& messages,
+                            ImportReport* report, util::Progress* progress) {
     if (report)
         *report = ImportReport(); // what an earlier import left there is not this one's
-    Importer importer(q, path, options, captions, messages);
+    Importer importer(q, path, options, captions, messages, progress);
     return importer.Run(report);
 }
 

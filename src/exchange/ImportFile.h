@@ -8,8 +8,9 @@
 class CQuestionnaire;
 
 namespace util {
-class MessageSink;
-}
+class Messages;
+class Progress;
+} // namespace util
 
 namespace exchange {
 
@@ -21,7 +22,6 @@ struct ImportOptions {
     QList<qint32> languages;        // the questionnaire's languages in column order
     QString headerNames;            // expected first two header cells, comma-separated
     QList<qint32> explicitLanguages; // languages of columns 3, 4, ... instead of the header's
-    bool silent = false;            // batch: no message is shown
 };
 
 // Result codes of ImportTranslatedFile besides the count of captions written.
@@ -45,13 +45,18 @@ inline constexpr qint64 kMaxTranslatedFileBytes = qint64(1) << 30;
 struct ImportReport {
     qint64 rejectedRows = 0;       // rows whose source text had changed
     QString unusedStringsPath;     // where they were written, when they were
+    bool stopped = false;          // the user stopped the import; nothing was changed
 };
+
+// The result of an import that the user stopped: nothing was changed.
+inline constexpr qint32 kImportStopped = -9;
 
 // Reads a translated file back into the questionnaire. Returns the number of captions written,
 // or one of the negative ImportResult codes; nothing is changed then, even when the file proves
-// unreadable only after some of its rows were imported.
+// unreadable only after some of its rows were imported, or the user stops the import. Messages go
+// to `messages`; batch work, which is silent, passes util::NoMessages.
 qint32 ImportTranslatedFile(CQuestionnaire& q, const QString& path, const ImportOptions& options,
-                            const questionnaire::CaptionList& captions,
-                            util::MessageSink& messages, ImportReport* report = nullptr);
+                            const questionnaire::CaptionList& captions, util::Messages& messages,
+                            ImportReport* report = nullptr, util::Progress* progress = nullptr);
 
 } // namespace exchange

@@ -33,7 +33,11 @@ QString EscapeCaption(const QString& text) {
     return out;
 }
 
-void UnescapeCellInto(QStringView cell, QString& out) {
+namespace {
+
+// "\r", "\n" and "\t" decoded first, then "\\"; with `quotes`, then a cell enclosed in double
+// quotes loses them and has its doubled quotes halved.
+void Decode(QStringView cell, QString& out, bool quotes) {
     out.resize(cell.size()); // keeps the storage of earlier cells
     const char16_t* in = cell.utf16();
     const char16_t* const end = in + cell.size();
@@ -64,7 +68,7 @@ void UnescapeCellInto(QStringView cell, QString& out) {
     }
     // A cell enclosed in double quotes loses them and has its doubled quotes halved.
     const qsizetype length = w - begin;
-    if (length > 0 && begin[0] == u'"' && begin[length - 1] == u'"') {
+    if (quotes && length > 0 && begin[0] == u'"' && begin[length - 1] == u'"') {
         char16_t* q = begin;
         for (const char16_t* r = begin + 1; r < begin + length - 1; ++r) {
             *q++ = *r;
@@ -74,6 +78,20 @@ void UnescapeCellInto(QStringView cell, QString& out) {
         w = q;
     }
     out.truncate(w - begin);
+}
+
+} // namespace
+
+void UnescapeCellInto(QStringView cell, QString& out) {
+    Decode(cell, out, true);
+}
+
+QString UnescapeTypedText(const QString& typed) {
+    if (!typed.contains(QLatin1Char('\\')))
+        return typed;
+    QString out;
+    Decode(typed, out, false);
+    return out;
 }
 
 void UnescapeCell(QString& cell) {

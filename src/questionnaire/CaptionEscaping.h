@@ -19,6 +19,10 @@ void UnescapeCell(QString& cell);
 // The same decoding into `out`, whose storage is reused from call to call.
 void UnescapeCellInto(QStringView cell, QString& out);
 
+// What a text typed into a grid cell stores: "\r", "\n" and "\t" decoded first, then "\\". A
+// typed "\\n" therefore becomes a backslash and a line feed, as it always has.
+QString UnescapeTypedText(const QString& typed);
+
 // False when a caption would not come back unchanged from its own export: it begins and ends
 // with a double quote or holds a backslash before n, r or t (see UnescapeCell), holds a zero
 // character (readers stop there), or its cell is longer than spreadsheet programs keep. In the

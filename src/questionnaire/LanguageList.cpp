@@ -19,6 +19,15 @@ QList<qint32> DefaultLanguageOrder(const CQuestionnaire& q) {
     return order;
 }
 
+QString LanguageShortName(const CQuestionnaire& q, qint32 lcid) {
+    QString name;
+    // The last of a language listed twice, as the export always named it.
+    for (int i = 0; i < q.GetLanguageCount(); ++i)
+        if (q.GetLanguage(i).m_id == lcid)
+            name = q.GetLanguage(i).m_shortName;
+    return name.isEmpty() ? CLanguage(quint32(lcid)).m_shortName : name;
+}
+
 bool ParseLanguage(const QString& item, qint32& lcid) {
     const QString text = item.trimmed();
     if (text.isEmpty())

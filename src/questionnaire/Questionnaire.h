@@ -17,6 +17,10 @@
 
 class CMarkup;
 
+namespace util {
+class Progress;
+}
+
 // Kinds of questionnaire databases the reader knows.
 enum DataBaseType { dbUnknown = 0, dbQesFile = 1 };
 
@@ -39,22 +43,24 @@ public:
     // Reads the whole questionnaire. The flags choose what is read (captions, responses,
     // routings, custom system messages, versions); `programVersion` is this program's 16-bit
     // version number (major * 256 + minor), used to tell a file written by an older program;
-    // `checkIntegrity` runs the database's own consistency check first. m_status tells the outcome
-    // (see questionnaire::QesStatus): a false result with a status above 8 still read the
-    // questionnaire, with a warning in m_lastError.
+    // `checkIntegrity` runs the database's own consistency check first. GetStatus() tells the
+    // outcome (see questionnaire::QesStatus): a false result with a status above 8 still read
+    // the questionnaire, with a warning as its last error text.
     bool Read(const QString& path, bool withCaptions, bool withResponses, bool withRoutings,
               bool withMessages, bool withVersions, DataBaseType type, qint32 programVersion,
-              bool checkIntegrity);
+              bool checkIntegrity, util::Progress* progress = nullptr);
 
     // --- exchange package (.qex): a ZIP holding questionnaire.xml and further files ---
     // Unpacks the package into the working folder (which must exist) and reads its XML. The
     // folder is remembered: the next save packs it back.
-    bool ReadFromExchangeFormat(const QString& path, const QString& workingFolder);
+    bool ReadFromExchangeFormat(const QString& path, const QString& workingFolder,
+                                util::Progress* progress = nullptr);
     // Writes questionnaire.xml into the remembered working folder and packs the folder (stamp
     // files left out) into the package, replacing it atomically; without a working folder the
     // package holds the XML alone. `extraFolder`, when not empty, is a folder whose files are
     // packed too. `flags`: bit 0 writes the captions, bit 1 the routings; -1 writes everything.
-    bool SaveToExchangeFormat(const QString& path, const QString& extraFolder, qint32 flags);
+    bool SaveToExchangeFormat(const QString& path, const QString& extraFolder, qint32 flags,
+                              util::Progress* progress = nullptr);
     const QString& GetExchangeFolder() const { return m_exchangeFolder; }
 
     // --- XML form ---
@@ -116,10 +122,15 @@ public:
 
     bool operator==(const CQuestionnaire& other) const;
 
-    mutable QString m_lastError; // filled by every failed load or save
-    quint16 m_status = 0;  // status of the last Read
+    // Why the last load or save failed; filled by every failed one.
+    const QString& GetLastError() const { return m_lastError; }
+    void SetLastError(const QString& text) { m_lastError = text; }
+    // The outcome of the last Read.
+    quint16 GetStatus() const { return m_status; }
 
 private:
+    QString m_lastError;
+    quint16 m_status = 0;
     void CopyFrom(const CQuestionnaire& other);
 
     QString m_name;

@@ -1,6 +1,7 @@
 #include "util/TextFile.h"
 
 #include "util/AnsiCodePage.h"
+#include "util/Messages.h"
 #include "util/StdioFileEx.h"
 
 #include <QFile>
@@ -50,11 +51,11 @@ bool LooksLikeText(qint64 characters, qint64 bytesRead) {
     return characters >= qint32(needed);
 }
 
-void Report(const CFileException& error, bool reportErrors, const ErrorSink& sink) {
+void Report(const CFileException& error, bool reportErrors, Messages* messages) {
     if (!reportErrors)
         return;
-    if (sink)
-        sink(error.GetErrorMessage());
+    if (messages)
+        messages->Error(error.GetErrorMessage());
     else
         qWarning().noquote() << error.GetErrorMessage();
 }
@@ -106,11 +107,11 @@ bool ReadUtf16Body(QFile& file, qint64 size, QString& text, qint64& bytesRead) {
     return true;
 }
 
-bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const ErrorSink& sink) {
+bool LoadTextFile(const QString& path, QString& text, bool reportErrors, Messages* messages) {
     text.clear();
     QFile file(path);
     if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
-        Report(CFileException::ForFailedOpen(path), reportErrors, sink);
+        Report(CFileException::ForFailedOpen(path), reportErrors, messages);
         return false;
     }
     const qint64 size = file.size();
@@ -128,7 +129,7 @@ bool LoadTextFile(const QString& path, QString& text, bool reportErrors, const E
     }
     if (!ok) {
         text.clear();
-        Report(CFileException(CFileException::hardIO, path), reportErrors, sink);
+        Report(CFileException(CFileException::hardIO, path), reportErrors, messages);
         return false;
     }
     return LooksLikeText(text.size(), bytesRead);
@@ -165,6 +166,7 @@ bool TextFileReader::Open(const QString& path) {
     m_characters = 0;
     m_loaded.clear();
     m_loadedPos = 0;
+    m_handedOut.store(0, std::memory_order_relaxed);
     if (path.isEmpty() || !m_file.open(QIODevice::ReadOnly))
         return false;
     m_size = m_file.size();
@@ -182,6 +184,7 @@ qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
         const qsizetype n = std::min(max, m_loaded.size() - m_loadedPos);
         std::copy_n(reinterpret_cast<const char16_t*>(m_loaded.constData()) + m_loadedPos, n, out);
         m_loadedPos += n;
+        m_handedOut.store(m_loadedPos, std::memory_order_relaxed);
         return n;
     }
     if (m_ended || max <= 0)
@@ -196,6 +199,7 @@ qsizetype TextFileReader::Read(char16_t* out, qsizetype max) {
     const qsizetype zero = QStringView(out, got).indexOf(QChar(0));
     const qsizetype kept = zero < 0 ? got : zero;
     m_characters += kept;
+    m_handedOut.store(m_characters, std::memory_order_relaxed);
     if (zero >= 0) {
         m_ended = true;
         if (kept == 0)

@@ -5,12 +5,11 @@
 #include <QIODevice>
 #include <QString>
 
-#include <functional>
+#include <atomic>
 
 namespace util {
 
-// Receives the text of an error that the user should see.
-using ErrorSink = std::function<void(const QString&)>;
+class Messages;
 
 // Writes the text as UTF-16LE code units, without a mark; false when the device took less.
 bool WriteUtf16Le(QIODevice& device, const QString& text);
@@ -24,9 +23,9 @@ QString DecodeText(const QByteArray& bytes);
 // Reads a whole text file: UTF-16LE after the mark FF FE, else ANSI bytes in the ANSI code page,
 // each up to the first zero. True when the file could be read and looks like text (binary files
 // stop early at a zero); an empty file gives true and "". When `reportErrors` is set, a file that
-// cannot be opened or read is reported to `sink`, or to the warning log without one.
+// cannot be opened or read is reported to `messages`, or to the warning log without them.
 bool LoadTextFile(const QString& path, QString& text, bool reportErrors,
-                  const ErrorSink& sink = {});
+                  Messages* messages = nullptr);
 
 // The text of a file as LoadTextFile reads it, handed out piece by piece: a marked UTF-16 file
 // is streamed from the disk rather than held whole, so a translated file of several hundred
@@ -41,6 +40,9 @@ public:
     // How many characters Read() has still to hand out, judged from the size the file had when
     // opened: never fewer, unless the file has grown since.
     qint64 CharactersLeft() const;
+    // How many characters Read() has handed out; may be asked from another thread than the one
+    // reading, to tell the progress of the work.
+    qint64 CharactersRead() const { return m_handedOut.load(std::memory_order_relaxed); }
     // LoadTextFile's judgement: the file was read whole and its text does not end early, as the
     // text of a binary file does. Reads to the end of the text first.
     bool LooksLikeText();
@@ -56,6 +58,7 @@ private:
     bool m_plausible = false; // of a file loaded whole
     QString m_loaded;         // the whole text of a file that is not streamed
     qsizetype m_loadedPos = 0;
+    std::atomic<qint64> m_handedOut{0};
 };
 
 } // namespace util

@@ -1,12 +1,12 @@
 #include "app/BatchRunner.h"
 #include "dictionary/Dictionary.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
-#include "questionnaire/QesDatabase.h"
-#include "questionnaire/QesSchema.h"
+#include "questionnaire/formats/QesDatabase.h"
+#include "questionnaire/formats/QesSchema.h"
 #include "questionnaire/Questionnaire.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/XmlFile.h"
 
 #include <QDir>
 #include <QProcess>
@@ -178,7 +178,7 @@ TEST_F(BatchProcessTest, DictionaryOptions) {
     const int sent = run.result.toInt();
     EXPECT_GT(sent, 10);
     EXPECT_EQ(run.status, sent % 256);
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     CDictionary saved;
     ASSERT_TRUE(saved.Load(memory, messages));
     EXPECT_EQ(saved.GetEntryCount(), sent);
@@ -216,7 +216,7 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
         a.start(QStringLiteral(TRANSLATOR_BINARY), {m_survey, QStringLiteral("senddictionary"), option});
         b.start(QStringLiteral(TRANSLATOR_BINARY), {otherPath, QStringLiteral("senddictionary"), option});
         ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
-        util::RecordingSink messages;
+        util::RecordedMessages messages;
         CDictionary result;
         ASSERT_TRUE(result.Load(memory, messages)) << "round " << round;
         bool fromA = false;

@@ -9,7 +9,7 @@
 #include "app/AppContext.h"
 #include "app/QuestionnaireDocument.h"
 #include "questionnaire/CaptionAccess.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -24,7 +24,7 @@ namespace {
 
 int Convert(const QString& in, const QString& out) {
     app::AppContext context;
-    util::StandardErrorSink messages;
+    util::StandardErrorMessages messages;
     app::QuestionnaireDocument document(context, messages);
     if (!document.Open(in))
         return 1;
@@ -33,7 +33,7 @@ int Convert(const QString& in, const QString& out) {
 
 int BigSave(const QString& path, int size, const QString& label) {
     app::AppContext context;
-    util::StandardErrorSink messages;
+    util::StandardErrorMessages messages;
     app::QuestionnaireDocument document(context, messages);
     if (!document.OpenSilently(path))
         return 1;

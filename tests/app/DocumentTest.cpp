@@ -3,10 +3,10 @@
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
-#include "questionnaire/QesDatabase.h"
-#include "questionnaire/QesSchema.h"
-#include "questionnaire/XmlFile.h"
-#include "util/MessageSink.h"
+#include "questionnaire/formats/QesDatabase.h"
+#include "questionnaire/formats/QesSchema.h"
+#include "questionnaire/formats/XmlFile.h"
+#include "util/Messages.h"
 
 #include <QDir>
 #include <QSettings>
@@ -14,7 +14,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-using app::FileType;
+using questionnaire::FileType;
 
 namespace {
 
@@ -28,7 +28,7 @@ TEST(FileType, FromTheLastThreeLetters) {
         {"survey", FileType::Database},       {"xml.d/survey", FileType::Database},
     };
     for (const auto& [path, type] : cases)
-        EXPECT_EQ(app::FileTypeOf(QString::fromLatin1(path)), type) << path;
+        EXPECT_EQ(questionnaire::FileTypeOf(QString::fromLatin1(path)), type) << path;
 }
 
 class DocumentTest : public ::testing::Test {
@@ -43,7 +43,7 @@ protected:
 
     QTemporaryDir m_dir;
     app::AppContext m_app;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
 };
 
 TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
@@ -62,7 +62,7 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(source));
             ASSERT_TRUE(document.Save(target)) << from.toStdString() << " -> " << to.toStdString();
-            EXPECT_EQ(document.Type(), app::FileTypeOf(target));
+            EXPECT_EQ(document.Type(), questionnaire::FileTypeOf(target));
             EXPECT_EQ(Load(target), original) << from.toStdString() << " -> " << to.toStdString();
         }
     }

@@ -5,7 +5,7 @@
 #include "app/QuestionnaireDocument.h"
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QDir>
 #include <QProcess>
@@ -35,7 +35,7 @@ Outcome RunProgram(const QString& program, const QStringList& arguments) {
 
 bool Load(const QString& path, CQuestionnaire& out) {
     app::AppContext context;
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     app::QuestionnaireDocument document(context, messages);
     if (!document.OpenSilently(path))
         return false;
@@ -45,7 +45,7 @@ bool Load(const QString& path, CQuestionnaire& out) {
 
 void SaveExampleAs(const QString& path) {
     app::AppContext context;
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     app::QuestionnaireDocument document(context, messages);
     ASSERT_TRUE(document.Open(kExample));
     ASSERT_TRUE(document.Save(path));

@@ -7,8 +7,8 @@
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Markup.h"
-#include "questionnaire/XmlFile.h"
-#include "util/MessageSink.h"
+#include "questionnaire/formats/XmlFile.h"
+#include "util/Messages.h"
 #include "util/TextFile.h"
 
 #include <QDir>
@@ -32,7 +32,7 @@ TEST(HostileInput, XmlTruncatedAtEveryLengthIsRefusedOrComplete) {
             // Only the final line end may be missing from a document that still reads.
             EXPECT_EQ(q, whole) << "length " << length;
         } else {
-            EXPECT_FALSE(q.m_lastError.isEmpty()) << "length " << length;
+            EXPECT_FALSE(q.GetLastError().isEmpty()) << "length " << length;
             EXPECT_EQ(q.GetNbreQuestion(), 0) << "length " << length;
         }
     }
@@ -76,10 +76,10 @@ TEST(HostileInput, XmlNestingEntitiesAndOddCharacters) {
         CMarkup doc;
         doc.SetDoc(c.xml);
         CQuestionnaire q;
-        EXPECT_EQ(q.FromXML(doc), c.reads) << c.name << ": " << q.m_lastError.toStdString();
+        EXPECT_EQ(q.FromXML(doc), c.reads) << c.name << ": " << q.GetLastError().toStdString();
         if (!c.reads) {
-            EXPECT_FALSE(q.m_lastError.isEmpty()) << c.name;
-            EXPECT_FALSE(q.m_lastError.contains(QLatin1String("root:"))) << c.name;
+            EXPECT_FALSE(q.GetLastError().isEmpty()) << c.name;
+            EXPECT_FALSE(q.GetLastError().contains(QLatin1String("root:"))) << c.name;
         }
     }
 }
@@ -100,7 +100,7 @@ protected:
     CQuestionnaire m_q;
     questionnaire::CaptionList m_captions;
     exchange::ImportOptions m_options;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
 };
 
 TEST_F(HostileImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
@@ -152,7 +152,7 @@ TEST(HostileInput, FileNamesWithSpacesLettersAndNoExtension) {
                                 QStringLiteral("survey")}) {
         const QString path = folder + QLatin1Char('/') + name;
         app::AppContext context;
-        util::RecordingSink messages;
+        util::RecordedMessages messages;
         {
             app::QuestionnaireDocument document(context, messages);
             ASSERT_TRUE(document.Open(kExample));

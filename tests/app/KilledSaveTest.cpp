@@ -3,7 +3,7 @@
 #include "app/AppContext.h"
 #include "app/QuestionnaireDocument.h"
 #include "common/TestUtil.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,7 +21,7 @@ const QString kQuestions = QStringLiteral("40000");
 
 CQuestionnaire Load(const QString& path) {
     app::AppContext context;
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     app::QuestionnaireDocument document(context, messages);
     EXPECT_TRUE(document.OpenSilently(path)) << path.toStdString();
     return document.Questionnaire() ? *document.Questionnaire() : CQuestionnaire();
@@ -63,7 +63,7 @@ TEST_P(KilledSaveTest, LeavesThePreviousFileReadableAndUnchanged) {
     const QString scratch = dir.filePath(QStringLiteral("scratch.") + QLatin1String(GetParam()));
     for (const QString& file : {path, scratch}) {
         app::AppContext context;
-        util::RecordingSink messages;
+        util::RecordedMessages messages;
         app::QuestionnaireDocument document(context, messages);
         ASSERT_TRUE(document.Open(kExample));
         ASSERT_TRUE(document.Save(file));

@@ -1,7 +1,7 @@
 #include "common/SampleQuestionnaire.h"
 
 #include "common/TestUtil.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/XmlFile.h"
 
 #include <QProcess>
 #include <QTemporaryDir>

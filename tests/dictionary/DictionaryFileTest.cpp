@@ -2,7 +2,7 @@
 #include "common/TestUtil.h"
 #include "dictionary/Dictionary.h"
 #include "util/AnsiCodePage.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ protected:
         return m_dir.filePath(name);
     }
     QTemporaryDir m_dir;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
 };
 
 TEST_F(DictionaryFileTest, ReadsEveryStringLengthFormEightBitStringsAndRepeatedLanguages) {

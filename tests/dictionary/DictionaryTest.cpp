@@ -4,7 +4,7 @@
 #include "dictionary/DictionaryPasses.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/LanguageList.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -105,7 +105,7 @@ TEST(Dictionary, MergesWithoutConflictAndTheUnindexedLanguage) {
     EXPECT_FALSE(d.Translate(QStringLiteral("Non"), kFrench, kEnglish, out)); // not indexed yet
 
     QTemporaryDir dir;
-    util::RecordingSink messages;
+    util::RecordedMessages messages;
     ASSERT_TRUE(d.Save(dir.filePath(QStringLiteral("d.dic")), messages));
     CDictionary reloaded;
     ASSERT_TRUE(reloaded.Load(dir.filePath(QStringLiteral("d.dic")), messages));

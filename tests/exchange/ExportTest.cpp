@@ -3,7 +3,7 @@
 #include "exchange/ExportFile.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -71,7 +71,7 @@ protected:
     }
 
     QTemporaryDir m_dir;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
     ExportReport m_report;
 };
 

@@ -4,7 +4,7 @@
 #include "exchange/RowCutter.h"
 #include "exchange/WindowMasks.h"
 #include "questionnaire/CaptionAccess.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 #include "util/TextFile.h"
 
 #include <QDir>
@@ -52,7 +52,7 @@ protected:
     questionnaire::CaptionList m_captions;
     ImportOptions m_options;
     ImportReport m_report;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
 };
 
 TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {

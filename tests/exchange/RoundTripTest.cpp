@@ -7,7 +7,7 @@
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/Questionnaire.h"
-#include "util/MessageSink.h"
+#include "util/Messages.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -119,7 +119,7 @@ protected:
 
     std::unique_ptr<Generator> m_generator;
     QTemporaryDir m_dir;
-    util::RecordingSink m_messages;
+    util::RecordedMessages m_messages;
 };
 
 TEST_P(RoundTripTest, UntouchedFileChangesOnlyCaptionsTheExportWarnedAbout) {

@@ -1,7 +1,7 @@
-#include "questionnaire/ExchangePackage.h"
+#include "questionnaire/formats/ExchangePackage.h"
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/XmlFile.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -199,12 +199,12 @@ protected:
         CQuestionnaire q = testutil::MakeSample();
         const CQuestionnaire before = q;
         EXPECT_FALSE(q.ReadFromExchangeFormat(WritePackage(package), Work()));
-        EXPECT_TRUE(q.m_lastError.contains(reason)) << q.m_lastError.toStdString();
+        EXPECT_TRUE(q.GetLastError().contains(reason)) << q.GetLastError().toStdString();
         if (!entry.isEmpty()) {
-            EXPECT_TRUE(q.m_lastError.contains(QLatin1Char('\'') + entry + QLatin1Char('\'')))
-                << q.m_lastError.toStdString();
+            EXPECT_TRUE(q.GetLastError().contains(QLatin1Char('\'') + entry + QLatin1Char('\'')))
+                << q.GetLastError().toStdString();
         }
-        EXPECT_TRUE(q.m_lastError.endsWith(QLatin1String("Nothing was unpacked.")));
+        EXPECT_TRUE(q.GetLastError().endsWith(QLatin1String("Nothing was unpacked.")));
         EXPECT_EQ(q, before);
         EXPECT_EQ(Tree(Work()), QStringList{QStringLiteral("old.txt")});
         ExpectOutsideUntouched();
@@ -216,7 +216,7 @@ protected:
 TEST_F(ExchangePackageTest, RoundTripKeepsModelAndMediaBytes) {
     const QString qex = Path(QStringLiteral("survey.qex"));
     CQuestionnaire q = testutil::MakeSample();
-    ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), -1)) << q.m_lastError.toStdString();
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), -1)) << q.GetLastError().toStdString();
     // Without a working folder the package holds the XML alone, as WriteXmlFile writes it.
     EXPECT_EQ(EntryNames(qex), QStringList{QString::fromLatin1(kPackageXmlName)});
     zip_int32_t method = -1;
@@ -224,7 +224,7 @@ TEST_F(ExchangePackageTest, RoundTripKeepsModelAndMediaBytes) {
     EXPECT_EQ(method, ZIP_CM_DEFLATE);
 
     CQuestionnaire read;
-    ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.m_lastError.toStdString();
+    ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.GetLastError().toStdString();
     EXPECT_EQ(read, q);
     EXPECT_EQ(read.GetExchangeFolder(), Work());
 
@@ -238,7 +238,7 @@ TEST_F(ExchangePackageTest, RoundTripKeepsModelAndMediaBytes) {
         QFile::link(Outside() + QStringLiteral("/sentinel.txt"), Work() + QStringLiteral("link")));
     ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("linked")));
     read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench, QStringLiteral("Nouveau"));
-    ASSERT_TRUE(read.SaveToExchangeFormat(qex, QString(), -1)) << read.m_lastError.toStdString();
+    ASSERT_TRUE(read.SaveToExchangeFormat(qex, QString(), -1)) << read.GetLastError().toStdString();
     EXPECT_EQ(EntryNames(qex), (QStringList{QStringLiteral("questionnaire.xml"),
                                             QStringLiteral("media/notes/.hidden.txt"),
                                             QStringLiteral("media/photo.png")}));
@@ -251,7 +251,7 @@ TEST_F(ExchangePackageTest, RoundTripKeepsModelAndMediaBytes) {
     CQuestionnaire again;
     const QString second = Path(QStringLiteral("second"));
     ASSERT_TRUE(QDir().mkdir(second));
-    ASSERT_TRUE(again.ReadFromExchangeFormat(qex, second)) << again.m_lastError.toStdString();
+    ASSERT_TRUE(again.ReadFromExchangeFormat(qex, second)) << again.GetLastError().toStdString();
     EXPECT_EQ(again, read);
     EXPECT_NE(again, q);
     EXPECT_EQ(testutil::ReadAll(second + QStringLiteral("/media/photo.png")), photo);
@@ -278,7 +278,7 @@ TEST_F(ExchangePackageTest, FlagsChooseCaptionsAndRoutings) {
         CQuestionnaire q = sample;
         ASSERT_TRUE(q.SaveToExchangeFormat(qex, QString(), c.flags));
         CQuestionnaire read;
-        ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.m_lastError.toStdString();
+        ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.GetLastError().toStdString();
         EXPECT_EQ(read.GetNbreFiltre() > 0, c.routings);
         EXPECT_EQ(!read.GetQuestion(0).GetLocalisedLongCaption(testutil::kEnglish).isEmpty(),
                   c.captions);
@@ -297,7 +297,7 @@ TEST_F(ExchangePackageTest, ExtraFolderIsPackedButNeverReplacesTheQuestionnaire)
     ASSERT_TRUE(testutil::WriteAll(extra + QStringLiteral("/keep.stp"), "packed here"));
     const QString qex = Path(QStringLiteral("extra.qex"));
     CQuestionnaire q = testutil::MakeSample();
-    ASSERT_TRUE(q.SaveToExchangeFormat(qex, extra, -1)) << q.m_lastError.toStdString();
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, extra, -1)) << q.GetLastError().toStdString();
     EXPECT_EQ(EntryNames(qex),
               (QStringList{QStringLiteral("questionnaire.xml"), QStringLiteral("docs/manual.pdf"),
                            QStringLiteral("keep.stp")}));
@@ -316,7 +316,7 @@ TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
                                              {"media/a.png", "png"},
                                              {"other.stp", "not a stamp of ours"}}));
     CQuestionnaire q;
-    ASSERT_TRUE(q.ReadFromExchangeFormat(qex, Work())) << q.m_lastError.toStdString();
+    ASSERT_TRUE(q.ReadFromExchangeFormat(qex, Work())) << q.GetLastError().toStdString();
     EXPECT_EQ(q, testutil::MakeSample());
     EXPECT_EQ(Tree(Work()),
               (QStringList{QStringLiteral("media"), QStringLiteral("media/a.png"),
@@ -423,9 +423,9 @@ TEST_F(ExchangePackageTest, DataBeyondTheDeclaredSizeStopsUnpacking) {
         RawZip({{"questionnaire.xml", SampleXml()}, {"big.bin", QByteArray(200000, 'b'), 100}}));
     CQuestionnaire q;
     EXPECT_FALSE(q.ReadFromExchangeFormat(qex, Work()));
-    EXPECT_TRUE(q.m_lastError.contains(QLatin1String("'big.bin'")));
-    EXPECT_TRUE(q.m_lastError.contains(QLatin1String("more bytes than the 100 it declares")))
-        << q.m_lastError.toStdString();
+    EXPECT_TRUE(q.GetLastError().contains(QLatin1String("'big.bin'")));
+    EXPECT_TRUE(q.GetLastError().contains(QLatin1String("more bytes than the 100 it declares")))
+        << q.GetLastError().toStdString();
     EXPECT_TRUE(q.GetExchangeFolder().isEmpty());
     // Nothing half-unpacked is left behind, and the stamp of the other instance stays.
     EXPECT_EQ(Tree(Work()), QStringList{QStringLiteral("run1.stp")});
@@ -455,10 +455,10 @@ TEST_F(ExchangePackageTest, LinksPlantedInTheWorkingFolderAreNeverWrittenThrough
         const QString qex =
             WritePackage(RawZip({{"questionnaire.xml", SampleXml()}, {c.entry, "evil"}}));
         CQuestionnaire q;
-        EXPECT_EQ(q.ReadFromExchangeFormat(qex, Work()), c.read) << q.m_lastError.toStdString();
+        EXPECT_EQ(q.ReadFromExchangeFormat(qex, Work()), c.read) << q.GetLastError().toStdString();
         if (!c.read) {
-            EXPECT_TRUE(q.m_lastError.contains(QLatin1String("is a symbolic link")));
-            EXPECT_TRUE(q.m_lastError.contains(Work() + c.link)) << q.m_lastError.toStdString();
+            EXPECT_TRUE(q.GetLastError().contains(QLatin1String("is a symbolic link")));
+            EXPECT_TRUE(q.GetLastError().contains(Work() + c.link)) << q.GetLastError().toStdString();
         }
         ExpectOutsideUntouched();
     }
@@ -485,7 +485,7 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
         SCOPED_TRACE(c.reason);
         CQuestionnaire q;
         EXPECT_FALSE(q.ReadFromExchangeFormat(c.package, c.folder));
-        EXPECT_TRUE(q.m_lastError.contains(QLatin1String(c.reason))) << q.m_lastError.toStdString();
+        EXPECT_TRUE(q.GetLastError().contains(QLatin1String(c.reason))) << q.GetLastError().toStdString();
         EXPECT_TRUE(q.GetExchangeFolder().isEmpty());
     }
     ExpectOutsideUntouched();
@@ -501,8 +501,8 @@ protected:
         ASSERT_FALSE(old.isEmpty());
         const QStringList before = Tree(folder);
         EXPECT_FALSE(q.SaveToExchangeFormat(qex, extra, -1));
-        EXPECT_TRUE(q.m_lastError.contains(qex) || q.m_lastError.contains(extra))
-            << q.m_lastError.toStdString();
+        EXPECT_TRUE(q.GetLastError().contains(qex) || q.GetLastError().contains(extra))
+            << q.GetLastError().toStdString();
         EXPECT_EQ(testutil::ReadAll(qex), old);
         EXPECT_EQ(Tree(folder), before) << "a temporary file was left behind";
     }

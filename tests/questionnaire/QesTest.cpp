@@ -1,8 +1,8 @@
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
-#include "questionnaire/QesDatabase.h"
-#include "questionnaire/QesSchema.h"
+#include "questionnaire/formats/QesDatabase.h"
+#include "questionnaire/formats/QesSchema.h"
 
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -71,8 +71,8 @@ TEST_F(QesTest, WholeFileWriteAndReadGiveTheSameQuestionnaire) {
     q.GetAdrQuestion(0)->SetLocalisedShortCaption(2000, QString::fromUtf16(u"\U0001F600\r\n\t\u0001"));
     q.GetAdrQuestion(0)->SetLocalisedComments(2001, QString()); // empty but present
     CQuestionnaire read;
-    ASSERT_TRUE(ReadAll(WriteSample(q), read)) << read.m_lastError.toStdString();
-    EXPECT_EQ(read.m_status, kQesOk);
+    ASSERT_TRUE(ReadAll(WriteSample(q), read)) << read.GetLastError().toStdString();
+    EXPECT_EQ(read.GetStatus(), kQesOk);
     EXPECT_EQ(read, q);
 }
 
@@ -151,8 +151,8 @@ TEST_F(QesTest, BrokenFilesAreRefusedWithTheirStatus) {
         c.damage(path);
         CQuestionnaire q = testutil::MakeSample();
         EXPECT_FALSE(ReadAll(path, q)) << c.name;
-        EXPECT_EQ(q.m_status, c.status) << c.name;
-        EXPECT_FALSE(q.m_lastError.isEmpty()) << c.name;
+        EXPECT_EQ(q.GetStatus(), c.status) << c.name;
+        EXPECT_FALSE(q.GetLastError().isEmpty()) << c.name;
         EXPECT_EQ(q.GetNbreQuestion(), 0) << c.name;
         CDBStructureAdo db(CDBStructureAdo::GetQesConnectionString(path));
         if (c.status != kQesNewerFormat && c.status != kQesBadData) {
@@ -167,9 +167,9 @@ TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
                QStringLiteral("INSERT INTO response_captions VALUES (10, 77, 1033, 'orphan')")});
     CQuestionnaire q;
     EXPECT_FALSE(ReadAll(path, q));
-    EXPECT_EQ(q.m_status, kQesRowsSkipped);
-    EXPECT_TRUE(QesStatusMeansRead(q.m_status));
-    EXPECT_TRUE(q.m_lastError.contains(QLatin1String("2 rows")));
+    EXPECT_EQ(q.GetStatus(), kQesRowsSkipped);
+    EXPECT_TRUE(QesStatusMeansRead(q.GetStatus()));
+    EXPECT_TRUE(q.GetLastError().contains(QLatin1String("2 rows")));
     EXPECT_EQ(q, testutil::MakeSample());
 
     const QString older = Path(QStringLiteral("older.qes"));
@@ -177,7 +177,7 @@ TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
     ASSERT_TRUE(WriteQesFile(older, testutil::MakeSample(), kProgramVersion - 1, error));
     CQuestionnaire o;
     EXPECT_FALSE(ReadAll(older, o));
-    EXPECT_EQ(o.m_status, kQesWrittenByOlderProgram);
+    EXPECT_EQ(o.GetStatus(), kQesWrittenByOlderProgram);
     EXPECT_EQ(o, testutil::MakeSample());
 }
 

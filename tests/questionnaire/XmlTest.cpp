@@ -1,7 +1,7 @@
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
 #include "questionnaire/Markup.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/XmlFile.h"
 #include "util/AnsiCodePage.h"
 
 #include <QTemporaryDir>
@@ -19,11 +19,11 @@ protected:
     void RoundTrip(const CQuestionnaire& q) {
         const QString first = Path(QStringLiteral("first.xml"));
         const QString second = Path(QStringLiteral("second.xml"));
-        ASSERT_TRUE(WriteXmlFile(first, q)) << q.m_lastError.toStdString();
+        ASSERT_TRUE(WriteXmlFile(first, q)) << q.GetLastError().toStdString();
         const QString invalid = testutil::ValidateAgainstSchema(first);
         EXPECT_TRUE(invalid.isEmpty()) << invalid.toStdString();
         CQuestionnaire read;
-        ASSERT_TRUE(ReadXmlFile(first, read)) << read.m_lastError.toStdString();
+        ASSERT_TRUE(ReadXmlFile(first, read)) << read.GetLastError().toStdString();
         EXPECT_EQ(read, q);
         ASSERT_TRUE(WriteXmlFile(second, read));
         EXPECT_EQ(testutil::ReadAll(first), testutil::ReadAll(second));
@@ -82,7 +82,7 @@ TEST_F(XmlFileTest, ReadsAnsiTextWithoutMark) {
     const QString path = Path(QStringLiteral("ansi.xml"));
     ASSERT_TRUE(testutil::WriteAll(path, ansi));
     CQuestionnaire q;
-    ASSERT_TRUE(ReadXmlFile(path, q)) << q.m_lastError.toStdString();
+    ASSERT_TRUE(ReadXmlFile(path, q)) << q.GetLastError().toStdString();
     EXPECT_EQ(q.GetQuestion(0).m_shortcut, QStringLiteral("Qé"));
     EXPECT_EQ(q.GetQuestion(0).GetLocalisedLongCaption(1036), QStringLiteral("Café crème €"));
     util::AnsiCodePage::Reset();
@@ -93,7 +93,7 @@ TEST_F(XmlFileTest, ReadsAnsiTextWithoutMark) {
         unmarked, testutil::Utf16Le(QStringLiteral("<questionnaire format=\"1\"/>"), false)));
     CQuestionnaire broken;
     EXPECT_FALSE(ReadXmlFile(unmarked, broken));
-    EXPECT_FALSE(broken.m_lastError.isEmpty());
+    EXPECT_FALSE(broken.GetLastError().isEmpty());
 }
 
 TEST_F(XmlFileTest, MalformedDocumentsAreRefusedWithAMessage) {
@@ -119,7 +119,7 @@ TEST_F(XmlFileTest, MalformedDocumentsAreRefusedWithAMessage) {
         doc.SetDoc(QString::fromUtf8(text));
         CQuestionnaire q = testutil::MakeSample();
         EXPECT_FALSE(q.FromXML(doc)) << text;
-        EXPECT_FALSE(q.m_lastError.isEmpty()) << text;
+        EXPECT_FALSE(q.GetLastError().isEmpty()) << text;
         EXPECT_EQ(q.GetNbreQuestion(), 0) << "a failed read leaves nothing half-built: " << text;
     }
 }
@@ -132,7 +132,7 @@ TEST_F(XmlFileTest, UnknownElementsOfALaterFormatAreSkipped) {
         "<response id=\"1\"><caption lang=\"9\">Yes</caption><image/></response>"
         "</question></questions></questionnaire>"));
     CQuestionnaire q;
-    ASSERT_TRUE(q.FromXML(doc)) << q.m_lastError.toStdString();
+    ASSERT_TRUE(q.FromXML(doc)) << q.GetLastError().toStdString();
     ASSERT_EQ(q.GetNbreQuestion(), 1);
     EXPECT_EQ(q.GetQuestion(0).GetModalite(0).GetLocalisedLongCaption(9), QStringLiteral("Yes"));
 }
@@ -142,7 +142,7 @@ TEST_F(XmlFileTest, FailedSaveLeavesTheOldFile) {
     ASSERT_TRUE(testutil::WriteAll(path, "old"));
     CQuestionnaire q = testutil::MakeSample();
     EXPECT_FALSE(WriteXmlFile(Path(QStringLiteral("missing/folder/q.xml")), q));
-    EXPECT_FALSE(q.m_lastError.isEmpty());
+    EXPECT_FALSE(q.GetLastError().isEmpty());
     EXPECT_EQ(testutil::ReadAll(path), QByteArray("old"));
 }
 

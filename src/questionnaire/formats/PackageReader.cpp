@@ -1,66 +1,28 @@
-// The exchange package (.qex): a ZIP file holding questionnaire.xml and further files. Unpacking
-// checks every entry before it writes anything and never writes outside the working folder;
-// packing writes a new archive beside the target and renames it over the target when complete.
-#include "questionnaire/ExchangePackage.h"
+// Unpacking checks every entry before it writes anything and never writes outside the working
+// folder.
+#include "questionnaire/formats/PackageReader.h"
 
-#include "questionnaire/Markup.h"
-#include "questionnaire/Questionnaire.h"
-#include "questionnaire/XmlFile.h"
+#include "questionnaire/formats/ExchangePackage.h"
+#include "questionnaire/formats/PackageFiles.h"
+#include "util/Progress.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QMap>
-#include <QSaveFile>
 #include <QSet>
-#include <QTemporaryFile>
-#include <QtEndian>
 
 #include <zip.h>
 
-#include <filesystem>
 #include <memory>
-#include <system_error>
-#include <vector>
 
-using namespace questionnaire;
+namespace questionnaire::package {
 
 namespace {
 
 // File type bits of a Unix mode, kept in the upper half of a ZIP entry's external attributes.
 constexpr zip_uint32_t kUnixTypeMask = 0170000;
 constexpr zip_uint32_t kUnixSymLink = 0120000;
-constexpr qsizetype kCopyChunk = 64 * 1024;
-
-// libzip takes UTF-8 names on Windows and the local encoding elsewhere.
-QByteArray ZipPath(const QString& path) {
-#ifdef Q_OS_WIN
-    return path.toUtf8();
-#else
-    return QFile::encodeName(path);
-#endif
-}
-
-std::filesystem::path FileSystemPath(const QString& path) {
-#ifdef Q_OS_WIN
-    return std::filesystem::path(path.toStdWString());
-#else
-    return std::filesystem::path(QFile::encodeName(path).toStdString());
-#endif
-}
-
-QString ZipErrorText(int code) {
-    zip_error_t error;
-    zip_error_init_with_code(&error, code);
-    const QString text = QString::fromUtf8(zip_error_strerror(&error));
-    zip_error_fini(&error);
-    return text;
-}
-
-bool IsStampName(const QString& name) {
-    return name.endsWith(QLatin1String(kStampSuffix), Qt::CaseInsensitive);
-}
+constexpr qsizetype kCopyChunk = qsizetype(1) << 20;
 
 bool IsAsciiLetter(QChar c) {
     return (c >= QLatin1Char('a') && c <= QLatin1Char('z')) ||
@@ -124,46 +86,12 @@ bool EmptyFolder(const QString& folder, QString& failed) {
     return true;
 }
 
-struct PackageEntry {
-    zip_uint64_t index = 0;
-    QString relative; // below the working folder, '/' separators, no trailing one
-    bool isFolder = false;
-    quint64 size = 0; // declared uncompressed size
-};
+} // namespace
 
-// Unpacks one package into a working folder: Open, CheckEntries (writes nothing), Unpack.
-class PackageReader {
-public:
-    PackageReader(const QString& path, const QString& folder) : m_path(path), m_folder(folder) {}
-    ~PackageReader() {
-        if (m_zip)
-            zip_discard(m_zip);
-    }
-    PackageReader(const PackageReader&) = delete;
-    PackageReader& operator=(const PackageReader&) = delete;
-
-    bool Open();
-    bool CheckEntries();
-    bool Unpack();
-    const QString& Error() const { return m_error; }
-
-private:
-    bool Refuse(const QString& what, const QString& entry);
-    bool Fail(const QString& text);
-    bool CheckEntry(zip_uint64_t index, quint64& total);
-    bool CheckData(const zip_stat_t& st, const QString& name, quint64& total);
-    bool CheckLayout();
-    bool MakeFolders(const QString& relative);
-    bool WriteEntry(const PackageEntry& entry);
-    bool CopyData(zip_file_t* source, QFile& target, const PackageEntry& entry);
-    bool RefuseLink(const QString& path);
-
-    QString m_path;
-    QString m_folder; // cleaned, no trailing separator
-    zip_t* m_zip = nullptr;
-    std::vector<PackageEntry> m_entries;
-    QString m_error;
-};
+PackageReader::~PackageReader() {
+    if (m_zip)
+        zip_discard(m_zip);
+}
 
 bool PackageReader::Refuse(const QString& what, const QString& entry) {
     m_error = QStringLiteral("The package '%1' holds %2: '%3'. Nothing was unpacked.")
@@ -206,7 +134,7 @@ bool PackageReader::CheckEntries() {
     return CheckLayout();
 }
 
-bool PackageReader::CheckEntry(zip_uint64_t index, quint64& total) {
+bool PackageReader::CheckEntry(quint64 index, quint64& total) {
     const char* raw = zip_get_name(m_zip, index, 0);
     if (!raw)
         return Refuse(QStringLiteral("an entry without a readable name"), QString::number(index));
@@ -216,7 +144,7 @@ bool PackageReader::CheckEntry(zip_uint64_t index, quint64& total) {
         return Refuse(QStringLiteral("an entry with %1").arg(problem), name);
     if (IsSymLinkEntry(m_zip, index))
         return Refuse(QStringLiteral("an entry that is a symbolic link"), name);
-    PackageEntry entry;
+    Entry entry;
     entry.index = index;
     entry.relative = SlashedName(name);
     entry.isFolder = entry.relative.endsWith(QLatin1Char('/'));
@@ -235,7 +163,7 @@ bool PackageReader::CheckEntry(zip_uint64_t index, quint64& total) {
     return true;
 }
 
-bool PackageReader::CheckData(const zip_stat_t& st, const QString& name, quint64& total) {
+bool PackageReader::CheckData(const struct zip_stat& st, const QString& name, quint64& total) {
     if ((st.valid & ZIP_STAT_ENCRYPTION_METHOD) && st.encryption_method != ZIP_EM_NONE)
         return Refuse(QStringLiteral("an encrypted entry"), name);
     if (!(st.valid & ZIP_STAT_COMP_METHOD) || !zip_compression_method_supported(st.comp_method, 0))
@@ -271,7 +199,7 @@ bool PackageReader::CheckLayout() {
     QSet<QString> names;
     QSet<QString> folders;
     bool hasXml = false;
-    for (const PackageEntry& entry : m_entries) {
+    for (const Entry& entry : m_entries) {
         if (names.contains(entry.relative))
             return Refuse(QStringLiteral("two entries with the same name"), entry.relative);
         names.insert(entry.relative);
@@ -282,7 +210,7 @@ bool PackageReader::CheckLayout() {
             folders.insert(entry.relative.left(cut));
         hasXml = hasXml || (!entry.isFolder && entry.relative == QLatin1String(kPackageXmlName));
     }
-    for (const PackageEntry& entry : m_entries) {
+    for (const Entry& entry : m_entries) {
         if (!entry.isFolder && folders.contains(entry.relative))
             return Refuse(QStringLiteral("an entry that is both a file and a folder"),
                           entry.relative);
@@ -294,13 +222,20 @@ bool PackageReader::CheckLayout() {
     return true;
 }
 
-bool PackageReader::Unpack() {
+bool PackageReader::Unpack(util::Progress* progress) {
     QString failed;
     if (!EmptyFolder(m_folder, failed)) {
         return Fail(QStringLiteral("Cannot empty the working folder '%1': '%2' cannot be removed.")
                         .arg(m_folder, failed));
     }
-    for (const PackageEntry& entry : m_entries) {
+    quint64 total = 0;
+    for (const Entry& entry : m_entries)
+        total += entry.size;
+    util::ProgressScope scope(progress, QStringLiteral("Unpacking the questionnaire"),
+                              qint64(total));
+    m_progress = &scope;
+    m_unpacked = 0;
+    for (const Entry& entry : m_entries) {
         // A stamp of another running instance may have that name; stamps never travel.
         if (!entry.isFolder && !entry.relative.contains(QLatin1Char('/')) &&
             IsStampName(entry.relative))
@@ -338,7 +273,7 @@ bool PackageReader::MakeFolders(const QString& relative) {
     return true;
 }
 
-bool PackageReader::WriteEntry(const PackageEntry& entry) {
+bool PackageReader::WriteEntry(const Entry& entry) {
     const qsizetype cut = entry.relative.lastIndexOf(QLatin1Char('/'));
     if (cut > 0 && !MakeFolders(entry.relative.left(cut)))
         return false;
@@ -361,7 +296,7 @@ bool PackageReader::WriteEntry(const PackageEntry& entry) {
     return CopyData(source.get(), file, entry);
 }
 
-bool PackageReader::CopyData(zip_file_t* source, QFile& target, const PackageEntry& entry) {
+bool PackageReader::CopyData(zip_file* source, QFile& target, const Entry& entry) {
     QByteArray buffer(kCopyChunk, Qt::Uninitialized);
     quint64 copied = 0;
     for (;;) {
@@ -383,6 +318,9 @@ bool PackageReader::CopyData(zip_file_t* source, QFile& target, const PackageEnt
         }
         if (target.write(buffer.constData(), read) != read)
             break;
+        m_unpacked += quint64(read);
+        if (!m_progress->Advance(qint64(m_unpacked)))
+            return Fail(QStringLiteral("The unpacking of '%1' was stopped.").arg(m_path));
     }
     target.close();
     if (target.error() != QFileDevice::NoError) {
@@ -393,209 +331,4 @@ bool PackageReader::CopyData(zip_file_t* source, QFile& target, const PackageEnt
     return true;
 }
 
-// --- packing ---
-
-
-bool WriteWorkingXml(const QString& path, const QByteArray& xml, QString& error) {
-    // QSaveFile writes to the target of a link; unpacking never makes links, so one is planted.
-    if (QFileInfo(path).isSymLink()) {
-        error = QStringLiteral("Cannot write the file '%1': it is a symbolic link.").arg(path);
-        return false;
-    }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(xml) != xml.size() || !file.commit()) {
-        error = QStringLiteral("Cannot write the file '%1': %2").arg(path, file.errorString());
-        return false;
-    }
-    return true;
-}
-
-// Adds the files below `folder` to `files` (entry name -> file), named relative to the folder
-// with '/' separators; links are left out, and the stamps at its top when asked.
-void ListFiles(const QString& folder, bool skipStamps, QMap<QString, QString>& files) {
-    const QDir root(folder);
-    // Without FollowSymlinks the walk does not descend into linked folders either.
-    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString name = root.relativeFilePath(file);
-        if (skipStamps && !name.contains(QLatin1Char('/')) && IsStampName(name))
-            continue;
-        files.insert(name, file);
-    }
-}
-
-// Writes a new archive under a temporary name in the target's folder and renames it over the
-// target only once libzip has written it whole; until then the old package stays as it was.
-class PackageWriter {
-public:
-    explicit PackageWriter(const QString& target) : m_target(target) {}
-    ~PackageWriter();
-    PackageWriter(const PackageWriter&) = delete;
-    PackageWriter& operator=(const PackageWriter&) = delete;
-
-    // `xml` must stay alive until Write returns: libzip reads it while closing.
-    bool Write(const QByteArray& xml, const QMap<QString, QString>& files);
-    const QString& Error() const { return m_error; }
-
-private:
-    bool Begin();
-    bool Add(const QString& name, zip_source_t* source);
-    bool Finish();
-
-    QString m_target;
-    QString m_temporary;
-    zip_t* m_zip = nullptr;
-    QString m_error;
-};
-
-PackageWriter::~PackageWriter() {
-    if (m_zip)
-        zip_discard(m_zip);
-    if (!m_temporary.isEmpty())
-        QFile::remove(m_temporary);
-}
-
-bool PackageWriter::Write(const QByteArray& xml, const QMap<QString, QString>& files) {
-    if (!Begin())
-        return false;
-    // The questionnaire comes first so that a reader meets it before the media.
-    if (!Add(QLatin1String(kPackageXmlName),
-             zip_source_buffer(m_zip, xml.constData(), zip_uint64_t(xml.size()), 0)))
-        return false;
-    for (auto it = files.cbegin(); it != files.cend(); ++it) {
-        if (!Add(it.key(), zip_source_file(m_zip, ZipPath(it.value()).constData(), 0, 0)))
-            return false;
-    }
-    return Finish();
-}
-
-bool PackageWriter::Begin() {
-    // A short name, so that a target whose name is near the length limit can still be saved.
-    const QString folder = QFileInfo(m_target).absolutePath();
-    QTemporaryFile reserved(folder + QStringLiteral("/.qex-XXXXXX.tmp"));
-    reserved.setAutoRemove(false);
-    if (!reserved.open()) {
-        m_error = QStringLiteral("Cannot save the package '%1': no temporary file can be created "
-                                 "in '%2': %3")
-                      .arg(m_target, folder, reserved.errorString());
-        return false;
-    }
-    m_temporary = reserved.fileName();
-    reserved.close();
-    // libzip creates the file itself when it closes, with the mode a new file gets; the
-    // reserved file would pass on its private mode.
-    QFile::remove(m_temporary);
-    int code = ZIP_ER_OK;
-    m_zip = zip_open(ZipPath(m_temporary).constData(), ZIP_CREATE | ZIP_EXCL, &code);
-    if (!m_zip) {
-        m_error =
-            QStringLiteral("Cannot save the package '%1': %2.").arg(m_target, ZipErrorText(code));
-        return false;
-    }
-    return true;
-}
-
-bool PackageWriter::Add(const QString& name, zip_source_t* source) {
-    zip_int64_t index = -1;
-    if (source) {
-        index = zip_file_add(m_zip, name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8);
-        if (index < 0)
-            zip_source_free(source);
-    }
-    if (index >= 0 && zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, 0) == 0)
-        return true;
-    m_error = QStringLiteral("Cannot add '%1' to the package '%2': %3")
-                  .arg(name, m_target, QString::fromUtf8(zip_strerror(m_zip)));
-    return false;
-}
-
-bool PackageWriter::Finish() {
-    if (zip_close(m_zip) != 0) {
-        // The archive stays open after a failed close; the destructor discards it.
-        m_error = QStringLiteral("Cannot save the package '%1': %2")
-                      .arg(m_target, QString::fromUtf8(zip_strerror(m_zip)));
-        return false;
-    }
-    m_zip = nullptr;
-    const QFileInfo old(m_target);
-    if (old.exists())
-        QFile::setPermissions(m_temporary, old.permissions());
-    std::error_code failure;
-    std::filesystem::rename(FileSystemPath(m_temporary), FileSystemPath(m_target), failure);
-    if (failure) {
-        m_error = QStringLiteral("Cannot save the package '%1': %2")
-                      .arg(m_target, QString::fromStdString(failure.message()));
-        return false;
-    }
-    m_temporary.clear();
-    return true;
-}
-
-} // namespace
-
-bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& workingFolder) {
-    if (workingFolder.isEmpty()) {
-        m_lastError = QStringLiteral("No working folder was given to unpack the package '%1' into.")
-                          .arg(path);
-        return false;
-    }
-    const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(workingFolder));
-    if (!QFileInfo(folder).isDir()) {
-        m_lastError = QStringLiteral("The working folder '%1' does not exist.").arg(workingFolder);
-        return false;
-    }
-    PackageReader reader(path, folder);
-    if (!reader.Open() || !reader.CheckEntries()) {
-        m_lastError = reader.Error();
-        return false;
-    }
-    // From here on the folder changes: it no longer holds what this questionnaire was read from.
-    if (QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder)) == folder)
-        m_exchangeFolder.clear();
-    if (!reader.Unpack()) {
-        m_lastError = reader.Error();
-        return false;
-    }
-    if (!ReadXmlFile(folder + QLatin1Char('/') + QLatin1String(kPackageXmlName), *this)) {
-        m_exchangeFolder.clear();
-        m_lastError = QStringLiteral("The package '%1' holds a %2 that cannot be read: %3")
-                          .arg(path, QLatin1String(kPackageXmlName), m_lastError);
-        return false;
-    }
-    m_exchangeFolder = workingFolder;
-    return true;
-}
-
-bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& extraFolder,
-                                          qint32 flags) {
-    CMarkup doc;
-    // -1 has every bit set, so it writes everything.
-    GetQuestionsAsXML(doc, (flags & kPackageWithCaptions) != 0,
-                      (flags & kPackageWithRoutings) != 0);
-    const QByteArray xml = XmlFileBytes(doc);
-    QMap<QString, QString> files; // sorted, so that the same folder gives the same package
-    if (!m_exchangeFolder.isEmpty()) {
-        const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder));
-        const QString xmlPath = folder + QLatin1Char('/') + QLatin1String(kPackageXmlName);
-        if (!WriteWorkingXml(xmlPath, xml, m_lastError))
-            return false;
-        ListFiles(folder, true, files);
-    }
-    if (!extraFolder.isEmpty()) {
-        if (!QFileInfo(extraFolder).isDir()) {
-            m_lastError = QStringLiteral("The folder '%1' to pack into '%2' does not exist.")
-                              .arg(extraFolder, path);
-            return false;
-        }
-        ListFiles(QDir::cleanPath(QDir::fromNativeSeparators(extraFolder)), false, files);
-    }
-    files.remove(QLatin1String(kPackageXmlName)); // written from memory, first
-    PackageWriter writer(path);
-    if (!writer.Write(xml, files)) {
-        m_lastError = writer.Error();
-        return false;
-    }
-    return true;
-}
+} // namespace questionnaire::package

@@ -1,10 +1,17 @@
 #pragma once
 
+#include "util/Outcome.h"
+#include "util/SqlConnection.h"
+
 #include <QString>
 
 #include <memory>
 
 class CQuestionnaire;
+
+namespace util {
+class Progress;
+}
 
 namespace questionnaire {
 
@@ -29,8 +36,8 @@ inline bool QesStatusMeansRead(quint16 status) {
 
 // Writes a whole new database file for the questionnaire. The file appears only when complete:
 // an existing file is replaced at once or not at all.
-bool WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 programVersion,
-                  QString& error);
+util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 programVersion,
+                           util::Progress* progress = nullptr);
 
 } // namespace questionnaire
 
@@ -59,10 +66,10 @@ public:
     // Opens the database; with `createIfMissing` a missing file becomes a new empty
     // questionnaire database, otherwise it is an error.
     virtual bool Open(bool createIfMissing);
-    bool SaveLanguages(CQuestionnaire& q);
-    bool SaveCaptionsOnly(CQuestionnaire* q);
-    bool SaveErrorMessages(CQuestionnaire& q);
-    bool DoSaveFilters(CQuestionnaire* q);
+    bool SaveLanguages(const CQuestionnaire& q);
+    bool SaveCaptionsOnly(const CQuestionnaire* q);
+    bool SaveErrorMessages(const CQuestionnaire& q);
+    bool DoSaveFilters(const CQuestionnaire* q);
 
     // Groups the savers that follow into one transaction: all of them reach the file, or none.
     bool BeginTransaction();
@@ -70,9 +77,10 @@ public:
     void RollbackTransaction();
 
 private:
-    struct Connection;
     template <class F> bool InTransaction(const char* operation, F&& work);
+    bool Failed(const char* operation, const util::Outcome& outcome);
 
     QString m_path;
-    std::unique_ptr<Connection> m_connection;
+    util::sql::Connection m_db;
+    std::unique_ptr<util::sql::Transaction> m_transaction;
 };

@@ -1,10 +1,16 @@
+// The program: batch work when the command line asks for it, else the window. The choice is made
+// before any application object exists, so that batch work never needs a display.
 #include "BuildInfo.h"
 #include "app/AppContext.h"
 #include "app/BatchRunner.h"
-#include "util/MessageSink.h"
+#include "app/Strings.h"
+#include "util/Messages.h"
+#include "util/Progress.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
+
+#include <memory>
 
 namespace {
 
@@ -65,13 +71,17 @@ int main(int argc, char** argv) {
         return 0;
     }
     app::AppContext context;
-    util::StandardErrorSink messages;
-    if (app::RunBatch(context, arguments, messages, out)) {
+    util::StandardErrorMessages messages;
+    // Progress only for a person watching a terminal; scripts read nothing of it.
+    std::unique_ptr<util::TerminalProgress> progress;
+    if (util::TerminalProgress::Wanted())
+        progress = std::make_unique<util::TerminalProgress>();
+    if (app::RunBatch(context, arguments, messages, out, progress.get())) {
         out << "result=" << context.exitCode << '\n';
         out.flush();
         return app::PosixStatus(context.exitCode);
     }
     QTextStream err(stderr);
-    err << "This build has no window: give an operation (translator --help).\n";
+    err << app::Tr(app::strings::kNoWindow) << '\n';
     return 2;
 }

@@ -1,11 +1,12 @@
-#include "questionnaire/QesSchema.h"
+#include "questionnaire/formats/QesSchema.h"
 
-#include "questionnaire/QesDatabase.h"
+#include "questionnaire/formats/QesDatabase.h"
 
-#include <QAtomicInt>
-#include <QFileInfo>
+#include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
+
+#include <vector>
 
 namespace questionnaire::qes {
 
@@ -80,33 +81,32 @@ QString CreateStatement(const Table& table) {
     return sql;
 }
 
-bool CheckTable(QSqlDatabase& db, const Table& table, quint16& status, QString& error) {
-    QSqlQuery query(db);
+util::Outcome CheckTable(util::sql::Connection& db, const Table& table, quint16& status) {
+    QSqlQuery query(db.Database());
     if (!query.exec(QStringLiteral("PRAGMA table_info(%1)").arg(QLatin1String(table.name)))) {
         status = kQesReadError;
-        error = query.lastError().text();
-        return false;
+        return util::Outcome::Failure(query.lastError().text());
     }
     QHash<QString, QString> types;
     while (query.next())
         types.insert(query.value(1).toString().toLower(), query.value(2).toString().toUpper());
     if (types.isEmpty()) {
         status = kQesNotAQuestionnaire;
-        error = QStringLiteral("The table '%1' is missing: this is not a questionnaire database.")
-                    .arg(QLatin1String(table.name));
-        return false;
+        return util::Outcome::Failure(
+            QStringLiteral("The table '%1' is missing: this is not a questionnaire database.")
+                .arg(QLatin1String(table.name)));
     }
     for (const Column& column : table.columns) {
         const auto it = types.constFind(QLatin1String(column.name));
         if (it == types.constEnd() || *it != QLatin1String(column.type)) {
             status = kQesBadSchema;
-            error = QStringLiteral("The column '%1.%2' is missing or is not of type %3.")
-                        .arg(QLatin1String(table.name), QLatin1String(column.name),
-                             QLatin1String(column.type));
-            return false;
+            return util::Outcome::Failure(
+                QStringLiteral("The column '%1.%2' is missing or is not of type %3.")
+                    .arg(QLatin1String(table.name), QLatin1String(column.name),
+                         QLatin1String(column.type)));
         }
     }
-    return true;
+    return {};
 }
 
 } // namespace
@@ -121,66 +121,31 @@ const QStringList& CreateStatements() {
     return statements;
 }
 
-bool CheckSchema(QSqlDatabase& db, quint16& status, QString& error) {
+util::Outcome CheckSchema(util::sql::Connection& db, quint16& status) {
     for (const Table& table : Tables())
-        if (!CheckTable(db, table, status, error))
-            return false;
-    QSqlQuery query(db);
+        if (const util::Outcome checked = CheckTable(db, table, status); !checked)
+            return checked;
+    QSqlQuery query(db.Database());
     if (!query.exec(QStringLiteral("SELECT value FROM format WHERE key = 'format'")) ||
         !query.next()) {
         status = kQesBadData;
-        error = QStringLiteral("The database does not say which format it has.");
-        return false;
+        return util::Outcome::Failure(QStringLiteral("The database does not say which format it has."));
     }
     bool ok = false;
     const int format = query.value(0).toString().toInt(&ok);
     if (!ok || format < 1) {
         status = kQesBadData;
-        error = QStringLiteral("The database names an unknown format.");
-        return false;
+        return util::Outcome::Failure(QStringLiteral("The database names an unknown format."));
     }
     if (format > kFormatVersion) {
         status = kQesNewerFormat;
-        error = QStringLiteral("The database has format %1, written by a newer version of the "
-                               "program; this version reads format %2.")
-                    .arg(format)
-                    .arg(kFormatVersion);
-        return false;
+        return util::Outcome::Failure(
+            QStringLiteral("The database has format %1, written by a newer version of the "
+                           "program; this version reads format %2.")
+                .arg(format)
+                .arg(kFormatVersion));
     }
-    return true;
-}
-
-QSqlDatabase OpenConnection(const QString& path, bool readOnly, QString& error) {
-    static QAtomicInt counter;
-    const QString name = QStringLiteral("qes-%1").arg(counter.fetchAndAddRelaxed(1));
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-    db.setDatabaseName(path);
-    // Another program saving the same file holds its lock for the length of its save: wait for
-    // it rather than fail, so that the later save wins whole.
-    db.setConnectOptions(readOnly ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=30000")
-                                  : QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
-    if (!db.open()) {
-        error = db.lastError().text();
-        CloseConnection(db);
-        return {};
-    }
-    // A file that is not a database opens without complaint; the first read tells.
-    QSqlQuery probe(db);
-    if (!probe.exec(QStringLiteral("PRAGMA schema_version"))) {
-        error = probe.lastError().text();
-        probe = QSqlQuery();
-        CloseConnection(db);
-        return {};
-    }
-    return db;
-}
-
-void CloseConnection(QSqlDatabase& db) {
-    const QString name = db.connectionName();
-    db.close();
-    db = QSqlDatabase();
-    if (!name.isEmpty())
-        QSqlDatabase::removeDatabase(name);
+    return {};
 }
 
 } // namespace questionnaire::qes

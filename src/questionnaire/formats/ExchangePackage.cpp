@@ -1,0 +1,155 @@
+// The exchange package (.qex): a ZIP file holding questionnaire.xml and further files, unpacked
+// into the questionnaire's working folder while it is open.
+#include "questionnaire/formats/ExchangePackage.h"
+
+#include "questionnaire/Questionnaire.h"
+#include "questionnaire/formats/PackageFiles.h"
+#include "questionnaire/formats/PackageReader.h"
+#include "questionnaire/formats/PackageWriter.h"
+#include "questionnaire/formats/XmlFile.h"
+#include "util/FileSystem.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include <zip.h>
+
+namespace questionnaire::package {
+
+QByteArray ZipPath(const QString& path) {
+#ifdef Q_OS_WIN
+    return path.toUtf8();
+#else
+    return QFile::encodeName(path);
+#endif
+}
+
+std::filesystem::path FileSystemPath(const QString& path) {
+#ifdef Q_OS_WIN
+    return std::filesystem::path(path.toStdWString());
+#else
+    return std::filesystem::path(QFile::encodeName(path).toStdString());
+#endif
+}
+
+QString ZipErrorText(int code) {
+    zip_error_t error;
+    zip_error_init_with_code(&error, code);
+    const QString text = QString::fromUtf8(zip_error_strerror(&error));
+    zip_error_fini(&error);
+    return text;
+}
+
+bool IsStampName(const QString& name) {
+    return name.endsWith(QLatin1String(kStampSuffix), Qt::CaseInsensitive);
+}
+
+} // namespace questionnaire::package
+
+using namespace questionnaire;
+using namespace questionnaire::package;
+
+namespace {
+
+// The questionnaire's XML written to `path`, streamed; a working copy, so it is renamed into
+// place without waiting for the disk.
+bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
+                  util::Progress* progress, QString& error) {
+    // Unpacking never makes links, so one there was planted: nothing is written through it.
+    if (QFileInfo(path).isSymLink()) {
+        error = QStringLiteral("Cannot write the file '%1': it is a symbolic link.").arg(path);
+        return false;
+    }
+    util::ReplacingFile file(path);
+    // -1 has every bit set, so it writes everything.
+    const bool written =
+        file.Open() &&
+        WriteXmlDocument(
+            q, (flags & kPackageWithCaptions) != 0, (flags & kPackageWithRoutings) != 0,
+            [&file](const char* data, qint64 size) { return file.Write(data, size); }, progress);
+    if (written && file.Commit())
+        return true;
+    error = file.ErrorString().isEmpty()
+                ? QStringLiteral("The saving of '%1' was stopped.").arg(path)
+                : QStringLiteral("Cannot write the file '%1': %2").arg(path, file.ErrorString());
+    return false;
+}
+
+} // namespace
+
+bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& workingFolder,
+                                            util::Progress* progress) {
+    if (workingFolder.isEmpty()) {
+        m_lastError = QStringLiteral("No working folder was given to unpack the package '%1' into.")
+                          .arg(path);
+        return false;
+    }
+    const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(workingFolder));
+    if (!QFileInfo(folder).isDir()) {
+        m_lastError = QStringLiteral("The working folder '%1' does not exist.").arg(workingFolder);
+        return false;
+    }
+    PackageReader reader(path, folder);
+    if (!reader.Open() || !reader.CheckEntries()) {
+        m_lastError = reader.Error();
+        return false;
+    }
+    // From here on the folder changes: it no longer holds what this questionnaire was read from.
+    if (QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder)) == folder)
+        m_exchangeFolder.clear();
+    if (!reader.Unpack(progress)) {
+        m_lastError = reader.Error();
+        return false;
+    }
+    const util::Outcome read =
+        ReadXmlFile(folder + QLatin1Char('/') + QLatin1String(kPackageXmlName), *this, progress);
+    if (!read) {
+        m_exchangeFolder.clear();
+        m_lastError = QStringLiteral("The package '%1' holds a %2 that cannot be read: %3")
+                          .arg(path, QLatin1String(kPackageXmlName), read.Reason());
+        return false;
+    }
+    m_exchangeFolder = workingFolder;
+    return true;
+}
+
+bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& extraFolder,
+                                          qint32 flags, util::Progress* progress) {
+    QMap<QString, QString> files; // sorted, so that the same folder gives the same package
+    QString xmlPath;
+    QTemporaryFile xmlTemporary;
+    if (!m_exchangeFolder.isEmpty()) {
+        const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder));
+        xmlPath = folder + QLatin1Char('/') + QLatin1String(kPackageXmlName);
+        ListFiles(folder, true, files);
+    } else {
+        // Without a working folder the XML is made beside the package, and goes with it.
+        xmlTemporary.setFileTemplate(QFileInfo(path).absolutePath() +
+                                     QStringLiteral("/.qex-xml-XXXXXX.tmp"));
+        if (!xmlTemporary.open()) {
+            m_lastError = QStringLiteral("Cannot save the package '%1': %2")
+                              .arg(path, xmlTemporary.errorString());
+            return false;
+        }
+        xmlPath = xmlTemporary.fileName();
+    }
+    if (!extraFolder.isEmpty()) {
+        if (!QFileInfo(extraFolder).isDir()) {
+            m_lastError = QStringLiteral("The folder '%1' to pack into '%2' does not exist.")
+                              .arg(extraFolder, path);
+            return false;
+        }
+        ListFiles(QDir::cleanPath(QDir::fromNativeSeparators(extraFolder)), false, files);
+    }
+    files.remove(QLatin1String(kPackageXmlName)); // the questionnaire's own, packed first
+    if (!WriteXmlCopy(*this, xmlPath, flags, progress, m_lastError))
+        return false;
+    PackageWriter writer(path);
+    if (!writer.Write(xmlPath, files, progress)) {
+        m_lastError = writer.Error();
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <filesystem>
+
+// What the package reader and writer share.
+namespace questionnaire::package {
+
+// libzip takes UTF-8 names on Windows and the local encoding elsewhere.
+QByteArray ZipPath(const QString& path);
+std::filesystem::path FileSystemPath(const QString& path);
+QString ZipErrorText(int code);
+// A stamp file of a running instance, at the top of a working folder.
+bool IsStampName(const QString& name);
+
+} // namespace questionnaire::package

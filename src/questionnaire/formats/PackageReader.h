@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QString>
+
+class QFile;
+
+#include <vector>
+
+struct zip;
+struct zip_file;
+struct zip_stat;
+
+namespace util {
+class Progress;
+class ProgressScope;
+} // namespace util
+
+namespace questionnaire::package {
+
+// Unpacks one package into a working folder: Open, then CheckEntries, which writes nothing and
+// refuses a package that is damaged, hostile or absurdly large, then Unpack, which never writes
+// outside the folder nor through a link.
+class PackageReader {
+public:
+    PackageReader(const QString& path, const QString& folder) : m_path(path), m_folder(folder) {}
+    ~PackageReader();
+    PackageReader(const PackageReader&) = delete;
+    PackageReader& operator=(const PackageReader&) = delete;
+
+    bool Open();
+    bool CheckEntries();
+    bool Unpack(util::Progress* progress = nullptr);
+    const QString& Error() const { return m_error; }
+
+private:
+    struct Entry {
+        quint64 index = 0;
+        QString relative; // below the working folder, '/' separators, no trailing one
+        bool isFolder = false;
+        quint64 size = 0; // declared uncompressed size
+    };
+
+    bool Refuse(const QString& what, const QString& entry);
+    bool Fail(const QString& text);
+    bool CheckEntry(quint64 index, quint64& total);
+    bool CheckData(const struct zip_stat& st, const QString& name, quint64& total);
+    bool CopyData(zip_file* source, QFile& target, const Entry& entry);
+    bool CheckLayout();
+    bool MakeFolders(const QString& relative);
+    bool WriteEntry(const Entry& entry);
+    bool RefuseLink(const QString& path);
+
+    QString m_path;
+    QString m_folder; // cleaned, no trailing separator
+    zip* m_zip = nullptr;
+    std::vector<Entry> m_entries;
+    util::ProgressScope* m_progress = nullptr; // while unpacking
+    quint64 m_unpacked = 0;                    // bytes written so far
+    QString m_error;
+};
+
+} // namespace questionnaire::package

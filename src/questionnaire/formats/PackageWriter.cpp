@@ -1,0 +1,147 @@
+#include "questionnaire/formats/PackageWriter.h"
+
+#include "questionnaire/formats/ExchangePackage.h"
+#include "questionnaire/formats/PackageFiles.h"
+#include "util/Progress.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include <zip.h>
+
+#include <system_error>
+
+namespace questionnaire::package {
+
+namespace {
+
+// The level "zip -6" and most packers use: a tenth smaller files would cost three times as long.
+constexpr zip_uint32_t kDeflateLevel = 6;
+
+struct ProgressState {
+    util::ProgressScope scope;
+    ProgressState(util::Progress* progress, const QString& what)
+        : scope(progress, what, 1000) {}
+};
+
+} // namespace
+
+void ListFiles(const QString& folder, bool skipStamps, QMap<QString, QString>& files) {
+    const QDir root(folder);
+    // Without FollowSymlinks the walk does not descend into linked folders either.
+    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString file = it.next();
+        const QString name = root.relativeFilePath(file);
+        if (skipStamps && !name.contains(QLatin1Char('/')) && IsStampName(name))
+            continue;
+        files.insert(name, file);
+    }
+}
+
+PackageWriter::~PackageWriter() {
+    if (m_zip)
+        zip_discard(m_zip);
+    if (!m_temporary.isEmpty())
+        QFile::remove(m_temporary);
+}
+
+bool PackageWriter::Write(const QString& xmlFile, const QMap<QString, QString>& files,
+                          util::Progress* progress) {
+    if (!Begin())
+        return false;
+    // The questionnaire comes first so that a reader meets it before the media.
+    if (!Add(QLatin1String(kPackageXmlName),
+             zip_source_file(m_zip, ZipPath(xmlFile).constData(), 0, 0)))
+        return false;
+    for (auto it = files.cbegin(); it != files.cend(); ++it) {
+        if (!Add(it.key(), zip_source_file(m_zip, ZipPath(it.value()).constData(), 0, 0)))
+            return false;
+    }
+    return Finish(progress);
+}
+
+bool PackageWriter::Begin() {
+    // A short name, so that a target whose name is near the length limit can still be saved.
+    const QString folder = QFileInfo(m_target).absolutePath();
+    QTemporaryFile reserved(folder + QStringLiteral("/.qex-XXXXXX.tmp"));
+    reserved.setAutoRemove(false);
+    if (!reserved.open()) {
+        m_error = QStringLiteral("Cannot save the package '%1': no temporary file can be created "
+                                 "in '%2': %3")
+                      .arg(m_target, folder, reserved.errorString());
+        return false;
+    }
+    m_temporary = reserved.fileName();
+    reserved.close();
+    // libzip creates the file itself when it closes, with the mode a new file gets; the
+    // reserved file would pass on its private mode.
+    QFile::remove(m_temporary);
+    int code = ZIP_ER_OK;
+    m_zip = zip_open(ZipPath(m_temporary).constData(), ZIP_CREATE | ZIP_EXCL, &code);
+    if (!m_zip) {
+        m_error =
+            QStringLiteral("Cannot save the package '%1': %2.").arg(m_target, ZipErrorText(code));
+        return false;
+    }
+    return true;
+}
+
+bool PackageWriter::Add(const QString& name, zip_source* source) {
+    zip_int64_t index = -1;
+    if (source) {
+        index = zip_file_add(m_zip, name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8);
+        if (index < 0)
+            zip_source_free(source);
+    }
+    if (index >= 0 &&
+        zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, kDeflateLevel) == 0)
+        return true;
+    m_error = QStringLiteral("Cannot add '%1' to the package '%2': %3")
+                  .arg(name, m_target, QString::fromUtf8(zip_strerror(m_zip)));
+    return false;
+}
+
+bool PackageWriter::Finish(util::Progress* progress) {
+    // libzip compresses while it closes: that is where the time goes, and where it can stop.
+    ProgressState state(progress, QStringLiteral("Packing the questionnaire"));
+    if (progress) {
+        zip_register_progress_callback_with_state(
+            m_zip, 0.001,
+            [](zip_t*, double done, void* data) {
+                static_cast<ProgressState*>(data)->scope.Advance(qint64(done * 1000));
+            },
+            nullptr, &state);
+        zip_register_cancel_callback_with_state(
+            m_zip,
+            [](zip_t*, void* data) { return static_cast<ProgressState*>(data)->scope.Cancelled() ? 1 : 0; },
+            nullptr, &state);
+    }
+    if (zip_close(m_zip) != 0) {
+        // The archive stays open after a failed close; the destructor discards it.
+        m_error = state.scope.Cancelled()
+                      ? QStringLiteral("The saving of '%1' was stopped.").arg(m_target)
+                      : QStringLiteral("Cannot save the package '%1': %2")
+                            .arg(m_target, QString::fromUtf8(zip_strerror(m_zip)));
+        return false;
+    }
+    m_zip = nullptr;
+    const QFileInfo old(m_target);
+    if (old.exists())
+        QFile::setPermissions(m_temporary, old.permissions());
+    std::error_code failure;
+    std::filesystem::rename(FileSystemPath(m_temporary), FileSystemPath(m_target), failure);
+    if (failure) {
+        m_error = QStringLiteral("Cannot save the package '%1': %2")
+                      .arg(m_target, QString::fromStdString(failure.message()));
+        return false;
+    }
+    m_temporary.clear();
+    return true;
+}
+
+} // namespace questionnaire::package
