@@ -112,15 +112,10 @@ TEST_F(BatchProcessTest, LoadAndSaveFailures) {
     const QString qes = Path(QStringLiteral("locked.qes"));
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, q));
-    QString error;
-    ASSERT_TRUE(questionnaire::WriteQesFile(qes, q, 0x100, error));
-    {
-        QSqlDatabase db = questionnaire::qes::OpenConnection(qes, false, error);
-        ASSERT_TRUE(QSqlQuery(db).exec(QStringLiteral(
-            "CREATE TRIGGER locked BEFORE DELETE ON question_captions "
-            "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")));
-        questionnaire::qes::CloseConnection(db);
-    }
+    ASSERT_TRUE(questionnaire::WriteQesFile(qes, q, 0x100));
+    ASSERT_TRUE(testutil::Sql(qes, {QStringLiteral(
+        "CREATE TRIGGER locked BEFORE DELETE ON question_captions "
+        "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
     const QByteArray before = testutil::ReadAll(qes);
     ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("in.txt")),
                                    testutil::Utf16Le(QStringLiteral(

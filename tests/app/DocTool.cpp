@@ -54,7 +54,7 @@ int BigSave(const QString& path, int size, const QString& label) {
     const bool saved = document.SaveBatch();
     std::printf(saved ? "saved\n" : "failed\n");
     if (!saved)
-        messages.Show(document.LastError());
+        messages.Error(document.LastError());
     std::fflush(stdout);
     return saved ? 0 : 2;
 }

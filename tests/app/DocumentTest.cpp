@@ -4,15 +4,15 @@
 #include "common/TestUtil.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/formats/QesDatabase.h"
-#include "questionnaire/formats/QesSchema.h"
 #include "questionnaire/formats/XmlFile.h"
 #include "util/Messages.h"
 
 #include <QDir>
 #include <QSettings>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <map>
 
 using questionnaire::FileType;
 
@@ -30,6 +30,50 @@ TEST(FileType, FromTheLastThreeLetters) {
     for (const auto& [path, type] : cases)
         EXPECT_EQ(questionnaire::FileTypeOf(QString::fromLatin1(path)), type) << path;
 }
+
+// A file type of its own for the document to use, keeping its questionnaires in memory beside
+// a marker file on disk, and noting what the document asked of it.
+class FakeStore : public questionnaire::QuestionnaireStore {
+public:
+    struct Log {
+        std::map<QString, CQuestionnaire> files; // what each path holds
+        QStringList calls;
+        bool copiesBeforeSaveAs = false;
+    };
+    explicit FakeStore(Log& log) : m_log(log) {}
+
+    util::Outcome Load(const QString& path, CQuestionnaire& q,
+                       const questionnaire::StoreContext&) override {
+        m_log.calls.append(QStringLiteral("load ") + QFileInfo(path).fileName());
+        const auto it = m_log.files.find(QFileInfo(path).fileName());
+        if (it == m_log.files.end() || !QFileInfo::exists(path))
+            return util::Outcome::Failure(QStringLiteral("no such fake file"));
+        q = it->second;
+        return {};
+    }
+    util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
+                            const questionnaire::StoreContext&) override {
+        m_log.calls.append(QStringLiteral("whole ") + QFileInfo(path).fileName());
+        m_log.files[QFileInfo(path).fileName()] = q;
+        return testutil::WriteAll(path, "fake") ? util::Outcome()
+                                                 : util::Outcome::Failure(QStringLiteral("disk"));
+    }
+    util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
+                            questionnaire::SaveParts parts,
+                            const questionnaire::StoreContext& context) override {
+        if (!m_log.copiesBeforeSaveAs)
+            return SaveWhole(path, q, context); // files of this kind are written whole
+        m_log.calls.append(QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
+        if (!QFileInfo::exists(path))
+            return util::Outcome::Failure(QStringLiteral("nothing to save into"));
+        m_log.files[QFileInfo(path).fileName()] = q;
+        return {};
+    }
+    bool CopiesBeforeSaveAs() const override { return m_log.copiesBeforeSaveAs; }
+
+private:
+    Log& m_log;
+};
 
 class DocumentTest : public ::testing::Test {
 protected:
@@ -62,22 +106,84 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(source));
             ASSERT_TRUE(document.Save(target)) << from.toStdString() << " -> " << to.toStdString();
-            EXPECT_EQ(document.Type(), questionnaire::FileTypeOf(target));
+            EXPECT_EQ(document.Type(), qint16(questionnaire::FileTypeOf(target)));
             EXPECT_EQ(Load(target), original) << from.toStdString() << " -> " << to.toStdString();
         }
     }
     EXPECT_TRUE(m_messages.messages.isEmpty());
 }
 
+TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
+    FakeStore::Log log;
+    constexpr qint16 kFakeType = 42;
+    m_app.stores.Register(QStringLiteral(".fake"), kFakeType,
+                          [&log] { return std::make_unique<FakeStore>(log); });
+    const int interactive = int(questionnaire::kInteractiveSave);
+    const int batch = int(questionnaire::kBatchSave);
+    for (bool copies : {false, true}) {
+        log = FakeStore::Log();
+        log.copiesBeforeSaveAs = copies;
+        app::QuestionnaireDocument document(m_app, m_messages);
+        ASSERT_TRUE(document.Open(kExample));
+        // "Save As" from another type: a store that saves in place gets a whole file first.
+        ASSERT_TRUE(document.Save(Path(QStringLiteral("a.fake"))));
+        EXPECT_EQ(document.Type(), kFakeType);
+        EXPECT_EQ(log.calls, QStringList{QStringLiteral("whole a.fake")});
+        questionnaire::WriteCaption(*document.Questionnaire(), 100, -1, testutil::kGerman,
+                                    QStringLiteral("Neu"));
+        document.SetModified(true);
+        ASSERT_TRUE(document.Save(document.Path()));
+        ASSERT_TRUE(document.SaveBatch());
+        EXPECT_FALSE(document.IsModified());
+        // "Save As" within the type: copied first when the store asks for it.
+        log.calls.clear();
+        ASSERT_TRUE(document.Save(Path(QStringLiteral("b.fake"))));
+        EXPECT_EQ(log.calls, copies ? QStringList{QStringLiteral("parts b.fake %1").arg(interactive)}
+                                    : QStringList{QStringLiteral("whole b.fake")});
+        EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("b.fake"))), QByteArray("fake"));
+
+        app::QuestionnaireDocument reopened(m_app, m_messages);
+        ASSERT_TRUE(reopened.Open(Path(QStringLiteral("b.fake"))));
+        EXPECT_EQ(questionnaire::ReadCaption(*reopened.Questionnaire(), 100, -1, testutil::kGerman),
+                  QStringLiteral("Neu"));
+        log.calls.clear();
+        ASSERT_TRUE(reopened.SaveBatch());
+        EXPECT_EQ(log.calls, copies ? QStringList{QStringLiteral("parts b.fake %1").arg(batch)}
+                                    : QStringList{QStringLiteral("whole b.fake")});
+        // Back to a type of the program's own, written whole.
+        ASSERT_TRUE(reopened.Save(Path(QStringLiteral("back.xml"))));
+        EXPECT_EQ(reopened.Type(), qint16(FileType::Xml));
+        EXPECT_EQ(Load(Path(QStringLiteral("back.xml"))), log.files[QStringLiteral("b.fake")]);
+    }
+    EXPECT_TRUE(m_messages.messages.isEmpty());
+}
+
+TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModified) {
+    app::QuestionnaireDocument document(m_app, m_messages);
+    EXPECT_EQ(document.Captions().RowCount(), 0);
+    ASSERT_TRUE(document.Open(kExample));
+    questionnaire::CaptionTable& table = document.Captions();
+    ASSERT_GT(table.RowCount(), 42);
+    EXPECT_FALSE(document.IsModified());
+    EXPECT_TRUE(table.WriteBack(0, 0, table.Text(0, 0))); // unchanged: nothing happens
+    EXPECT_FALSE(document.IsModified());
+    EXPECT_TRUE(table.WriteBack(0, 1, QStringLiteral("Nouveau\\\\n")));
+    EXPECT_TRUE(document.IsModified());
+    ASSERT_TRUE(document.Save(Path(QStringLiteral("edited.xml"))));
+    EXPECT_FALSE(document.IsModified());
+    EXPECT_EQ(questionnaire::ReadCaption(Load(Path(QStringLiteral("edited.xml"))),
+                                         table.QuestionId(0), table.ResponseId(0),
+                                         table.ColumnLanguage(1)),
+              QStringLiteral("Nouveau\\\n"));
+    document.DeleteContents();
+    EXPECT_EQ(document.Captions().RowCount(), 0);
+}
+
 TEST_F(DocumentTest, SaveAsRules) {
     const QString qes = Path(QStringLiteral("survey.qes"));
-    QString error;
-    ASSERT_TRUE(questionnaire::WriteQesFile(qes, testutil::MakeSample(), 0x100, error));
-    {   // A table the program does not know travels with a database copied by "Save As".
-        QSqlDatabase db = questionnaire::qes::OpenConnection(qes, false, error);
-        QSqlQuery(db).exec(QStringLiteral("CREATE TABLE extra (x TEXT)"));
-        questionnaire::qes::CloseConnection(db);
-    }
+    ASSERT_TRUE(questionnaire::WriteQesFile(qes, testutil::MakeSample(), 0x100));
+    // A table the program does not know travels with a database copied by "Save As".
+    ASSERT_TRUE(testutil::Sql(qes, {QStringLiteral("CREATE TABLE extra (x TEXT)")}));
     app::QuestionnaireDocument document(m_app, m_messages);
     ASSERT_TRUE(document.Open(qes));
     questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman,
@@ -85,11 +191,7 @@ TEST_F(DocumentTest, SaveAsRules) {
     const QString copy = Path(QStringLiteral("copy.qes"));
     ASSERT_TRUE(document.Save(copy));
     EXPECT_EQ(document.Path(), copy);
-    {
-        QSqlDatabase db = questionnaire::qes::OpenConnection(copy, true, error);
-        EXPECT_TRUE(QSqlQuery(db).exec(QStringLiteral("SELECT * FROM extra")));
-        questionnaire::qes::CloseConnection(db);
-    }
+    EXPECT_TRUE(testutil::Sql(copy, {QStringLiteral("SELECT * FROM extra")}));
     EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman), QStringLiteral("Neu"));
     // The original was not saved.
     EXPECT_EQ(questionnaire::ReadCaption(Load(qes), 10, -1, testutil::kGerman), QString());

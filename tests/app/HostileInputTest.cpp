@@ -91,7 +91,6 @@ protected:
         questionnaire::BuildCaptionList(m_q, m_captions, false);
         m_options.languages = {testutil::kEnglish, testutil::kFrench, testutil::kGerman};
         m_options.referenceLanguage = testutil::kEnglish;
-        m_options.silent = true;
     }
     qint32 Import(const QString& path) {
         return exchange::ImportTranslatedFile(m_q, path, m_options, m_captions, m_messages);
@@ -112,7 +111,6 @@ TEST_F(HostileImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
         ASSERT_TRUE(file.resize(qint64(2) << 30)); // sparse: costs no disk
     }
     const CQuestionnaire before = m_q;
-    m_options.silent = false;
     EXPECT_EQ(Import(huge), -10);
     EXPECT_TRUE(m_messages.messages.value(0).contains(QLatin1String("larger than 1 GiB")));
     EXPECT_EQ(m_q, before);

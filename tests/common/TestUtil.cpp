@@ -1,6 +1,9 @@
 #include "common/TestUtil.h"
 
+#include "util/SqlConnection.h"
+
 #include <QFile>
+#include <QSqlQuery>
 
 namespace testutil {
 
@@ -35,6 +38,32 @@ QByteArray Utf16Le(const QString& text, bool withMark) {
         out.append(char(c.unicode() >> 8));
     }
     return out;
+}
+
+bool Sql(const QString& database, const QStringList& statements) {
+    util::sql::Connection db;
+    if (!db.Open(database))
+        return false;
+    for (const QString& statement : statements)
+        if (!db.Exec(statement))
+            return false;
+    return true;
+}
+
+QStringList Dump(const QString& database, const QString& table) {
+    util::sql::Connection db;
+    QStringList rows;
+    if (!db.Open(database, util::sql::Connection::Mode::ReadOnly))
+        return rows;
+    QSqlQuery query = db.Query();
+    query.exec(QStringLiteral("SELECT * FROM %1 ORDER BY 1, 2").arg(table));
+    while (query.next()) {
+        QStringList cells;
+        for (int i = 0; i < 8 && query.value(i).isValid(); ++i)
+            cells.append(query.value(i).toString());
+        rows.append(cells.join(QLatin1Char('|')));
+    }
+    return rows;
 }
 
 } // namespace testutil

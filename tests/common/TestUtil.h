@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace testutil {
 
@@ -14,6 +15,11 @@ bool WriteAll(const QString& path, const QByteArray& bytes);
 
 // UTF-16LE bytes of a text, optionally preceded by the mark FF FE.
 QByteArray Utf16Le(const QString& text, bool withMark = true);
+
+// Runs statements on a database through a connection of the test's own; false when one fails.
+bool Sql(const QString& database, const QStringList& statements);
+// Every row of a table as text, for before/after comparisons.
+QStringList Dump(const QString& database, const QString& table);
 
 } // namespace testutil
 

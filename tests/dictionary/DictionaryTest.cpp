@@ -3,6 +3,7 @@
 #include "dictionary/Dictionary.h"
 #include "dictionary/DictionaryPasses.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionTable.h"
 #include "questionnaire/LanguageList.h"
 #include "util/Messages.h"
 
@@ -115,9 +116,12 @@ TEST(Dictionary, MergesWithoutConflictAndTheUnindexedLanguage) {
 
 TEST(DictionaryPasses, AutoTranslateAndSend) {
     CQuestionnaire q = testutil::MakeSample();
-    questionnaire::CaptionList rows;
-    questionnaire::BuildCaptionList(q, rows, false);
-    const QList<qint32> columns = questionnaire::DefaultLanguageOrder(q); // en, fr, de
+    questionnaire::CaptionTable table(&q); // columns en, fr, de
+    struct Listener : questionnaire::CaptionTableListener {
+        void QuestionnaireModified() override { ++modified; }
+        int modified = 0;
+    } listener;
+    table.AddListener(&listener);
     CDictionary d;
     d.AddEntry(Row({{kEnglish, QStringLiteral("Satisfaction")}, {kGerman, QStringLiteral("Zufriedenheit")}}));
     d.AddEntry(Row({{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}}));
@@ -128,22 +132,24 @@ TEST(DictionaryPasses, AutoTranslateAndSend) {
 
     // Response 1 gets two hits (from English, then from French, which wins); instructions and
     // routings receive nothing.
-    EXPECT_EQ(dictionary::AutoTranslate(q, rows, columns, d), 3);
+    EXPECT_EQ(dictionary::AutoTranslate(table, d), 3);
+    EXPECT_EQ(listener.modified, 1);
     EXPECT_EQ(questionnaire::ReadCaption(q, 10, -2, kGerman), QStringLiteral("Zufriedenheit"));
     EXPECT_EQ(questionnaire::ReadCaption(q, 10, 1, kGerman), QStringLiteral("Sehr (fr)"));
     EXPECT_EQ(questionnaire::ReadCaption(q, 10, -3, kGerman), QString());
     EXPECT_EQ(questionnaire::ReadCaption(q, -2, 5, kGerman), QString());
-    EXPECT_EQ(dictionary::AutoTranslate(q, rows, columns, d), 0);
+    EXPECT_EQ(dictionary::AutoTranslate(table, d), 0);
+    EXPECT_EQ(listener.modified, 1) << "nothing translated, nothing modified";
 
     // Rows with two languages or more are sent; the first conflict's cancel stops the rest.
     CDictionary fresh;
     ScriptedChooser cancel({});
     int added = 0;
-    EXPECT_TRUE(dictionary::SendToDictionary(q, rows, columns, 0, rows.size() - 1, fresh, cancel, added));
+    EXPECT_TRUE(dictionary::SendToDictionary(table, 0, table.RowCount() - 1, fresh, cancel, added));
     EXPECT_GT(added, 3);
     q.GetAdrQuestion(0)->SetLocalisedShortCaption(kGerman, QStringLiteral("Andere"));
     const int before = fresh.GetEntryCount();
-    EXPECT_FALSE(dictionary::SendToDictionary(q, rows, columns, 0, rows.size() - 1, fresh, cancel, added));
+    EXPECT_FALSE(dictionary::SendToDictionary(table, 0, table.RowCount() - 1, fresh, cancel, added));
     EXPECT_EQ(fresh.GetEntryCount(), before);
 }
 

@@ -212,9 +212,8 @@ TEST_F(ExportTest, LargeExportsKeepRowOrderWhateverTheThreads) {
     }
 }
 
-TEST_F(ExportTest, UncreatableFileIsReportedEvenInBatch) {
+TEST_F(ExportTest, UncreatableFileIsReported) {
     ExportOptions options = Options();
-    options.batch = true;
     questionnaire::CaptionList list;
     const CQuestionnaire q = MakeSmall();
     questionnaire::BuildCaptionList(q, list, false);

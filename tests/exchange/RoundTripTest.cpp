@@ -84,8 +84,7 @@ protected:
     QString Export(const CQuestionnaire& q, ExportReport* report = nullptr) {
         ExportOptions options;
         options.languages = questionnaire::DefaultLanguageOrder(q);
-        options.batch = true;
-        questionnaire::CaptionList list;
+            questionnaire::CaptionList list;
         questionnaire::BuildCaptionList(q, list, false);
         const QString path = m_dir.filePath(QStringLiteral("export.txt"));
         ExportStringsForTranslation(path, q, options, list, m_messages, report);

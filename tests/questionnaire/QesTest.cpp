@@ -21,8 +21,8 @@ protected:
     }
 
     QString WriteSample(const CQuestionnaire& q = testutil::MakeSample()) {
-        QString error;
-        EXPECT_TRUE(WriteQesFile(Path(), q, kProgramVersion, error)) << error.toStdString();
+        const util::Outcome written = WriteQesFile(Path(), q, kProgramVersion);
+        EXPECT_TRUE(written) << written.Reason().toStdString();
         return Path();
     }
 
@@ -30,35 +30,11 @@ protected:
         return q.Read(path, true, true, true, true, true, dbQesFile, kProgramVersion, true);
     }
 
-    // Runs statements on the file through a connection of the test's own.
     static void Sql(const QString& path, const QStringList& statements) {
-        QString error;
-        QSqlDatabase db = qes::OpenConnection(path, false, error);
-        ASSERT_TRUE(db.isValid()) << error.toStdString();
-        for (const QString& statement : statements) {
-            QSqlQuery query(db);
-            EXPECT_TRUE(query.exec(statement)) << statement.toStdString();
-        }
-        qes::CloseConnection(db);
+        EXPECT_TRUE(testutil::Sql(path, statements));
     }
-
-    // Every row of a table as text, for before/after comparisons.
     static QStringList Dump(const QString& path, const QString& table) {
-        QString error;
-        QSqlDatabase db = qes::OpenConnection(path, true, error);
-        QStringList rows;
-        {
-            QSqlQuery query(db);
-            query.exec(QStringLiteral("SELECT * FROM %1 ORDER BY 1, 2").arg(table));
-            while (query.next()) {
-                QStringList cells;
-                for (int i = 0; i < 8 && query.value(i).isValid(); ++i)
-                    cells.append(query.value(i).toString());
-                rows.append(cells.join(QLatin1Char('|')));
-            }
-        }
-        qes::CloseConnection(db);
-        return rows;
+        return testutil::Dump(path, table);
     }
 
     QTemporaryDir m_dir;
@@ -173,8 +149,7 @@ TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
     EXPECT_EQ(q, testutil::MakeSample());
 
     const QString older = Path(QStringLiteral("older.qes"));
-    QString error;
-    ASSERT_TRUE(WriteQesFile(older, testutil::MakeSample(), kProgramVersion - 1, error));
+    ASSERT_TRUE(WriteQesFile(older, testutil::MakeSample(), kProgramVersion - 1));
     CQuestionnaire o;
     EXPECT_FALSE(ReadAll(older, o));
     EXPECT_EQ(o.GetStatus(), kQesWrittenByOlderProgram);
@@ -184,17 +159,17 @@ TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
 TEST_F(QesTest, WholeFileWriteReplacesOrLeavesTheOldFile) {
     const QString path = WriteSample();
     const QByteArray before = testutil::ReadAll(path);
-    QString error;
-    EXPECT_FALSE(WriteQesFile(m_dir.filePath(QStringLiteral("no/such/dir.qes")),
-                              testutil::MakeSample(), kProgramVersion, error));
-    EXPECT_FALSE(error.isEmpty());
+    const util::Outcome failed = WriteQesFile(m_dir.filePath(QStringLiteral("no/such/dir.qes")),
+                                              testutil::MakeSample(), kProgramVersion);
+    EXPECT_FALSE(failed);
+    EXPECT_FALSE(failed.Reason().isEmpty());
     EXPECT_EQ(testutil::ReadAll(path), before);
     // No leftovers beside the target.
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("survey.qes")});
 
     CQuestionnaire changed = testutil::MakeSample();
     changed.SetName(QStringLiteral("Renamed"));
-    ASSERT_TRUE(WriteQesFile(path, changed, kProgramVersion, error));
+    ASSERT_TRUE(WriteQesFile(path, changed, kProgramVersion));
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(path, read));
     EXPECT_EQ(read.GetName(), QStringLiteral("Renamed"));

@@ -1,3 +1,4 @@
+#include "util/Messages.h"
 #include "util/TextFile.h"
 
 #include "common/TestUtil.h"
@@ -94,16 +95,17 @@ TEST_F(TextFileTest, AnsiUsesTheCurrentCodePage) {
 
 TEST_F(TextFileTest, MissingFileFailsAndIsReportedOnlyWhenAsked) {
     const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
-    QStringList reported;
-    const auto sink = [&](const QString& message) { reported.append(message); };
+    util::RecordedMessages sink;
+    const QStringList& reported = sink.messages;
     QString text;
-    EXPECT_FALSE(util::LoadTextFile(missing, text, false, sink));
+    EXPECT_FALSE(util::LoadTextFile(missing, text, false, &sink));
     EXPECT_TRUE(reported.isEmpty());
-    EXPECT_FALSE(util::LoadTextFile(missing, text, true, sink));
+    EXPECT_FALSE(util::LoadTextFile(missing, text, true, &sink));
     ASSERT_EQ(reported.size(), 1);
     EXPECT_TRUE(reported[0].contains(QStringLiteral("missing.txt was not found")))
         << reported[0].toStdString();
-    EXPECT_FALSE(util::LoadTextFile(m_dir.path(), text, true, sink)); // a folder
+    EXPECT_EQ(sink.kinds.value(0), util::MessageKind::Error);
+    EXPECT_FALSE(util::LoadTextFile(m_dir.path(), text, true, &sink)); // a folder
     EXPECT_EQ(reported.size(), 2);
 }
 

@@ -28,6 +28,12 @@ using XmlByteSink = std::function<bool(const char*, qint64)>;
 util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q,
                           util::Progress* progress = nullptr);
 
+class XmlScanner;
+// Reads a document into the questionnaire from a scanner; on failure the questionnaire is left
+// empty with the reason as its last error text.
+bool ReadXmlDocument(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progress = nullptr,
+                     qint64 totalCharacters = 0);
+
 // The questionnaire's XML form, handed to `sink` in pieces. False when the sink refused a piece
 // or the user stopped the work.
 bool WriteQuestionnaireXml(const CQuestionnaire& q, bool includeTexts, bool includeRoutings,

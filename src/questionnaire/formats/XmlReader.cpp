@@ -352,10 +352,12 @@ private:
     bool m_stopped = false;
 };
 
-// Reads the document into the questionnaire; on failure the questionnaire is left empty with
-// the reason as its last error text.
-bool ReadDocument(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progress,
-                  qint64 total) {
+} // namespace
+
+namespace questionnaire {
+
+bool ReadXmlDocument(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progress,
+                     qint64 total) {
     q.Clear();
     XmlIn in(scanner, q, progress, total);
     if (in.Read())
@@ -365,10 +367,6 @@ bool ReadDocument(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progre
     q.SetLastError(error);
     return false;
 }
-
-} // namespace
-
-namespace questionnaire {
 
 util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress* progress) {
     auto fail = [&q](const QString& reason) {
@@ -388,7 +386,7 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
         if (!reader.Open(path))
             return fail(QStringLiteral("Cannot open the file '%1'").arg(path));
         XmlScanner scanner(reader);
-        read = ReadDocument(scanner, q, progress, reader.CharactersLeft());
+        read = ReadXmlDocument(scanner, q, progress, reader.CharactersLeft());
     } else {
         const QByteArray bytes = head + file.readAll();
         if (file.error() != QFileDevice::NoError)
@@ -396,7 +394,7 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
                 QStringLiteral("Cannot read the file '%1': %2").arg(path, file.errorString()));
         const QString text = util::DecodeText(bytes);
         XmlScanner scanner(text);
-        read = ReadDocument(scanner, q, progress, text.size());
+        read = ReadXmlDocument(scanner, q, progress, text.size());
     }
     if (read)
         return {};
@@ -407,5 +405,5 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
 
 bool CQuestionnaire::FromXML(CMarkup& doc) {
     XmlScanner scanner(doc.GetDoc());
-    return ReadDocument(scanner, *this, nullptr, doc.GetDoc().size());
+    return ReadXmlDocument(scanner, *this, nullptr, doc.GetDoc().size());
 }

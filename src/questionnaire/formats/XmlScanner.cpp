@@ -129,10 +129,12 @@ XmlScanner::XmlScanner(QStringView text) {
     m_atEnd = true;
 }
 
-XmlScanner::XmlScanner(util::TextFileReader& reader) : m_reader(&reader) {
+XmlScanner::XmlScanner(util::TextFileReader& reader, size_t pieceChars) : m_reader(&reader) {
+    // A small file is read through a buffer of its own size.
     const qint64 left = reader.CharactersLeft() + 1;
-    m_buffer.resize(std::clamp<size_t>(size_t(std::max<qint64>(left, 0)), kSmallestPiece,
-                                       kPieceChars));
+    m_buffer.resize(pieceChars > 0 ? pieceChars
+                                   : std::clamp<size_t>(size_t(std::max<qint64>(left, 0)),
+                                                        kSmallestPiece, kPieceChars));
 }
 
 // --- the buffer ---

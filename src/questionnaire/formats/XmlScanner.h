@@ -20,8 +20,9 @@ class XmlScanner {
 public:
     // Over a text held whole, which must outlive the scanner.
     explicit XmlScanner(QStringView text);
-    // Over a file's text, read piece by piece.
-    explicit XmlScanner(util::TextFileReader& reader);
+    // Over a file's text, read piece by piece; `pieceChars` (0 for the usual size) lets tests
+    // cut the text anywhere.
+    explicit XmlScanner(util::TextFileReader& reader, size_t pieceChars = 0);
 
     enum class Token { StartElement, EndElement, EndOfDocument, Invalid };
 

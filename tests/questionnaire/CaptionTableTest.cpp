@@ -1,0 +1,181 @@
+#include "common/SampleQuestionnaire.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionTable.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace questionnaire;
+using testutil::kEnglish;
+using testutil::kFrench;
+using testutil::kGerman;
+
+namespace {
+
+struct Heard : CaptionTableListener {
+    void CellChanged(qsizetype row, int column) override { cells.append({row, column}); }
+    void QuestionnaireModified() override { ++modified; }
+    void TableRefilled() override { ++refilled; }
+    QList<std::pair<qsizetype, int>> cells;
+    int modified = 0;
+    int refilled = 0;
+};
+
+qsizetype RowOf(const CaptionTable& table, qint32 questionId, qint32 responseId) {
+    for (qsizetype row = 0; row < table.RowCount(); ++row)
+        if (table.QuestionId(row) == questionId && table.ResponseId(row) == responseId)
+            return row;
+    return -1;
+}
+
+TEST(CaptionTable, RowsColumnsAndCells) {
+    CQuestionnaire q = testutil::MakeSample();
+    // Two languages flagged as the default: the later one leads.
+    q.GetAdrLanguage(2)->m_isMain = true;
+    const CaptionTable table(&q);
+    EXPECT_EQ(table.Languages(), (QList<qint32>{kGerman, kEnglish, kFrench}));
+    EXPECT_EQ(table.ColumnTitle(0), QStringLiteral("DEU"));
+    ASSERT_EQ(table.RowCount(), 3 * 4 + 2 + 42 + 2);
+    const struct {
+        qint32 questionId, responseId;
+        QString label;
+        RowKind kind;
+    } rows[] = {
+        {10, -1, QStringLiteral("Q1"), RowKind::LongCaption},
+        {10, -2, QString(), RowKind::ShortCaption},
+        {10, -3, QString(), RowKind::Instructions},
+        {10, -4, QString(), RowKind::Comments},
+        {10, 2, QStringLiteral("2"), RowKind::Response},
+        {-1, 2, QStringLiteral("1"), RowKind::SystemMessage},
+        {-1, 43, QStringLiteral("42"), RowKind::SystemMessage},
+        {-2, 7, QStringLiteral("2"), RowKind::Routing},
+    };
+    for (const auto& r : rows) {
+        const qsizetype row = RowOf(table, r.questionId, r.responseId);
+        ASSERT_GE(row, 0) << r.questionId << "/" << r.responseId;
+        EXPECT_EQ(table.RowLabel(row), r.label) << row;
+        EXPECT_EQ(table.Kind(row), r.kind) << row;
+        EXPECT_EQ(int(r.kind), int(RowKindOf(r.questionId, r.responseId)));
+    }
+    // A system-message or routing row is one whatever its response id.
+    EXPECT_EQ(RowKindOf(-1, -1), RowKind::SystemMessage);
+    EXPECT_EQ(RowKindOf(-2, -3), RowKind::Routing);
+    // Cells are read when asked, escaped as the grid shows them.
+    const qsizetype instructions = RowOf(table, 10, -3);
+    EXPECT_EQ(table.Text(instructions, 1), QStringLiteral("Read out\\nthe scale"));
+    EXPECT_EQ(table.Caption(instructions, 1), QStringLiteral("Read out\nthe scale"));
+    q.GetAdrQuestion(0)->SetLocalisedInstructions(kEnglish, QStringLiteral("a\\b\tc"));
+    EXPECT_EQ(table.Text(instructions, 1), QStringLiteral("a\\\\b\\tc"));
+    EXPECT_EQ(table.Text(RowOf(table, -1, 3), 1), QStringLiteral("Please answer this one."));
+}
+
+// Each rule of writing back an edit: whether it is accepted, what the caption holds afterwards,
+// and what the listeners hear.
+TEST(CaptionTable, WriteBackRules) {
+    const QString standard = CQuestionnaire::GetStandardErrorMessage(kEnglish, 3);
+    const struct Case {
+        const char* rule;
+        qint32 questionId, responseId;
+        int column; // 0 English, 1 French, 2 German
+        QString typed;
+        bool accepted;
+        QString stored; // the caption afterwards, in the column's language
+        bool modified;
+        bool cellChanged;
+        std::function<void(CQuestionnaire&)> meanwhile; // done after the table was built
+    } cases[] = {
+        {"first column never emptied", 10, -1, 0, QString(), false,
+         QStringLiteral("How satisfied are you?"), false, false, {}},
+        {"first column of a routing never emptied", -2, 5, 0, QString(), false,
+         QStringLiteral("Skipping ahead"), false, false, {}},
+        {"other columns may be emptied", 10, -1, 1, QString(), true, QString(), true, true, {}},
+        {"unchanged text changes nothing", 10, -2, 0, QStringLiteral("Satisfaction"), true,
+         QStringLiteral("Satisfaction"), false, false, {}},
+        {"letter case alone is a change", 10, -2, 0, QStringLiteral("satisfaction"), true,
+         QStringLiteral("satisfaction"), true, true, {}},
+        {"escapes decoded, the doubled backslash last", 10, -3, 1,
+         QStringLiteral("a\\nb \\\\n \\\\ \\t\\r"), true,
+         QStringLiteral("a\nb \\\n \\ \t\r"), true, true, {}},
+        {"comments", 10, -4, 2, QStringLiteral("Kommentar"), true, QStringLiteral("Kommentar"), true,
+         true, {}},
+        {"response", 10, 1, 2, QStringLiteral("Sehr"), true, QStringLiteral("Sehr"), true, true, {}},
+        {"response gone since", 10, 2, 2, QStringLiteral("x"), false, QString(), false, false,
+         [](CQuestionnaire& q) { q.GetAdrQuestion(0)->RemoveModalite(1); }},
+        {"question gone since", 21, -1, 1, QStringLiteral("x"), false, QString(), false, false,
+         [](CQuestionnaire& q) {
+             CQuestionnaire fewer;
+             for (int i = 0; i < q.GetLanguageCount(); ++i)
+                 fewer.AddLanguage(std::make_unique<CLanguage>(q.GetLanguage(i)));
+             fewer.AddQuestion(std::make_unique<CQuestion>(q.GetQuestion(0)));
+             q = fewer;
+         }},
+        {"routing", -2, 7, 1, QStringLiteral("On saute"), true, QStringLiteral("On saute"), true,
+         true, {}},
+        {"routing gone since: modified all the same", -2, 7, 1, QStringLiteral("x"), true,
+         QString(), true, false,
+         [](CQuestionnaire& q) {
+             CQuestionnaire fewer;
+             fewer.AddQuestion(std::make_unique<CQuestion>(q.GetQuestion(0)));
+             q = fewer;
+         }},
+        {"system message made custom", -1, 4, 1, QStringLiteral("Réponse ?"), true,
+         QStringLiteral("Réponse ?"), true, true, {}},
+        {"system message unchanged", -1, 3, 0, QStringLiteral("Please answer this one."), true,
+         QStringLiteral("Please answer this one."), false, false, {}},
+        {"system message back to its standard text", -1, 3, 0, standard, true, standard, true,
+         true, {}},
+        {"system message emptied, first column too", -1, 3, 0, QString(), true, standard, true,
+         true, {}},
+    };
+    for (const Case& c : cases) {
+        CQuestionnaire q = testutil::MakeSample();
+        CaptionTable table(&q);
+        const qsizetype row = RowOf(table, c.questionId, c.responseId);
+        ASSERT_GE(row, 0) << c.rule;
+        if (c.meanwhile)
+            c.meanwhile(q);
+        Heard heard;
+        table.AddListener(&heard);
+        const CQuestionnaire before = q;
+        EXPECT_EQ(table.WriteBack(row, c.column, c.typed), c.accepted) << c.rule;
+        const qint32 language = table.ColumnLanguage(c.column);
+        EXPECT_EQ(ReadCaption(q, c.questionId, c.responseId, language), c.stored) << c.rule;
+        EXPECT_EQ(heard.modified, c.modified ? 1 : 0) << c.rule;
+        using Cells = QList<std::pair<qsizetype, int>>;
+        const Cells expected = c.cellChanged ? Cells{{row, c.column}} : Cells{};
+        EXPECT_EQ(heard.cells, expected) << c.rule;
+        if (!c.modified)
+            EXPECT_TRUE(q == before) << c.rule << ": nothing may change";
+    }
+    // A system message set back to its standard text is no longer customised.
+    CQuestionnaire q = testutil::MakeSample();
+    CaptionTable table(&q);
+    ASSERT_TRUE(table.WriteBack(RowOf(table, -1, 3), 0, standard));
+    EXPECT_TRUE(q.GetCustomErrorMessages(3).IsEmpty());
+}
+
+TEST(CaptionTable, WithoutQuestionnaireEditsAreRefusedAndChangesRefill) {
+    CaptionTable empty;
+    EXPECT_EQ(empty.RowCount(), 0);
+    EXPECT_FALSE(empty.WriteBack(0, 0, QStringLiteral("x")));
+
+    CQuestionnaire q = testutil::MakeSample();
+    CaptionTable table(&q);
+    Heard heard;
+    table.AddListener(&heard);
+    q.AddLanguage(std::make_unique<CLanguage>(1040u));
+    EXPECT_EQ(table.ColumnCount(), 3) << "the table is built again only when told";
+    table.QuestionnaireChanged();
+    EXPECT_EQ(table.ColumnCount(), 4);
+    EXPECT_EQ(heard.modified, 1);
+    EXPECT_EQ(heard.refilled, 1);
+    table.SetQuestionnaire(nullptr);
+    EXPECT_EQ(table.RowCount(), 0);
+    EXPECT_EQ(heard.refilled, 2);
+    table.RemoveListener(&heard);
+    table.SetQuestionnaire(&q);
+    EXPECT_EQ(heard.refilled, 2);
+}
+
+} // namespace
