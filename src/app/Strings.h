@@ -17,6 +17,7 @@ inline constexpr char kCannotSaveDictionary[] =
 inline constexpr char kNoWindow[] = QT_TRANSLATE_NOOP(
     "app", "This build has no window: give an operation (translator --help).");
 
+
 } // namespace app::strings
 
 namespace app {

@@ -18,6 +18,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <deque>
 #include <utility>
 #include <vector>
 
@@ -37,25 +38,49 @@ struct ColumnMap {
 // copy identical finds its captions without walking the whole list for every row.
 class ReferenceIndex {
 public:
-    ReferenceIndex(const CQuestionnaire& q, const CaptionList& captions, qint32 reference)
+    // The captions that share a reference text, which copy identical writes alike.
+    struct Group {
+        QList<qsizetype> captions; // in caption-list order
+        // By column: every caption of the group holds the same text in the column's language,
+        // the last one a row of the group wrote. A row then needs one comparison, not one for
+        // each caption.
+        std::vector<bool> synced;
+        // Only captions with texts of their own, system messages apart, ever stay in step.
+        bool syncable = true;
+    };
+
+    ReferenceIndex(const CQuestionnaire& q, const CaptionList& captions, qint32 reference,
+                   qsizetype columns)
         : m_q(q), m_captions(captions), m_reference(reference) {
         m_byText.reserve(captions.size());
-        for (qsizetype k = 0; k < captions.size(); ++k)
-            m_byText[Text(k)].append(k);
+        for (qsizetype k = 0; k < captions.size(); ++k) {
+            Group& group = m_byText[Text(k)];
+            group.captions.append(k);
+            if (group.synced.empty())
+                group.synced.assign(size_t(columns), false);
+            const qint32 questionId = captions.questionIds[k];
+            group.syncable = group.syncable && questionId != kSystemMessageMarker &&
+                             FindCaptionTexts(q, questionId, captions.responseIds[k]);
+        }
     }
-    QList<qsizetype> Find(const QString& text) const { return m_byText.value(text); }
+    // Null when no caption has the text.
+    Group* Find(const QString& text) {
+        const auto it = m_byText.find(text);
+        return it == m_byText.end() ? nullptr : &*it;
+    }
     QString Text(qsizetype k) const {
         return ReadCaption(m_q, m_captions.questionIds[k], m_captions.responseIds[k], m_reference);
     }
     qint32 Reference() const { return m_reference; }
-    // Called after caption k's reference text may have changed from `before`.
+    // Called after caption k's reference text may have changed from `before`. Groups are never
+    // kept in step when reference texts can change.
     void Moved(qsizetype k, const QString& before) {
         const QString after = Text(k);
         if (after == before)
             return;
-        QList<qsizetype>& old = m_byText[before];
+        QList<qsizetype>& old = m_byText[before].captions;
         old.erase(std::lower_bound(old.begin(), old.end(), k));
-        QList<qsizetype>& now = m_byText[after];
+        QList<qsizetype>& now = m_byText[after].captions;
         now.insert(std::lower_bound(now.begin(), now.end(), k), k);
     }
 
@@ -63,7 +88,7 @@ private:
     const CQuestionnaire& m_q;
     const CaptionList& m_captions;
     qint32 m_reference;
-    QHash<QString, QList<qsizetype>> m_byText;
+    QHash<QString, Group> m_byText;
 };
 
 // What each write replaced, so that a file found unreadable only at its end, or an import the
@@ -92,7 +117,7 @@ private:
         bool had;
         QString before;
     };
-    std::vector<Change> m_changes;
+    std::deque<Change> m_changes; // grows without moving what it holds
 };
 
 class Importer {
@@ -133,6 +158,7 @@ private:
     qint32 MapHeaderLanguages(const QStringList& header);
     void ImportRow(std::span<const CutCell> cells);
     void CopyIdentical(std::span<const CutCell> cells);
+    void ApplyPending(const CLocalisedText* texts);
     void WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 language,
                           const QString& text, qsizetype captionIndex = -1);
     void Finish(ImportReport* report);
@@ -148,6 +174,9 @@ private:
     qsizetype m_rejectedRows = 0;
     qint32 m_count = 0;
     std::unique_ptr<ReferenceIndex> m_index;
+    // Copy identical may keep groups of captions in step: reference texts never change, and no
+    // language has two columns.
+    bool m_syncing = false;
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
     std::vector<const QString*> m_current;      // the current texts of the row being imported
     QString m_scratch;
@@ -159,8 +188,12 @@ private:
         bool final = false; // decoding it again changes nothing
         bool used = false;  // the row has the cell and its column a language
         bool inDecoded = false;
+        bool finalFromStart = false; // every caption of the row read the same text
+        bool byGroup = false;        // judged once for a group whose captions stand in step
+        bool groupDiffers = false;
     };
     std::vector<DecodedCell> m_decoded;
+    std::vector<CLocalisedText::Entry> m_pending; // writes to the caption at hand
     util::TextFileReader* m_reader = nullptr;
     UndoLog m_undo;
 };
@@ -182,7 +215,8 @@ qint32 Importer::Run(ImportReport* report) {
     if (const qint32 code = CheckHeader(RowCutter::Strings(cells)); code < 0)
         return code;
     if (m_options.copyIdentical)
-        m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage);
+        m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage,
+                                                   m_map.entries.size());
     bool stopped = false;
     {
         util::ProgressScope progress(m_progress, Tr(strings::kImporting),
@@ -236,6 +270,13 @@ qint32 Importer::CheckHeader(const QStringList& header) {
     for (int entry : std::as_const(m_map.entries))
         columnLanguages.append(entry < 0 ? 0 : m_options.languages[entry]);
     m_columns = std::make_unique<LanguageColumns>(columnLanguages);
+    // Groups of identical captions stay in step only while no write can change which captions
+    // are identical, and while each language has one column.
+    QList<qint32> written = columnLanguages.mid(1);
+    written.removeAll(0);
+    std::sort(written.begin(), written.end());
+    m_syncing = m_options.copyIdentical && !written.contains(m_options.referenceLanguage) &&
+                std::adjacent_find(written.begin(), written.end()) == written.end();
     return 0;
 }
 
@@ -396,9 +437,11 @@ bool DecodesToItself(QStringView text) {
 
 void Importer::CopyIdentical(std::span<const CutCell> cells) {
     const QString source = Decoded(cells[2], 1, m_scratch).toString();
-    const QList<qsizetype> matches = m_index->Find(source);
-    if (matches.isEmpty())
+    ReferenceIndex::Group* group = m_index->Find(source);
+    if (!group || group->captions.isEmpty())
         return;
+    // A copy: the row's own writes may move captions between groups.
+    const QList<qsizetype> matches = group->captions;
     // Each further match decodes the row's cells once more, as the cells themselves are decoded
     // in place; a cell that decodes to itself is left as it is.
     m_decoded.resize(size_t(m_map.entries.size()));
@@ -408,10 +451,30 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         cell.used = column < qsizetype(cells.size()) && m_map.entries[i] >= 0;
         if (!cell.used)
             continue;
-        cell.text = cells[size_t(column)].text;
+        const CutCell& cut = cells[size_t(column)];
+        cell.text = cut.text;
         cell.inDecoded = false;
         cell.written = QString();
-        cell.final = DecodesToItself(cell.text);
+        cell.final = !cut.backslash && !(!cut.text.isEmpty() && cut.text.front() == u'"' &&
+                                         cut.text.back() == u'"');
+        cell.finalFromStart = false;
+        cell.byGroup = false;
+    }
+    // When the group's captions stand in step in a column, the row is compared with one of
+    // them, and what it finds holds for all.
+    const bool inStep = m_syncing && group->syncable && matches.size() > 1;
+    if (inStep) {
+        m_columns->Read(FindCaptionTexts(m_q, m_captions.questionIds[matches.front()],
+                                         m_captions.responseIds[matches.front()]),
+                        m_current);
+        for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
+            DecodedCell& cell = m_decoded[size_t(i)];
+            if (!cell.used || !cell.final || !group->synced[size_t(i)])
+                continue;
+            cell.byGroup = true;
+            cell.groupDiffers = !cell.text.isEmpty() &&
+                                !util::SameText(cell.text, *m_current[size_t(i)]);
+        }
     }
     const qint32 reference = m_index->Reference();
     for (qsizetype k : matches) {
@@ -439,27 +502,60 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
                 cell.text = cell.decoded;
                 cell.written = QString();
                 cell.final = DecodesToItself(cell.text);
+            } else if (k == matches.front()) {
+                cell.finalFromStart = true;
             }
             if (cell.text.isEmpty())
                 continue;
             const qint32 lcid = m_options.languages[m_map.entries[i]];
-            const bool differs = message || lcid == reference ||
-                                 !util::SameText(cell.text, *m_current[size_t(i)]);
+            const bool differs = cell.byGroup ? cell.groupDiffers
+                                              : message || lcid == reference ||
+                                                    !util::SameText(cell.text, *m_current[size_t(i)]);
             if (!differs)
                 continue;
             if (cell.written.isNull())
                 cell.written = cell.text.toString();
             if (message || lcid == reference) {
+                ApplyPending(texts);
                 WriteIfDifferent(questionId, responseId, lcid, cell.written, k);
                 if (!message)
                     m_columns->Read(texts, m_current);
                 continue;
             }
             ++m_count;
-            if (texts && WriteInto(texts, lcid, cell.written))
-                m_columns->Read(texts, m_current);
+            if (texts)
+                m_pending.emplace_back(lcid, cell.written);
         }
+        ApplyPending(texts);
     }
+    if (!inStep)
+        return;
+    // A cell that read the same for every caption leaves them in step; one decoded anew for
+    // each leaves them apart.
+    for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
+        const DecodedCell& cell = m_decoded[size_t(i)];
+        if (!cell.used)
+            continue;
+        if (!cell.finalFromStart)
+            group->synced[size_t(i)] = false;
+        else if (!cell.text.isEmpty())
+            group->synced[size_t(i)] = true;
+    }
+}
+
+// The writes gathered for one caption go in together: a caption that gains many languages at
+// once is then grown once, not once for each.
+void Importer::ApplyPending(const CLocalisedText* texts) {
+    if (m_pending.empty())
+        return;
+    CLocalisedText* writable = const_cast<CLocalisedText*>(texts);
+    std::sort(m_pending.begin(), m_pending.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& [language, text] : m_pending)
+        m_undo.Save(writable, language);
+    writable->SetMany(m_pending);
+    m_pending.clear();
+    m_columns->Read(texts, m_current);
 }
 
 void Importer::Finish(ImportReport* report) {

@@ -1,6 +1,7 @@
 #include "questionnaire/LocalisedText.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 const QString kEmpty;
@@ -30,6 +31,33 @@ void CLocalisedText::Set(qint32 language, const QString& text) {
         it->second = text;
     else
         m_texts.emplace(it, language, text);
+}
+
+void CLocalisedText::SetMany(std::span<const Entry> texts) {
+    size_t added = 0;
+    auto at = m_texts.begin();
+    for (const Entry& entry : texts) {
+        at = std::lower_bound(at, m_texts.end(), entry.first, LanguageLess);
+        if (at != m_texts.end() && at->first == entry.first)
+            at->second = entry.second;
+        else
+            ++added;
+    }
+    if (added == 0)
+        return;
+    std::vector<Entry> merged;
+    merged.reserve(m_texts.size() + added);
+    auto old = m_texts.begin();
+    for (const Entry& entry : texts) {
+        while (old != m_texts.end() && old->first < entry.first)
+            merged.push_back(std::move(*old++));
+        if (old != m_texts.end() && old->first == entry.first)
+            merged.push_back(std::move(*old++)); // already set above
+        else
+            merged.push_back(entry);
+    }
+    std::move(old, m_texts.end(), std::back_inserter(merged));
+    m_texts = std::move(merged);
 }
 
 void CLocalisedText::Remove(qint32 language) {

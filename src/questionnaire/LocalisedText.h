@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,9 @@ public:
     bool Has(qint32 language) const;
     // Creates the text for the language when it has none (an empty text is a text).
     void Set(qint32 language, const QString& text);
+    // Sets several languages at once, `texts` ascending by language, each language once: one
+    // pass, and at most one new allocation however many languages are new.
+    void SetMany(std::span<const Entry> texts);
     void Remove(qint32 language);
     void Clear() { m_texts.clear(); }
     bool IsEmpty() const { return m_texts.empty(); }

@@ -1,5 +1,7 @@
 #include "util/SqlConnection.h"
 
+#include "util/Strings.h"
+
 #include <QAtomicInt>
 #include <QFileInfo>
 #include <QSqlError>
@@ -58,9 +60,9 @@ Outcome Connection::Open(const QString& location, Mode mode, bool create) {
     const QString driver = server ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
     if (!QSqlDatabase::isDriverAvailable(driver))
         return Outcome::Failure(
-            QStringLiteral("The database driver %1 is not installed.").arg(driver));
+            Tr(strings::kDatabaseDriverInstalled).arg(driver));
     if (!server && !create && !QFileInfo(location).isFile())
-        return Outcome::Failure(QStringLiteral("The file '%1' cannot be found.").arg(location));
+        return Outcome::Failure(Tr(strings::kFileCannotFound).arg(location));
     m_db = QSqlDatabase::addDatabase(driver, UniqueName());
     if (server) {
         const QUrl url(location);
@@ -219,7 +221,7 @@ Outcome Transaction::Begin() {
 
 Outcome Transaction::Commit() {
     if (!m_active)
-        return Outcome::Failure(QStringLiteral("No transaction is open."));
+        return Outcome::Failure(Tr(strings::kTransactionOpen));
     const Outcome committed = m_connection.Exec(
         m_savepoint.isEmpty() ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE ") + m_savepoint);
     if (!committed) {

@@ -145,8 +145,9 @@ TEST(CaptionTable, WriteBackRules) {
         using Cells = QList<std::pair<qsizetype, int>>;
         const Cells expected = c.cellChanged ? Cells{{row, c.column}} : Cells{};
         EXPECT_EQ(heard.cells, expected) << c.rule;
-        if (!c.modified)
+        if (!c.modified) {
             EXPECT_TRUE(q == before) << c.rule << ": nothing may change";
+        }
     }
     // A system message set back to its standard text is no longer customised.
     CQuestionnaire q = testutil::MakeSample();

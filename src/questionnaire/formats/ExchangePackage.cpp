@@ -8,6 +8,7 @@
 #include "questionnaire/formats/PackageWriter.h"
 #include "questionnaire/formats/XmlFile.h"
 #include "util/FileSystem.h"
+#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,6 +16,9 @@
 #include <QTemporaryFile>
 
 #include <zip.h>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire::package {
 
@@ -59,7 +63,7 @@ bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
                   util::Progress* progress, QString& error) {
     // Unpacking never makes links, so one there was planted: nothing is written through it.
     if (QFileInfo(path).isSymLink()) {
-        error = QStringLiteral("Cannot write the file '%1': it is a symbolic link.").arg(path);
+        error = Tr(strings::kCannotWriteFileSymbolicLink).arg(path);
         return false;
     }
     util::ReplacingFile file(path);
@@ -72,8 +76,8 @@ bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
     if (written && file.Commit())
         return true;
     error = file.ErrorString().isEmpty()
-                ? QStringLiteral("The saving of '%1' was stopped.").arg(path)
-                : QStringLiteral("Cannot write the file '%1': %2").arg(path, file.ErrorString());
+                ? Tr(strings::kSavingStopped).arg(path)
+                : Tr(strings::kCannotWriteFile).arg(path, file.ErrorString());
     return false;
 }
 
@@ -82,13 +86,13 @@ bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
 bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& workingFolder,
                                             util::Progress* progress) {
     if (workingFolder.isEmpty()) {
-        m_lastError = QStringLiteral("No working folder was given to unpack the package '%1' into.")
+        m_lastError = Tr(strings::kWorkingFolderGivenUnpackPackage)
                           .arg(path);
         return false;
     }
     const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(workingFolder));
     if (!QFileInfo(folder).isDir()) {
-        m_lastError = QStringLiteral("The working folder '%1' does not exist.").arg(workingFolder);
+        m_lastError = Tr(strings::kWorkingFolderDoesExist).arg(workingFolder);
         return false;
     }
     PackageReader reader(path, folder);
@@ -107,7 +111,7 @@ bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& 
         ReadXmlFile(folder + QLatin1Char('/') + QLatin1String(kPackageXmlName), *this, progress);
     if (!read) {
         m_exchangeFolder.clear();
-        m_lastError = QStringLiteral("The package '%1' holds a %2 that cannot be read: %3")
+        m_lastError = Tr(strings::kPackageHoldsCannotRead)
                           .arg(path, QLatin1String(kPackageXmlName), read.Reason());
         return false;
     }
@@ -129,7 +133,7 @@ bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& ex
         xmlTemporary.setFileTemplate(QFileInfo(path).absolutePath() +
                                      QStringLiteral("/.qex-xml-XXXXXX.tmp"));
         if (!xmlTemporary.open()) {
-            m_lastError = QStringLiteral("Cannot save the package '%1': %2")
+            m_lastError = Tr(strings::kCannotSavePackage)
                               .arg(path, xmlTemporary.errorString());
             return false;
         }
@@ -137,7 +141,7 @@ bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& ex
     }
     if (!extraFolder.isEmpty()) {
         if (!QFileInfo(extraFolder).isDir()) {
-            m_lastError = QStringLiteral("The folder '%1' to pack into '%2' does not exist.")
+            m_lastError = Tr(strings::kFolderPackIntoDoesExist)
                               .arg(extraFolder, path);
             return false;
         }

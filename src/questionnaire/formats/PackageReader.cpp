@@ -5,6 +5,7 @@
 #include "questionnaire/formats/ExchangePackage.h"
 #include "questionnaire/formats/PackageFiles.h"
 #include "util/Progress.h"
+#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,6 +15,9 @@
 #include <zip.h>
 
 #include <memory>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire::package {
 
@@ -42,20 +46,20 @@ QString NameProblem(const QString& name) {
     // libzip hands names over as C strings, so a NUL byte can only cut a name short (or, in a
     // name not marked UTF-8, turn into a CP437 character); what is left passes these checks.
     if (name.isEmpty())
-        return QStringLiteral("an empty name");
+        return Tr(strings::kEmptyName);
     QString path = SlashedName(name);
     const bool drive = path.size() >= 2 && path[1] == QLatin1Char(':') && IsAsciiLetter(path[0]);
     if (path.startsWith(QLatin1Char('/')) || drive)
-        return QStringLiteral("an absolute name");
+        return Tr(strings::kAbsoluteName);
     if (path.endsWith(QLatin1Char('/')))
         path.chop(1);
     const QStringList parts = path.split(QLatin1Char('/'));
     if (parts.contains(QLatin1String("..")))
-        return QStringLiteral("a '..' path component");
+        return Tr(strings::kPathComponent);
     // "a//b" and "./a" would name the same place as "a/b" and "a" and slip past the
     // duplicate check.
     if (parts.contains(QString()) || parts.contains(QLatin1String(".")))
-        return QStringLiteral("an empty or '.' path component");
+        return Tr(strings::kEmptyPathComponent);
     return {};
 }
 
@@ -94,7 +98,7 @@ PackageReader::~PackageReader() {
 }
 
 bool PackageReader::Refuse(const QString& what, const QString& entry) {
-    m_error = QStringLiteral("The package '%1' holds %2: '%3'. Nothing was unpacked.")
+    m_error = Tr(strings::kPackageHoldsNothingUnpacked)
                   .arg(m_path, what, entry);
     return false;
 }
@@ -106,22 +110,21 @@ bool PackageReader::Fail(const QString& text) {
 
 bool PackageReader::Open() {
     if (!QFileInfo(m_path).isFile())
-        return Fail(QStringLiteral("The package '%1' does not exist.").arg(m_path));
+        return Fail(Tr(strings::kPackageDoesExist).arg(m_path));
     int code = ZIP_ER_OK;
     // Without ZIP_CHECKCONS libzip lets duplicate names through, so that our own check can
     // name the entry instead of failing with a bare "file already exists".
     m_zip = zip_open(ZipPath(m_path).constData(), ZIP_RDONLY, &code);
     if (m_zip)
         return true;
-    return Fail(QStringLiteral("The file '%1' cannot be opened as a package: %2.")
+    return Fail(Tr(strings::kFileCannotOpenedPackage)
                     .arg(m_path, ZipErrorText(code)));
 }
 
 bool PackageReader::CheckEntries() {
     const zip_int64_t count = zip_get_num_entries(m_zip, 0);
     if (count > kMaxPackageEntries) {
-        return Fail(QStringLiteral("The package '%1' holds %2 entries, more than the %3 allowed. "
-                                   "Nothing was unpacked.")
+        return Fail(Tr(strings::kPackageHoldsEntriesMoreThan)
                         .arg(m_path)
                         .arg(count)
                         .arg(kMaxPackageEntries));
@@ -137,13 +140,13 @@ bool PackageReader::CheckEntries() {
 bool PackageReader::CheckEntry(quint64 index, quint64& total) {
     const char* raw = zip_get_name(m_zip, index, 0);
     if (!raw)
-        return Refuse(QStringLiteral("an entry without a readable name"), QString::number(index));
+        return Refuse(Tr(strings::kEntryWithoutReadableName), QString::number(index));
     const QString name = QString::fromUtf8(raw);
     const QString problem = NameProblem(name);
     if (!problem.isEmpty())
-        return Refuse(QStringLiteral("an entry with %1").arg(problem), name);
+        return Refuse(Tr(strings::kEntryWith).arg(problem), name);
     if (IsSymLinkEntry(m_zip, index))
-        return Refuse(QStringLiteral("an entry that is a symbolic link"), name);
+        return Refuse(Tr(strings::kEntrySymbolicLink), name);
     Entry entry;
     entry.index = index;
     entry.relative = SlashedName(name);
@@ -154,7 +157,7 @@ bool PackageReader::CheckEntry(quint64 index, quint64& total) {
         zip_stat_t st;
         zip_stat_init(&st);
         if (zip_stat_index(m_zip, index, 0, &st) != 0)
-            return Refuse(QStringLiteral("an entry whose header cannot be read"), name);
+            return Refuse(Tr(strings::kEntryWhoseHeaderCannotRead), name);
         if (!CheckData(st, name, total))
             return false;
         entry.size = st.size;
@@ -165,28 +168,28 @@ bool PackageReader::CheckEntry(quint64 index, quint64& total) {
 
 bool PackageReader::CheckData(const struct zip_stat& st, const QString& name, quint64& total) {
     if ((st.valid & ZIP_STAT_ENCRYPTION_METHOD) && st.encryption_method != ZIP_EM_NONE)
-        return Refuse(QStringLiteral("an encrypted entry"), name);
+        return Refuse(Tr(strings::kEncryptedEntry), name);
     if (!(st.valid & ZIP_STAT_COMP_METHOD) || !zip_compression_method_supported(st.comp_method, 0))
-        return Refuse(QStringLiteral("an entry packed with a method this program cannot read"),
+        return Refuse(Tr(strings::kEntryPackedMethodProgramCannot),
                       name);
     if (!(st.valid & ZIP_STAT_SIZE) || !(st.valid & ZIP_STAT_COMP_SIZE))
-        return Refuse(QStringLiteral("an entry of unknown size"), name);
+        return Refuse(Tr(strings::kEntryUnknownSize), name);
     if (st.size > kMaxPackageEntrySize) {
-        return Refuse(QStringLiteral("an entry declared larger than %1 GiB (%2 bytes)")
+        return Refuse(Tr(strings::kEntryDeclaredLargerThanGiB)
                           .arg(kMaxPackageEntrySize >> 30)
                           .arg(st.size),
                       name);
     }
     total += st.size; // cannot overflow: each size is at most 1 GiB and there are few entries
     if (total > kMaxPackageTotalSize) {
-        return Refuse(QStringLiteral("more than %1 GiB of data in all, reached at the entry")
+        return Refuse(Tr(strings::kMoreThanGiBDataAll)
                           .arg(kMaxPackageTotalSize >> 30),
                       name);
     }
     // comp_size < size <= 1 GiB here, so the product cannot overflow.
     if (st.size > kPackageRatioCheckedAbove && st.comp_size < st.size &&
         st.size > st.comp_size * kMaxPackageRatio) {
-        return Refuse(QStringLiteral("an entry compressed more than %1:1, a likely ZIP bomb")
+        return Refuse(Tr(strings::kEntryCompressedMoreThanLikely)
                           .arg(kMaxPackageRatio),
                       name);
     }
@@ -201,7 +204,7 @@ bool PackageReader::CheckLayout() {
     bool hasXml = false;
     for (const Entry& entry : m_entries) {
         if (names.contains(entry.relative))
-            return Refuse(QStringLiteral("two entries with the same name"), entry.relative);
+            return Refuse(Tr(strings::kTwoEntriesSameName), entry.relative);
         names.insert(entry.relative);
         if (entry.isFolder)
             folders.insert(entry.relative);
@@ -212,11 +215,11 @@ bool PackageReader::CheckLayout() {
     }
     for (const Entry& entry : m_entries) {
         if (!entry.isFolder && folders.contains(entry.relative))
-            return Refuse(QStringLiteral("an entry that is both a file and a folder"),
+            return Refuse(Tr(strings::kEntryBothFileFolder),
                           entry.relative);
     }
     if (!hasXml) {
-        return Fail(QStringLiteral("The package '%1' holds no %2. Nothing was unpacked.")
+        return Fail(Tr(strings::kPackageHoldsNoQuestionnaire)
                         .arg(m_path, QLatin1String(kPackageXmlName)));
     }
     return true;
@@ -225,13 +228,13 @@ bool PackageReader::CheckLayout() {
 bool PackageReader::Unpack(util::Progress* progress) {
     QString failed;
     if (!EmptyFolder(m_folder, failed)) {
-        return Fail(QStringLiteral("Cannot empty the working folder '%1': '%2' cannot be removed.")
+        return Fail(Tr(strings::kCannotEmptyWorkingFolder)
                         .arg(m_folder, failed));
     }
     quint64 total = 0;
     for (const Entry& entry : m_entries)
         total += entry.size;
-    util::ProgressScope scope(progress, QStringLiteral("Unpacking the questionnaire"),
+    util::ProgressScope scope(progress, Tr(strings::kUnpackingQuestionnaire),
                               qint64(total));
     m_progress = &scope;
     m_unpacked = 0;
@@ -250,8 +253,7 @@ bool PackageReader::Unpack(util::Progress* progress) {
 }
 
 bool PackageReader::RefuseLink(const QString& path) {
-    return Fail(QStringLiteral("Cannot unpack the package '%1': '%2' inside the working folder is "
-                               "a symbolic link, and nothing is written through links.")
+    return Fail(Tr(strings::kCannotUnpackPackageInsideWorking)
                     .arg(m_path, path));
 }
 
@@ -265,8 +267,7 @@ bool PackageReader::MakeFolders(const QString& relative) {
         if (info.isDir())
             continue;
         if (info.exists() || !QDir().mkdir(path)) {
-            return Fail(QStringLiteral("Cannot create the folder '%1' while unpacking the "
-                                       "package '%2'.")
+            return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking)
                             .arg(path, m_path));
         }
     }
@@ -283,14 +284,13 @@ bool PackageReader::WriteEntry(const Entry& entry) {
     QFile file(target);
     // NewOnly creates the file or fails: it never opens a file or a link planted meanwhile.
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        return Fail(QStringLiteral("Cannot create the file '%1' while unpacking the package "
-                                   "'%2': %3")
+        return Fail(Tr(strings::kCannotCreateFileWhileUnpacking)
                         .arg(target, m_path, file.errorString()));
     }
     const std::unique_ptr<zip_file_t, int (*)(zip_file_t*)> source(
         zip_fopen_index(m_zip, entry.index, 0), zip_fclose);
     if (!source) {
-        return Fail(QStringLiteral("Cannot read the entry '%1' of the package '%2': %3")
+        return Fail(Tr(strings::kCannotReadEntryPackage)
                         .arg(entry.relative, m_path, QString::fromUtf8(zip_strerror(m_zip))));
     }
     return CopyData(source.get(), file, entry);
@@ -303,7 +303,7 @@ bool PackageReader::CopyData(zip_file* source, QFile& target, const Entry& entry
         const zip_int64_t read = zip_fread(source, buffer.data(), zip_uint64_t(buffer.size()));
         if (read < 0) {
             return Fail(
-                QStringLiteral("Cannot read the entry '%1' of the package '%2': %3")
+                Tr(strings::kCannotReadEntryPackage)
                     .arg(entry.relative, m_path, QString::fromUtf8(zip_file_strerror(source))));
         }
         if (read == 0)
@@ -311,8 +311,7 @@ bool PackageReader::CopyData(zip_file* source, QFile& target, const Entry& entry
         copied += quint64(read);
         // The limits were checked on the declared size, so the data may not outgrow it.
         if (copied > entry.size) {
-            return Fail(QStringLiteral("The entry '%1' of the package '%2' holds more bytes than "
-                                       "the %3 it declares; unpacking stopped.")
+            return Fail(Tr(strings::kEntryPackageHoldsMoreBytes)
                             .arg(entry.relative, m_path)
                             .arg(entry.size));
         }
@@ -320,12 +319,11 @@ bool PackageReader::CopyData(zip_file* source, QFile& target, const Entry& entry
             break;
         m_unpacked += quint64(read);
         if (!m_progress->Advance(qint64(m_unpacked)))
-            return Fail(QStringLiteral("The unpacking of '%1' was stopped.").arg(m_path));
+            return Fail(Tr(strings::kUnpackingStopped).arg(m_path));
     }
     target.close();
     if (target.error() != QFileDevice::NoError) {
-        return Fail(QStringLiteral("Cannot write the file '%1' while unpacking the package "
-                                   "'%2': %3")
+        return Fail(Tr(strings::kCannotWriteFileWhileUnpacking)
                         .arg(target.fileName(), m_path, target.errorString()));
     }
     return true;

@@ -3,6 +3,7 @@
 #include "questionnaire/formats/ExchangePackage.h"
 #include "questionnaire/formats/PackageFiles.h"
 #include "util/Progress.h"
+#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -13,6 +14,9 @@
 #include <zip.h>
 
 #include <system_error>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire::package {
 
@@ -71,8 +75,7 @@ bool PackageWriter::Begin() {
     QTemporaryFile reserved(folder + QStringLiteral("/.qex-XXXXXX.tmp"));
     reserved.setAutoRemove(false);
     if (!reserved.open()) {
-        m_error = QStringLiteral("Cannot save the package '%1': no temporary file can be created "
-                                 "in '%2': %3")
+        m_error = Tr(strings::kCannotSavePackageTemporaryFile)
                       .arg(m_target, folder, reserved.errorString());
         return false;
     }
@@ -85,7 +88,7 @@ bool PackageWriter::Begin() {
     m_zip = zip_open(ZipPath(m_temporary).constData(), ZIP_CREATE | ZIP_EXCL, &code);
     if (!m_zip) {
         m_error =
-            QStringLiteral("Cannot save the package '%1': %2.").arg(m_target, ZipErrorText(code));
+            Tr(strings::kCannotSavePackage).arg(m_target, ZipErrorText(code));
         return false;
     }
     return true;
@@ -101,14 +104,14 @@ bool PackageWriter::Add(const QString& name, zip_source* source) {
     if (index >= 0 &&
         zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, kDeflateLevel) == 0)
         return true;
-    m_error = QStringLiteral("Cannot add '%1' to the package '%2': %3")
+    m_error = Tr(strings::kCannotAddPackage)
                   .arg(name, m_target, QString::fromUtf8(zip_strerror(m_zip)));
     return false;
 }
 
 bool PackageWriter::Finish(util::Progress* progress) {
     // libzip compresses while it closes: that is where the time goes, and where it can stop.
-    ProgressState state(progress, QStringLiteral("Packing the questionnaire"));
+    ProgressState state(progress, Tr(strings::kPackingQuestionnaire));
     if (progress) {
         zip_register_progress_callback_with_state(
             m_zip, 0.001,
@@ -124,8 +127,8 @@ bool PackageWriter::Finish(util::Progress* progress) {
     if (zip_close(m_zip) != 0) {
         // The archive stays open after a failed close; the destructor discards it.
         m_error = state.scope.Cancelled()
-                      ? QStringLiteral("The saving of '%1' was stopped.").arg(m_target)
-                      : QStringLiteral("Cannot save the package '%1': %2")
+                      ? Tr(strings::kSavingStopped).arg(m_target)
+                      : Tr(strings::kCannotSavePackage)
                             .arg(m_target, QString::fromUtf8(zip_strerror(m_zip)));
         return false;
     }
@@ -136,7 +139,7 @@ bool PackageWriter::Finish(util::Progress* progress) {
     std::error_code failure;
     std::filesystem::rename(FileSystemPath(m_temporary), FileSystemPath(m_target), failure);
     if (failure) {
-        m_error = QStringLiteral("Cannot save the package '%1': %2")
+        m_error = Tr(strings::kCannotSavePackage)
                       .arg(m_target, QString::fromStdString(failure.message()));
         return false;
     }

@@ -5,6 +5,7 @@
 #include "questionnaire/formats/QesSchema.h"
 #include "util/Progress.h"
 #include "util/SqlConnection.h"
+#include "questionnaire/Strings.h"
 
 #include <QFileInfo>
 #include <QSqlError>
@@ -12,6 +13,9 @@
 #include <QSqlRecord>
 
 #include <limits>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire {
 namespace {
@@ -103,7 +107,7 @@ public:
                 !Int(query, 4, qn->m_shownOnScreen) || !Int(query, 5, qn->m_shownOnPaper))
                 return false;
             if (type < 0 || type > int(QuestionType::MultipleChoice))
-                return Bad(QStringLiteral("question %1 has an unknown type").arg(qn->m_id));
+                return Bad(Tr(strings::kQuestionHasUnknownType).arg(qn->m_id));
             qn->SetType(QuestionType(type));
             qn->m_shortcut = query.value(1).toString();
             qn->m_hasParent = !query.value(6).isNull();
@@ -111,7 +115,7 @@ public:
                 return false;
             QList<qint32> versions;
             if (!ParseVersionList(query.value(7).toString(), versions))
-                return Bad(QStringLiteral("question %1 lists versions that are not ids").arg(qn->m_id));
+                return Bad(Tr(strings::kQuestionListsVersionsIds).arg(qn->m_id));
             if (withVersions)
                 qn->SetVersions(versions);
             m_q.AddQuestion(std::move(qn));
@@ -132,7 +136,7 @@ public:
             response->m_entryCode = query.value(2).toString();
             QList<qint32> versions;
             if (!ParseVersionList(query.value(3).toString(), versions))
-                return Bad(QStringLiteral("a response lists versions that are not ids"));
+                return Bad(Tr(strings::kResponseListsVersionsIds));
             if (withVersions)
                 response->SetVersions(versions);
             int index = 0;
@@ -149,7 +153,7 @@ public:
         QSqlQuery query(m_db);
         if (!Run(query, "SELECT question_id, kind, lcid, text FROM question_captions"))
             return false;
-        util::ProgressScope progress(m_progress, QStringLiteral("Reading the questions"),
+        util::ProgressScope progress(m_progress, Tr(strings::kReadingQuestions),
                                      m_q.GetNbreQuestion());
         int questions = 0;
         qint32 lastQuestion = 0;
@@ -179,7 +183,7 @@ public:
         int index = 0;
         qint32 lastQuestion = 0;
         CQuestion* question = nullptr;
-        util::ProgressScope progress(m_progress, QStringLiteral("Reading the responses"),
+        util::ProgressScope progress(m_progress, Tr(strings::kReadingResponses),
                                      m_q.GetNbreQuestion());
         int questions = 0;
         while (query.next()) {
@@ -270,7 +274,7 @@ private:
     }
     bool Stopped() {
         status = kQesReadError;
-        error = QStringLiteral("the reading was stopped");
+        error = Tr(strings::kReadingStopped);
         return false;
     }
     bool Bad(const QString& message) {
@@ -290,7 +294,7 @@ private:
                 return true;
             }
         }
-        return Bad(QStringLiteral("a value of column %1 is not a 32-bit whole number: '%2'")
+        return Bad(Tr(strings::kValueColumnBitWholeNumber)
                        .arg(query.record().fieldName(column), value.toString().left(40)));
     }
 
@@ -318,7 +322,7 @@ bool IntegrityOk(util::sql::Connection& db, QString& error) {
     const QString result = query.value(0).toString();
     if (result == QLatin1String("ok"))
         return true;
-    error = QStringLiteral("The database is damaged: %1").arg(result);
+    error = Tr(strings::kDatabaseDamaged).arg(result);
     return false;
 }
 
@@ -339,13 +343,13 @@ bool CQuestionnaire::Read(const QString& path, bool withCaptions, bool withRespo
         return false;
     };
     if (type != dbQesFile)
-        return fail(kQesCannotOpen, QStringLiteral("Unknown kind of questionnaire database."));
+        return fail(kQesCannotOpen, Tr(strings::kUnknownKindQuestionnaireDatabase));
     if (!QFileInfo(path).isFile())
-        return fail(kQesCannotOpen, QStringLiteral("The file '%1' cannot be found.").arg(path));
+        return fail(kQesCannotOpen, Tr(strings::kFileCannotFound).arg(path));
     util::sql::Connection db;
     if (const util::Outcome opened = db.Open(path); !opened)
         return fail(kQesNotADatabase,
-                    QStringLiteral("The file '%1' is not a questionnaire database: %2")
+                    Tr(strings::kFileQuestionnaireDatabase)
                         .arg(path, opened.Reason()));
     quint16 status = kQesOk;
     QString error;
@@ -379,17 +383,16 @@ bool CQuestionnaire::Read(const QString& path, bool withCaptions, bool withRespo
     }
     if (!ok)
         return fail(status != kQesOk ? status : quint16(kQesReadError),
-                    QStringLiteral("Cannot read the questionnaire '%1': %2").arg(path, error));
+                    Tr(strings::kCannotReadQuestionnaire).arg(path, error));
     m_status = kQesOk;
     if (reader.skipped > 0) {
         m_status = kQesRowsSkipped;
-        m_lastError = QStringLiteral("%1 rows of '%2' refer to questions, responses or routings "
-                                     "that do not exist and were left out.")
+        m_lastError = Tr(strings::kRowsReferQuestionsResponsesRoutings)
                           .arg(reader.skipped)
                           .arg(path);
     } else if (reader.fileProgramVersion < programVersion) {
         m_status = kQesWrittenByOlderProgram;
-        m_lastError = QStringLiteral("'%1' was last saved by an older version of the program.")
+        m_lastError = Tr(strings::kLastSavedOlderVersionProgram)
                           .arg(path);
     }
     return m_status == kQesOk;

@@ -3,8 +3,12 @@
 #include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/formats/QesSchema.h"
 #include "questionnaire/formats/QesWriter.h"
+#include "questionnaire/Strings.h"
 
 #include <QFileInfo>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 using util::Outcome;
 
@@ -40,7 +44,7 @@ bool CDBStructureAdo::Open(bool createIfMissing) {
     const bool exists = QFileInfo(m_path).isFile();
     if (!exists && !createIfMissing)
         return Failed("Open", Outcome::Failure(
-                                  QStringLiteral("the file '%1' cannot be found.").arg(m_path)));
+                                  Tr(strings::kFileCannotFound).arg(m_path)));
     if (!exists) {
         if (const Outcome created = WriteQesFile(m_path, CQuestionnaire(), 0); !created)
             return Failed("Open", created);
@@ -60,7 +64,7 @@ bool CDBStructureAdo::Open(bool createIfMissing) {
 // one is open, so that a whole document save succeeds or fails as one.
 template <class F> bool CDBStructureAdo::InTransaction(const char* operation, F&& work) {
     if (!m_db.IsOpen())
-        return Failed(operation, Outcome::Failure(QStringLiteral("the database is not open.")));
+        return Failed(operation, Outcome::Failure(Tr(strings::kDatabaseOpen)));
     util::sql::Transaction part(m_db);
     Outcome outcome = part.Begin();
     if (outcome)
@@ -73,7 +77,7 @@ template <class F> bool CDBStructureAdo::InTransaction(const char* operation, F&
 bool CDBStructureAdo::BeginTransaction() {
     if (!m_db.IsOpen())
         return Failed("BeginTransaction",
-                      Outcome::Failure(QStringLiteral("the database is not open.")));
+                      Outcome::Failure(Tr(strings::kDatabaseOpen)));
     m_transaction = std::make_unique<util::sql::Transaction>(m_db);
     if (const Outcome begun = m_transaction->Begin(); !begun) {
         m_transaction.reset();
@@ -85,7 +89,7 @@ bool CDBStructureAdo::BeginTransaction() {
 bool CDBStructureAdo::CommitTransaction() {
     if (!m_transaction)
         return Failed("CommitTransaction",
-                      Outcome::Failure(QStringLiteral("no transaction is open.")));
+                      Outcome::Failure(Tr(strings::kTransactionOpen)));
     const Outcome committed = m_transaction->Commit();
     m_transaction.reset();
     return committed ? true : Failed("CommitTransaction", committed);

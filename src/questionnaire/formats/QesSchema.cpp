@@ -1,12 +1,16 @@
 #include "questionnaire/formats/QesSchema.h"
 
 #include "questionnaire/formats/QesDatabase.h"
+#include "questionnaire/Strings.h"
 
 #include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
 
 #include <vector>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire::qes {
 
@@ -93,7 +97,7 @@ util::Outcome CheckTable(util::sql::Connection& db, const Table& table, quint16&
     if (types.isEmpty()) {
         status = kQesNotAQuestionnaire;
         return util::Outcome::Failure(
-            QStringLiteral("The table '%1' is missing: this is not a questionnaire database.")
+            Tr(strings::kTableMissingQuestionnaireDatabase)
                 .arg(QLatin1String(table.name)));
     }
     for (const Column& column : table.columns) {
@@ -101,7 +105,7 @@ util::Outcome CheckTable(util::sql::Connection& db, const Table& table, quint16&
         if (it == types.constEnd() || *it != QLatin1String(column.type)) {
             status = kQesBadSchema;
             return util::Outcome::Failure(
-                QStringLiteral("The column '%1.%2' is missing or is not of type %3.")
+                Tr(strings::kColumnMissingType)
                     .arg(QLatin1String(table.name), QLatin1String(column.name),
                          QLatin1String(column.type)));
         }
@@ -129,19 +133,18 @@ util::Outcome CheckSchema(util::sql::Connection& db, quint16& status) {
     if (!query.exec(QStringLiteral("SELECT value FROM format WHERE key = 'format'")) ||
         !query.next()) {
         status = kQesBadData;
-        return util::Outcome::Failure(QStringLiteral("The database does not say which format it has."));
+        return util::Outcome::Failure(Tr(strings::kDatabaseDoesSayWhichFormat));
     }
     bool ok = false;
     const int format = query.value(0).toString().toInt(&ok);
     if (!ok || format < 1) {
         status = kQesBadData;
-        return util::Outcome::Failure(QStringLiteral("The database names an unknown format."));
+        return util::Outcome::Failure(Tr(strings::kDatabaseNamesUnknownFormat));
     }
     if (format > kFormatVersion) {
         status = kQesNewerFormat;
         return util::Outcome::Failure(
-            QStringLiteral("The database has format %1, written by a newer version of the "
-                           "program; this version reads format %2.")
+            Tr(strings::kDatabaseHasFormatWrittenNewer)
                 .arg(format)
                 .arg(kFormatVersion));
     }

@@ -7,9 +7,13 @@
 #include "util/FileSystem.h"
 #include "util/Progress.h"
 #include "util/SqlConnection.h"
+#include "questionnaire/Strings.h"
 
 #include <QCoreApplication>
 #include <QFile>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 namespace questionnaire::qes {
 
@@ -57,7 +61,7 @@ Outcome WriteCaptions(util::sql::Connection& db, const CQuestionnaire& q,
     Inserter responseRow(db, QStringLiteral("INSERT INTO response_captions VALUES (?, ?, ?, ?)"));
     for (int i = 0; i < q.GetNbreQuestion(); ++i) {
         if (progress && !progress->Advance(i))
-            return Outcome::Failure(QStringLiteral("The saving was stopped."));
+            return Outcome::Failure(Tr(strings::kStopped));
         const CQuestion& question = q.GetQuestion(i);
         const qint32 id = question.m_id;
         if (!WriteTexts(questionRow, id, kLongCaption, question.LongCaption()) ||
@@ -149,7 +153,7 @@ util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 
         for (const QString& statement : CreateStatements())
             if (outcome)
                 outcome = db.Exec(statement);
-        util::ProgressScope scope(progress, QStringLiteral("Writing the questionnaire"),
+        util::ProgressScope scope(progress, Tr(strings::kWritingQuestionnaire),
                                   q.GetNbreQuestion());
         if (outcome)
             outcome = WriteFormat(db, programVersion);
@@ -170,7 +174,7 @@ util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 
     if (!outcome) {
         QFile::remove(temporary);
         return util::Outcome::Failure(
-            QStringLiteral("Cannot write the file '%1': %2").arg(path, outcome.Reason()));
+            Tr(strings::kCannotWriteFile).arg(path, outcome.Reason()));
     }
     return {};
 }

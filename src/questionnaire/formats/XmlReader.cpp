@@ -6,10 +6,14 @@
 #include "questionnaire/formats/XmlText.h"
 #include "util/Progress.h"
 #include "util/TextFile.h"
+#include "questionnaire/Strings.h"
 
 #include <QFile>
 
 #include <limits>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 using namespace questionnaire;
 using namespace questionnaire::xml;
@@ -21,7 +25,7 @@ namespace {
 class XmlIn {
 public:
     XmlIn(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progress, qint64 total)
-        : m_in(scanner), m_q(q), m_progress(progress, QStringLiteral("Reading the questionnaire"),
+        : m_in(scanner), m_q(q), m_progress(progress, Tr(strings::kReadingQuestionnaire),
                                             total) {}
 
     bool Read() {
@@ -49,7 +53,7 @@ public:
     }
 
     QString Error() const {
-        return m_stopped ? QStringLiteral("The reading was stopped.") : m_in.Error();
+        return m_stopped ? Tr(strings::kXmlReadingStopped) : m_in.Error();
     }
 
 private:
@@ -60,7 +64,7 @@ private:
         if (token == XmlScanner::Token::Invalid)
             return false;
         if (token != XmlScanner::Token::StartElement || m_in.Name() != u"questionnaire")
-            return Fail(QStringLiteral("this is not a questionnaire (no <questionnaire> element)"));
+            return Fail(Tr(strings::kNotAQuestionnaire));
         qint32 format = 0;
         if (!Int(u"format", format))
             return false;
@@ -121,11 +125,11 @@ private:
             if (m_in.Failed())
                 return false;
             if (required)
-                return Fail(QStringLiteral("attribute '%1' is missing").arg(name));
+                return Fail(Tr(strings::kAttributeMissing).arg(name));
             return true;
         }
         if (!ParseInt(text, value))
-            return Fail(QStringLiteral("attribute '%1' is not a whole number").arg(name));
+            return Fail(Tr(strings::kAttributeWholeNumber).arg(name));
         return true;
     }
 
@@ -138,13 +142,13 @@ private:
         const QString hexName = name.toString() + QLatin1String("Hex");
         if (m_in.Attribute(hexName, text, m_scratch)) {
             if (!FromHex(text, value))
-                return Fail(QStringLiteral("attribute '%1' is not hexadecimal").arg(hexName));
+                return Fail(Tr(strings::kAttributeHexadecimal).arg(hexName));
             return true;
         }
         if (m_in.Failed())
             return false;
         if (required)
-            return Fail(QStringLiteral("attribute '%1' is missing").arg(name));
+            return Fail(Tr(strings::kAttributeMissing).arg(name));
         value.clear();
         return true;
     }
@@ -157,7 +161,7 @@ private:
         for (QStringView item : text.split(u' ', Qt::SkipEmptyParts)) {
             qint32 id = 0;
             if (!ParseInt(item, id))
-                return Fail(QStringLiteral("'versions' holds something other than ids"));
+                return Fail(Tr(strings::kVersionsHoldsSomethingOtherThan));
             versions.append(id);
         }
         return true;
@@ -177,7 +181,7 @@ private:
         QStringView hex;
         if (m_in.Attribute(u"hex", hex, m_scratch)) {
             if (!FromHex(hex, text))
-                return Fail(QStringLiteral("attribute 'hex' is not hexadecimal"));
+                return Fail(Tr(strings::kAttributeHexHexadecimal));
             return m_in.SkipElement();
         }
         return !m_in.Failed() && m_in.ReadText(text);
@@ -191,7 +195,7 @@ private:
         language->m_isMain = Bool(u"main");
         const qint32 id = language->m_id;
         if (m_q.AddLanguage(std::move(language)) < 0)
-            return Fail(QStringLiteral("language %1 is listed twice").arg(id));
+            return Fail(Tr(strings::kLanguageListedTwice).arg(id));
         return m_in.SkipElement();
     }
 
@@ -201,7 +205,7 @@ private:
             return false;
         const qint32 id = version->m_id;
         if (m_q.AddVersion(std::move(version)) < 0)
-            return Fail(QStringLiteral("version %1 is listed twice").arg(id));
+            return Fail(Tr(strings::kVersionListedTwice).arg(id));
         return m_in.SkipElement();
     }
 
@@ -231,7 +235,7 @@ private:
         if (!m_in.Attribute(u"type", typeName, m_scratch))
             typeName = {};
         if (!TypeFromName(typeName, type))
-            return Fail(QStringLiteral("unknown question type '%1'").arg(typeName));
+            return Fail(Tr(strings::kUnknownQuestionType).arg(typeName));
         qn.SetType(type);
         QList<qint32> versions;
         if (!Int(u"id", qn.m_id) || !String(u"shortcut", qn.m_shortcut, false) ||
@@ -271,7 +275,7 @@ private:
             return false;
         const qint32 id = qn.m_id;
         if (m_q.AddQuestion(std::move(question)) < 0)
-            return Fail(QStringLiteral("question id %1 is used twice").arg(id));
+            return Fail(Tr(strings::kQuestionIdUsedTwice).arg(id));
         return true;
     }
 
@@ -298,7 +302,7 @@ private:
             return false;
         const qint32 id = response->m_id;
         if (question.AddModalite(std::move(response)) < 0)
-            return Fail(QStringLiteral("response id %1 is used twice in question %2")
+            return Fail(Tr(strings::kResponseIdUsedTwiceQuestion)
                             .arg(id)
                             .arg(question.m_id));
         return true;
@@ -327,7 +331,7 @@ private:
             return false;
         const qint32 id = routing->m_id;
         if (m_q.AddFiltre(std::move(routing)) < 0)
-            return Fail(QStringLiteral("routing id %1 is used twice").arg(id));
+            return Fail(Tr(strings::kRoutingIdUsedTwice).arg(id));
         return true;
     }
 
@@ -338,7 +342,7 @@ private:
         if (!Int(u"number", number))
             return false;
         if (number < kFirstSystemMessage || number > kLastSystemMessage)
-            return Fail(QStringLiteral("system message %1 does not exist (2 to 43)").arg(number));
+            return Fail(Tr(strings::kSystemMessageDoesExist).arg(number));
         if (!Text(language, text))
             return false;
         m_q.SetCustomErrorMessage(language, number, text);
@@ -375,7 +379,7 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
     };
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return fail(QStringLiteral("Cannot open the file '%1': %2").arg(path, file.errorString()));
+        return fail(Tr(strings::kCannotOpenFile).arg(path, file.errorString()));
     const QByteArray head = file.read(2);
     const bool marked = head.size() == 2 && uchar(head[0]) == 0xFF && uchar(head[1]) == 0xFE;
     bool read = false;
@@ -384,14 +388,14 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
         file.close();
         util::TextFileReader reader;
         if (!reader.Open(path))
-            return fail(QStringLiteral("Cannot open the file '%1'").arg(path));
+            return fail(Tr(strings::kCannotOpenFileNoReason).arg(path));
         XmlScanner scanner(reader);
         read = ReadXmlDocument(scanner, q, progress, reader.CharactersLeft());
     } else {
         const QByteArray bytes = head + file.readAll();
         if (file.error() != QFileDevice::NoError)
             return fail(
-                QStringLiteral("Cannot read the file '%1': %2").arg(path, file.errorString()));
+                Tr(strings::kCannotReadFile).arg(path, file.errorString()));
         const QString text = util::DecodeText(bytes);
         XmlScanner scanner(text);
         read = ReadXmlDocument(scanner, q, progress, text.size());

@@ -1,12 +1,16 @@
 #include "questionnaire/formats/XmlScanner.h"
 
 #include "util/TextFile.h"
+#include "questionnaire/Strings.h"
 
 #include <algorithm>
 #include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 #endif
 
 namespace questionnaire {
@@ -214,7 +218,7 @@ bool XmlScanner::Fail(const QString& message) {
             ++column;
         }
     }
-    m_error = QStringLiteral("XML line %1, column %2: %3").arg(line).arg(column).arg(message);
+    m_error = Tr(strings::kXmlPosition).arg(line).arg(column).arg(message);
     return false;
 }
 
@@ -222,7 +226,7 @@ bool XmlScanner::Fail(const QString& message) {
 
 bool XmlScanner::ReadName(size_t& at, Span& name) {
     if (at >= m_end - m_pos || !IsNameStart(m_buffer[m_pos + at]))
-        return Fail(QStringLiteral("a name was expected"));
+        return Fail(Tr(strings::kNameExpected));
     const size_t begin = at;
     while (at < m_end - m_pos && IsNameChar(m_buffer[m_pos + at]))
         ++at;
@@ -245,31 +249,31 @@ bool XmlScanner::ReadAttributes(size_t& at) {
         }
         if (s[at] == u'/') {
             if (s[at + 1] != u'>')
-                return Fail(QStringLiteral("'>' was expected after '/'"));
+                return Fail(Tr(strings::kSlashWithoutGreaterThan));
             at += 2;
             m_emptyElement = true;
             return true;
         }
         if (!spaced)
-            return Fail(QStringLiteral("a space was expected between attributes"));
+            return Fail(Tr(strings::kSpaceExpectedBetweenAttributes));
         AttributeSpan attribute;
         if (!ReadName(at, attribute.name))
             return false;
         while (IsSpace(s[at]))
             ++at;
         if (s[at] != u'=')
-            return Fail(QStringLiteral("'=' was expected after an attribute name"));
+            return Fail(Tr(strings::kExpectedAfterAttributeName));
         ++at;
         while (IsSpace(s[at]))
             ++at;
         const char16_t quote = s[at];
         if (quote != u'"' && quote != u'\'')
-            return Fail(QStringLiteral("an attribute value must be quoted"));
+            return Fail(Tr(strings::kAttributeValueMustQuoted));
         const size_t begin = ++at;
         while (s[at] != quote) {
             const char16_t c = s[at];
             if (c == u'<')
-                return Fail(QStringLiteral("'<' is not allowed in an attribute value"));
+                return Fail(Tr(strings::kLessThanInAttribute));
             if (c == u'&' || c == u'\t' || c == u'\n' || c == u'\r')
                 attribute.needsDecoding = true;
             ++at;
@@ -280,7 +284,7 @@ bool XmlScanner::ReadAttributes(size_t& at) {
             return false;
         for (const AttributeSpan& other : m_attributes)
             if (View(other.name) == View(attribute.name))
-                return Fail(QStringLiteral("the attribute '%1' is given twice")
+                return Fail(Tr(strings::kAttributeGivenTwice)
                                 .arg(View(attribute.name)));
         m_attributes.push_back(attribute);
     }
@@ -293,7 +297,7 @@ bool XmlScanner::ReadTag(bool& isEnd) {
     char16_t quote = 0;
     for (;;) {
         if (at >= m_end - m_pos && !Ensure(at + 1))
-            return Fail(QStringLiteral("the document ends inside a tag"));
+            return Fail(Tr(strings::kDocumentEndsInsideTag));
         const char16_t c = m_buffer[m_pos + at];
         if (quote) {
             if (c == quote)
@@ -313,7 +317,7 @@ bool XmlScanner::ReadTag(bool& isEnd) {
         while (IsSpace(m_buffer[m_pos + at]))
             ++at;
         if (m_buffer[m_pos + at] != u'>')
-            return Fail(QStringLiteral("'>' was expected to end the tag"));
+            return Fail(Tr(strings::kExpectedEndTag));
         ++at;
     } else if (!ReadAttributes(at)) {
         return false;
@@ -326,7 +330,7 @@ bool XmlScanner::ReadTag(bool& isEnd) {
 // section; refuses a document type declaration.
 bool XmlScanner::SkipMarkup() {
     if (!Ensure(2))
-        return Fail(QStringLiteral("the document ends inside markup"));
+        return Fail(Tr(strings::kDocumentEndsInsideMarkup));
     QStringView ending;
     size_t from = 2;
     if (m_buffer[m_pos + 1] == u'?') {
@@ -336,17 +340,17 @@ bool XmlScanner::SkipMarkup() {
         from = 4;
     } else if (Ensure(9) && QStringView(m_buffer.data() + m_pos, 9) == u"<![CDATA[") {
         if (m_openStarts.empty())
-            return Fail(QStringLiteral("character data outside the root element"));
+            return Fail(Tr(strings::kCharacterDataOutsideRootElement));
         ending = u"]]>";
         from = 9;
     } else if (Ensure(9) && QStringView(m_buffer.data() + m_pos, 9) == u"<!DOCTYPE") {
-        return Fail(QStringLiteral("document type declarations are not accepted"));
+        return Fail(Tr(strings::kDocumentTypeDeclarationsAccepted));
     } else {
-        return Fail(QStringLiteral("unknown markup"));
+        return Fail(Tr(strings::kUnknownMarkup));
     }
     const size_t at = FindFrom(from, ending);
     if (at == kNpos)
-        return Fail(QStringLiteral("the document ends inside markup"));
+        return Fail(Tr(strings::kDocumentEndsInsideMarkup));
     if (!CheckCharacters(m_pos + from, m_pos + at))
         return false;
     m_pos += at + size_t(ending.size());
@@ -367,7 +371,7 @@ bool XmlScanner::CheckCharacters(size_t from, size_t to) {
             continue;
         }
         m_pos = from; // near enough for the message
-        return Fail(QStringLiteral("the character U+%1 is not allowed in XML")
+        return Fail(Tr(strings::kCharacterUAllowedXML)
                         .arg(uint(c), 4, 16, QLatin1Char('0')));
     }
     return true;
@@ -381,8 +385,8 @@ bool XmlScanner::SkipCharacterData() {
         while (i < m_end && m_buffer[i] != u'<' && m_buffer[i] != u'&') {
             if (outside && !IsSpace(m_buffer[i])) {
                 m_pos = i;
-                return Fail(m_seenRoot ? QStringLiteral("text after the root element")
-                                       : QStringLiteral("a start tag was expected"));
+                return Fail(m_seenRoot ? Tr(strings::kTextAfterRootElement)
+                                       : Tr(strings::kStartTagExpected));
             }
             ++i;
         }
@@ -391,7 +395,7 @@ bool XmlScanner::SkipCharacterData() {
         m_pos = i;
         if (i < m_end && m_buffer[i] == u'&') {
             if (outside)
-                return Fail(QStringLiteral("a reference outside the root element"));
+                return Fail(Tr(strings::kReferenceOutsideRootElement));
             // A reference passed over must still name something.
             QString ignored;
             size_t at = 0;
@@ -413,18 +417,18 @@ XmlScanner::Token XmlScanner::Next() {
             return Token::Invalid;
         if (m_pos == m_end) {
             if (m_readFailed) {
-                Fail(QStringLiteral("the file could not be read to its end"));
+                Fail(Tr(strings::kFileCouldReadEnd));
                 return Token::Invalid;
             }
             if (!m_rootClosed) {
-                Fail(m_seenRoot ? QStringLiteral("the document ends before its root element does")
-                                : QStringLiteral("the document holds no element"));
+                Fail(m_seenRoot ? Tr(strings::kDocumentEndsBeforeRootElement)
+                                : Tr(strings::kDocumentHoldsElement));
                 return Token::Invalid;
             }
             return Token::EndOfDocument;
         }
         if (!Ensure(2)) {
-            Fail(QStringLiteral("the document ends inside a tag"));
+            Fail(Tr(strings::kDocumentEndsInsideTag));
             return Token::Invalid;
         }
         const char16_t second = m_buffer[m_pos + 1];
@@ -442,7 +446,7 @@ XmlScanner::Token XmlScanner::Next() {
             return Token::EndElement;
         }
         if (m_rootClosed) {
-            Fail(QStringLiteral("a second root element"));
+            Fail(Tr(strings::kSecondRootElement));
             return Token::Invalid;
         }
         m_seenRoot = true;
@@ -461,11 +465,11 @@ XmlScanner::Token XmlScanner::Next() {
 
 bool XmlScanner::CloseElement() {
     if (m_openStarts.empty())
-        return Fail(QStringLiteral("an end tag without a start tag"));
+        return Fail(Tr(strings::kEndTagWithoutStartTag));
     const size_t start = m_openStarts.back();
     const QStringView open(m_openNames.data() + start, qsizetype(m_openNames.size() - start));
     if (open != Name())
-        return Fail(QStringLiteral("the end tag '%1' does not match the start tag '%2'")
+        return Fail(Tr(strings::kEndTagDoesMatchStart)
                         .arg(Name(), open));
     m_openNames.resize(start);
     m_openStarts.pop_back();
@@ -520,7 +524,7 @@ bool XmlScanner::AppendReference(size_t& at, QString& out, size_t limit) {
     const char16_t* s = m_buffer.data() + m_pos;
     const char16_t* semicolon = std::find(s + at + 1, s + limit, u';');
     if (semicolon == s + limit)
-        return Fail(QStringLiteral("'&' starts no reference"));
+        return Fail(Tr(strings::kAmpersandWithoutReference));
     const QStringView name(s + at + 1, semicolon - (s + at + 1));
     at = size_t(semicolon - s) + 1;
     if (name.startsWith(u'#')) {
@@ -529,7 +533,7 @@ bool XmlScanner::AppendReference(size_t& at, QString& out, size_t limit) {
         if (!ParseDecimal(name.mid(hex ? 2 : 1), hex ? 16 : 10, code) ||
             (code < 0x10000 && !IsAllowedSingle(char16_t(code))) ||
             (code >= 0xD800 && code < 0xE000))
-            return Fail(QStringLiteral("'&%1;' is not a character XML allows").arg(name));
+            return Fail(Tr(strings::kReferenceNotACharacter).arg(name));
         if (code >= 0x10000) {
             out.append(QChar(QChar::highSurrogate(code)));
             out.append(QChar(QChar::lowSurrogate(code)));
@@ -549,7 +553,7 @@ bool XmlScanner::AppendReference(size_t& at, QString& out, size_t limit) {
             return true;
         }
     }
-    return Fail(QStringLiteral("the entity '%1' is not defined").arg(name));
+    return Fail(Tr(strings::kEntityDefined).arg(name));
 }
 
 bool XmlScanner::NextChild() {
@@ -566,7 +570,7 @@ bool XmlScanner::Finish() {
         return false;
     if (Next() == Token::EndOfDocument)
         return true;
-    return Fail(QStringLiteral("a second root element"));
+    return Fail(Tr(strings::kSecondRootElement));
 }
 
 bool XmlScanner::SkipElement() {
@@ -605,8 +609,8 @@ bool XmlScanner::ReadText(QString& text) {
         m_pos = size_t(stop - m_buffer.data());
         if (stop == end) {
             if (!Refill())
-                return Fail(m_readFailed ? QStringLiteral("the file could not be read to its end")
-                                         : QStringLiteral("the document ends inside an element"));
+                return Fail(m_readFailed ? Tr(strings::kFileCouldReadEnd)
+                                         : Tr(strings::kDocumentEndsInsideElement));
             continue;
         }
         const char16_t c = *stop;
@@ -621,7 +625,7 @@ bool XmlScanner::ReadText(QString& text) {
                 ++m_pos;
         } else if (QChar::isHighSurrogate(c)) {
             if (!Ensure(2) || !QChar::isLowSurrogate(m_buffer[m_pos + 1]))
-                return Fail(QStringLiteral("a surrogate without its pair"));
+                return Fail(Tr(strings::kSurrogateWithoutPair));
             text.append(reinterpret_cast<const QChar*>(m_buffer.data() + m_pos), 2);
             m_pos += 2;
         } else if (c == u'&') {
@@ -631,7 +635,7 @@ bool XmlScanner::ReadText(QString& text) {
             m_pos += at;
         } else if (c == u'<') {
             if (!Ensure(2))
-                return Fail(QStringLiteral("the document ends inside an element"));
+                return Fail(Tr(strings::kDocumentEndsInsideElement));
             const char16_t second = m_buffer[m_pos + 1];
             if (second == u'/') {
                 bool isEnd = false;
@@ -641,7 +645,7 @@ bool XmlScanner::ReadText(QString& text) {
                 QStringView(m_buffer.data() + m_pos, 9) == u"<![CDATA[") {
                 const size_t close = FindFrom(9, u"]]>");
                 if (close == kNpos)
-                    return Fail(QStringLiteral("the document ends inside a CDATA section"));
+                    return Fail(Tr(strings::kDocumentEndsInsideCDATASection));
                 if (!CheckCharacters(m_pos + 9, m_pos + close))
                     return false;
                 text.append(reinterpret_cast<const QChar*>(m_buffer.data() + m_pos + 9),
@@ -651,10 +655,10 @@ bool XmlScanner::ReadText(QString& text) {
                 if (!SkipMarkup())
                     return false;
             } else {
-                return Fail(QStringLiteral("an element where only text was expected"));
+                return Fail(Tr(strings::kElementWhereOnlyTextExpected));
             }
         } else {
-            return Fail(QStringLiteral("the character U+%1 is not allowed in XML")
+            return Fail(Tr(strings::kCharacterUAllowedXML)
                             .arg(uint(c), 4, 16, QLatin1Char('0')));
         }
     }

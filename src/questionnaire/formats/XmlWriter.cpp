@@ -5,12 +5,16 @@
 #include "questionnaire/formats/XmlText.h"
 #include "util/CharScan.h"
 #include "util/Progress.h"
+#include "questionnaire/Strings.h"
 
 #include <QSaveFile>
 
 #include <cstdio>
 #include <cstring>
 #include <vector>
+
+using questionnaire::Tr;
+namespace strings = questionnaire::strings;
 
 using namespace questionnaire;
 using namespace questionnaire::xml;
@@ -312,7 +316,7 @@ bool WriteQuestionnaireXml(const CQuestionnaire& q, bool includeTexts, bool incl
     XmlOut out(sink);
     WriteHead(out, q);
     out.Open(QLatin1StringView("questions"));
-    util::ProgressScope scope(progress, QStringLiteral("Writing the questionnaire"),
+    util::ProgressScope scope(progress, Tr(strings::kWritingQuestionnaire),
                               q.GetNbreQuestion());
     for (int i = 0; i < q.GetNbreQuestion() && out.Ok(); ++i) {
         if (!scope.Advance(i))
@@ -348,16 +352,16 @@ util::Outcome WriteXmlFile(const QString& path, const CQuestionnaire& q,
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return util::Outcome::Failure(
-            QStringLiteral("Cannot create the file '%1': %2").arg(path, file.errorString()));
+            Tr(strings::kCannotCreateFile).arg(path, file.errorString()));
     const bool written = WriteXmlDocument(
         q, true, true,
         [&file](const char* data, qint64 size) { return file.write(data, size) == size; },
         progress);
     if (!written || !file.commit()) {
         if (!written && progress && file.error() == QFileDevice::NoError)
-            return util::Outcome::Failure(QStringLiteral("The saving of '%1' was stopped.").arg(path));
+            return util::Outcome::Failure(Tr(strings::kSavingStopped).arg(path));
         return util::Outcome::Failure(
-            QStringLiteral("Cannot write the file '%1': %2").arg(path, file.errorString()));
+            Tr(strings::kCannotWriteFile).arg(path, file.errorString()));
     }
     return {};
 }
