@@ -177,6 +177,7 @@ private:
     // Copy identical may keep groups of captions in step: reference texts never change, and no
     // language has two columns.
     bool m_syncing = false;
+    bool m_languageTwice = false; // two columns write the same language
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
     std::vector<const QString*> m_current;      // the current texts of the row being imported
     QString m_scratch;
@@ -275,8 +276,9 @@ qint32 Importer::CheckHeader(const QStringList& header) {
     QList<qint32> written = columnLanguages.mid(1);
     written.removeAll(0);
     std::sort(written.begin(), written.end());
-    m_syncing = m_options.copyIdentical && !written.contains(m_options.referenceLanguage) &&
-                std::adjacent_find(written.begin(), written.end()) == written.end();
+    m_languageTwice = std::adjacent_find(written.begin(), written.end()) != written.end();
+    m_syncing =
+        m_options.copyIdentical && !written.contains(m_options.referenceLanguage) && !m_languageTwice;
     return 0;
 }
 
@@ -457,40 +459,69 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         cell.written = QString();
         cell.final = !cut.backslash && !(!cut.text.isEmpty() && cut.text.front() == u'"' &&
                                          cut.text.back() == u'"');
-        cell.finalFromStart = false;
+        cell.finalFromStart = cell.final;
         cell.byGroup = false;
     }
     // When the group's captions stand in step in a column, the row is compared with one of
     // them, and what it finds holds for all.
     const bool inStep = m_syncing && group->syncable && matches.size() > 1;
+    bool eachCaption = !inStep; // some column must be compared caption by caption
+    bool groupWrites = false;   // some column in step is written to every caption
     if (inStep) {
-        m_columns->Read(FindCaptionTexts(m_q, m_captions.questionIds[matches.front()],
-                                         m_captions.responseIds[matches.front()]),
+        // Any caption of the group will do; the row's own is the one whose texts the rows
+        // before it brought into the cache.
+        const qint32 rowQuestion = CStaticTools::ToLong(cells[0].text);
+        const qint32 rowResponse = CStaticTools::ToLong(cells[1].text);
+        qsizetype representative = matches.front();
+        for (qsizetype k : matches)
+            if (m_captions.questionIds[k] == rowQuestion && m_captions.responseIds[k] == rowResponse)
+                representative = k;
+        m_columns->Read(FindCaptionTexts(m_q, m_captions.questionIds[representative],
+                                         m_captions.responseIds[representative]),
                         m_current);
         for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
             DecodedCell& cell = m_decoded[size_t(i)];
-            if (!cell.used || !cell.final || !group->synced[size_t(i)])
+            if (!cell.used || (cell.final && cell.text.isEmpty()))
                 continue;
+            if (!cell.final || !group->synced[size_t(i)]) {
+                eachCaption = true;
+                continue;
+            }
             cell.byGroup = true;
-            cell.groupDiffers = !cell.text.isEmpty() &&
-                                !util::SameText(cell.text, *m_current[size_t(i)]);
+            cell.groupDiffers = !util::SameText(cell.text, *m_current[size_t(i)]);
+            groupWrites = groupWrites || cell.groupDiffers;
         }
     }
     const qint32 reference = m_index->Reference();
     for (qsizetype k : matches) {
+        const bool first = k == matches.front();
+        // A caption of a group in step that nothing is to be compared with or written to.
+        if (inStep && !first && !eachCaption && !groupWrites)
+            continue;
         const qint32 questionId = m_captions.questionIds[k];
         const qint32 responseId = m_captions.responseIds[k];
         const bool message = questionId == kSystemMessageMarker;
         const CLocalisedText* texts =
             message ? nullptr : FindCaptionTexts(m_q, questionId, responseId);
-        if (message ? m_index->Text(k) != source
-                    : !util::SameText(texts ? texts->Get(reference) : QString(), source))
-            continue;
-        if (!message)
+        // The reference texts of a group in step never change: its captions all still match.
+        if (!inStep) {
+            if (!message)
+                m_columns->Read(texts, m_current);
+            const QString& current = message || m_map.referenceColumn < 0
+                                         ? QString()
+                                         : *m_current[size_t(m_map.referenceColumn)];
+            if (message ? m_index->Text(k) != source
+                        : !util::SameText(m_map.referenceColumn >= 0 ? current
+                                          : texts              ? texts->Get(reference)
+                                                               : QString(),
+                                          source))
+                continue;
+        } else if (eachCaption) {
             m_columns->Read(texts, m_current);
+        }
         for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
             DecodedCell& cell = m_decoded[size_t(i)];
-            if (!cell.used)
+            if (!cell.used || (cell.byGroup && !cell.groupDiffers))
                 continue;
             if (!cell.final) {
                 if (cell.inDecoded) {
@@ -502,29 +533,34 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
                 cell.text = cell.decoded;
                 cell.written = QString();
                 cell.final = DecodesToItself(cell.text);
-            } else if (k == matches.front()) {
-                cell.finalFromStart = true;
             }
             if (cell.text.isEmpty())
                 continue;
             const qint32 lcid = m_options.languages[m_map.entries[i]];
-            const bool differs = cell.byGroup ? cell.groupDiffers
-                                              : message || lcid == reference ||
-                                                    !util::SameText(cell.text, *m_current[size_t(i)]);
+            const bool differs = cell.byGroup || message || lcid == reference ||
+                                 !util::SameText(cell.text, *m_current[size_t(i)]);
             if (!differs)
                 continue;
             if (cell.written.isNull())
                 cell.written = cell.text.toString();
             if (message || lcid == reference) {
                 ApplyPending(texts);
+                if (!message)
+                    m_columns->Read(texts, m_current); // the writes may have moved the texts
                 WriteIfDifferent(questionId, responseId, lcid, cell.written, k);
                 if (!message)
                     m_columns->Read(texts, m_current);
                 continue;
             }
             ++m_count;
-            if (texts)
-                m_pending.emplace_back(lcid, cell.written);
+            if (!texts)
+                continue;
+            m_pending.emplace_back(lcid, cell.written);
+            if (m_languageTwice) {
+                // A later column of the same language must see this write.
+                ApplyPending(texts);
+                m_columns->Read(texts, m_current);
+            }
         }
         ApplyPending(texts);
     }
@@ -544,7 +580,7 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
 }
 
 // The writes gathered for one caption go in together: a caption that gains many languages at
-// once is then grown once, not once for each.
+// once is then grown once, not once for each. The caption's columns must be read again after.
 void Importer::ApplyPending(const CLocalisedText* texts) {
     if (m_pending.empty())
         return;
@@ -555,7 +591,6 @@ void Importer::ApplyPending(const CLocalisedText* texts) {
         m_undo.Save(writable, language);
     writable->SetMany(m_pending);
     m_pending.clear();
-    m_columns->Read(texts, m_current);
 }
 
 void Importer::Finish(ImportReport* report) {

@@ -60,11 +60,24 @@ inline const char16_t* FindControlOr(const char16_t* begin, const char16_t* end)
     return end;
 }
 
-// Equal texts, compared with the C library's memcmp, which is several times quicker than Qt's
-// comparison on the long captions the import compares by the million.
+// Equal texts. The import compares captions by the million, most a few dozen characters long:
+// sixteen bytes at a time in line, rather than a call to memcmp (itself several times quicker
+// than Qt's comparison) for each.
 inline bool SameText(QStringView a, QStringView b) {
-    return a.size() == b.size() &&
-           (a.isEmpty() || std::memcmp(a.utf16(), b.utf16(), size_t(a.size()) * 2) == 0);
+    if (a.size() != b.size())
+        return false;
+    const char* p = reinterpret_cast<const char*>(a.utf16());
+    const char* q = reinterpret_cast<const char*>(b.utf16());
+    size_t bytes = size_t(a.size()) * 2;
+#if defined(__SSE2__)
+    for (; bytes >= 16; bytes -= 16, p += 16, q += 16) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi8(x, y)) != 0xFFFF)
+            return false;
+    }
+#endif
+    return bytes == 0 || std::memcmp(p, q, bytes) == 0;
 }
 
 } // namespace util

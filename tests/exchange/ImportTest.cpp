@@ -4,6 +4,8 @@
 #include "exchange/RowCutter.h"
 #include "exchange/WindowMasks.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionEscaping.h"
+#include "questionnaire/StaticTools.h"
 #include "util/Messages.h"
 #include "util/TextFile.h"
 
@@ -234,6 +236,110 @@ TEST_F(ImportTest, CopyIdenticalAppliesARowToEveryCaptionWithThatSource) {
               2);
     EXPECT_EQ(ReadCaption(m_q, 10, 1, kFrench), QStringLiteral("a\\\\\tb"));
     EXPECT_EQ(ReadCaption(m_q, 20, -2, kFrench), QStringLiteral("a\\\tb"));
+}
+
+// Copy identical applies each row to every caption with its source text, which the import
+// does group by group; here the rule is followed to the letter, row by row and caption by
+// caption, and both must leave the same questionnaire and count the same writes.
+qint32 CopyIdenticalByTheRule(CQuestionnaire& q, const questionnaire::CaptionList& captions,
+                              const QList<qint32>& columns, qint32 reference, const QString& text) {
+    QList<QStringList> rows;
+    QString cell;
+    QStringList row;
+    for (QChar c : text) { // the test's files hold no quotes
+        if (c == u'\t' || c == u'\n') {
+            row.append(cell);
+            cell.clear();
+            if (c == u'\n') {
+                rows.append(row);
+                row.clear();
+            }
+        } else if (c != u'\r') {
+            cell.append(c);
+        }
+    }
+    qint32 count = 0;
+    for (QStringList cells : rows.mid(1)) {
+        if (cells.size() <= 2 || CStaticTools::ToLong(cells[0]) == 0 ||
+            CStaticTools::ToLong(cells[1]) == 0)
+            continue;
+        questionnaire::UnescapeCell(cells[2]);
+        for (qsizetype k = 0; k < captions.size(); ++k) {
+            const qint32 qid = captions.questionIds[k], rid = captions.responseIds[k];
+            if (ReadCaption(q, qid, rid, reference) != cells[2])
+                continue;
+            for (qsizetype i = 3; i < cells.size() && i - 2 < columns.size(); ++i) {
+                questionnaire::UnescapeCell(cells[i]);
+                if (cells[i].isEmpty() || ReadCaption(q, qid, rid, columns[i - 2]) == cells[i])
+                    continue;
+                questionnaire::WriteCaption(q, qid, rid, columns[i - 2], cells[i]);
+                ++count;
+            }
+        }
+    }
+    return count;
+}
+
+TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
+    std::mt19937 random(11);
+    const QStringList pieces = {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("\\"),
+                                QStringLiteral("n"), QStringLiteral("t"), QString()};
+    auto text = [&](int most) {
+        QString t;
+        for (int i = int(random() % most); i > 0; --i)
+            t += pieces[random() % pieces.size()];
+        return t;
+    };
+    const QList<qint32> languages = {kEnglish, kFrench, kGerman, 1040};
+    // Columns as the file may give them: the reference first, the reference again later (its
+    // groups then change as rows are written), a language twice.
+    const QList<QList<qint32>> layouts = {{kEnglish, kFrench, kGerman, 1040},
+                                          {kEnglish, kFrench, kEnglish, kGerman},
+                                          {kEnglish, kGerman, kGerman, kFrench}};
+    for (int round = 0; round < 60; ++round) {
+        CQuestionnaire q;
+        for (qint32 lcid : languages)
+            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
+        q.SetDefaultLanguage(kEnglish);
+        for (int id = 1; id <= 12; ++id) {
+            auto question = std::make_unique<CQuestion>(id, QStringLiteral("Q%1").arg(id));
+            for (qint32 lcid : languages)
+                if (random() % 3 != 0)
+                    question->SetLocalisedLongCaption(lcid, text(3));
+            for (int r = 1; r <= 2; ++r) {
+                auto response = std::make_unique<CModalite>(r, QString::number(r));
+                for (qint32 lcid : languages)
+                    if (random() % 2 != 0)
+                        response->SetLocalisedLongCaption(lcid, text(3));
+                question->AddModalite(std::move(response));
+            }
+            q.AddQuestion(std::move(question));
+        }
+        q.SetCustomErrorMessage(kEnglish, 5, QStringLiteral("b"));
+        questionnaire::CaptionList captions;
+        questionnaire::BuildCaptionList(q, captions, false);
+        const QList<qint32>& layout = layouts[round % layouts.size()];
+        QString file = QStringLiteral("QuestionId\tResponseId");
+        for (qint32 lcid : layout)
+            file += QStringLiteral("\t%1(X)").arg(lcid);
+        file += QStringLiteral("\r\n");
+        for (int n = 0; n < 40; ++n) {
+            const qsizetype k = qsizetype(random() % captions.size());
+            file += QStringLiteral("%1\t%2").arg(captions.questionIds[k]).arg(captions.responseIds[k]);
+            for (qsizetype c = 0; c < layout.size(); ++c)
+                file += QLatin1Char('\t') + text(4);
+            file += QStringLiteral("\r\n");
+        }
+        CQuestionnaire expected = q;
+        const qint32 count = CopyIdenticalByTheRule(expected, captions, layout, kEnglish, file);
+        m_q = q;
+        m_captions = captions;
+        m_options.copyIdentical = true;
+        m_options.languages = languages;
+        m_options.explicitLanguages = layout;
+        EXPECT_EQ(Import(file), count) << "round " << round;
+        EXPECT_TRUE(m_q == expected) << "round " << round;
+    }
 }
 
 TEST_F(ImportTest, FilesAsSpreadsheetProgramsSaveThem) {
