@@ -4,8 +4,8 @@ BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 
 PACKAGES := cmake ninja-build g++ pkg-config ccache \
-	qt6-base-dev libqt6sql6-sqlite libzip-dev libicu-dev \
-	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3
+	qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libzip-dev libicu-dev \
+	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3 postgresql
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+namespace testutil {
+
+// A PostgreSQL server of the test's own: a new cluster in a temporary folder, reached through a
+// socket in that folder only (no network port), run as an unprivileged user when the tests run
+// as root, and stopped when the object goes.
+class PostgresServer {
+public:
+    PostgresServer() = default;
+    ~PostgresServer();
+    PostgresServer(const PostgresServer&) = delete;
+    PostgresServer& operator=(const PostgresServer&) = delete;
+
+    // False, with the reason in Error(), when the server cannot be set up.
+    bool Start();
+    // A database of its own on the server, created empty; "" on failure.
+    QString CreateDatabase(const QString& name);
+    const QString& Error() const { return m_error; }
+
+private:
+    bool Run(const QString& program, const QStringList& arguments);
+    QString Uri(const QString& database) const;
+
+    QTemporaryDir m_dir;
+    QString m_bin;
+    QString m_user;
+    int m_port = 0;
+    bool m_started = false;
+    QString m_error;
+};
+
+} // namespace testutil
