@@ -27,8 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             std::abort();
         return 0;
     }
-    QString error;
-    if (!questionnaire::WriteQesFile(copy, q, 0x100, error))
+    if (!questionnaire::WriteQesFile(copy, q, 0x100))
         std::abort();
     CQuestionnaire again;
     if (!again.Read(copy, true, true, true, true, true, dbQesFile, 0x100, true) || !(again == q))

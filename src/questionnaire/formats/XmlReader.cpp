@@ -279,15 +279,11 @@ private:
         return true;
     }
 
-    bool ReadResponse(CQuestion& question) {
-        auto response = std::make_unique<CModalite>();
-        QList<qint32> versions;
-        if (!Int(u"id", response->m_id) || !String(u"code", response->m_entryCode, false) ||
-            !Versions(versions))
-            return false;
-        response->SetVersions(versions);
+    // The text elements named `element` of the current element, each handed to `store`; other
+    // elements are skipped.
+    template <class F> bool ReadTexts(QStringView element, F store) {
         while (m_in.NextChild()) {
-            if (m_in.Name() != u"caption") {
+            if (m_in.Name() != element) {
                 if (!m_in.SkipElement())
                     return false;
                 continue;
@@ -296,9 +292,21 @@ private:
             QString text;
             if (!Text(language, text))
                 return false;
-            response->SetLocalisedLongCaption(language, text);
+            store(language, text);
         }
-        if (m_in.Failed())
+        return !m_in.Failed();
+    }
+
+    bool ReadResponse(CQuestion& question) {
+        auto response = std::make_unique<CModalite>();
+        QList<qint32> versions;
+        if (!Int(u"id", response->m_id) || !String(u"code", response->m_entryCode, false) ||
+            !Versions(versions))
+            return false;
+        response->SetVersions(versions);
+        if (!ReadTexts(u"caption", [&](qint32 language, const QString& text) {
+                response->SetLocalisedLongCaption(language, text);
+            }))
             return false;
         const qint32 id = response->m_id;
         if (question.AddModalite(std::move(response)) < 0)
@@ -315,19 +323,9 @@ private:
             !Int(u"to", routing->m_targetQuestionId, false) ||
             !String(u"condition", routing->m_condition, false))
             return false;
-        while (m_in.NextChild()) {
-            if (m_in.Name() != u"message") {
-                if (!m_in.SkipElement())
-                    return false;
-                continue;
-            }
-            qint32 language = 0;
-            QString text;
-            if (!Text(language, text))
-                return false;
-            routing->SetLocalisedMessage(language, text);
-        }
-        if (m_in.Failed())
+        if (!ReadTexts(u"message", [&](qint32 language, const QString& text) {
+                routing->SetLocalisedMessage(language, text);
+            }))
             return false;
         const qint32 id = routing->m_id;
         if (m_q.AddFiltre(std::move(routing)) < 0)
