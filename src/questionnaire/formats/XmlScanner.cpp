@@ -20,6 +20,7 @@ namespace {
 constexpr size_t kNpos = size_t(-1);
 constexpr size_t kPieceChars = size_t(1) << 20;
 constexpr size_t kSmallestPiece = 4096;
+constexpr size_t kLongestReference = 12; // "&#x10FFFF;" and a little more
 
 bool IsSpace(char16_t c) {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
@@ -398,10 +399,8 @@ bool XmlScanner::SkipCharacterData() {
                 return Fail(Tr(strings::kReferenceOutsideRootElement));
             // A reference passed over must still name something.
             QString ignored;
-            size_t at = 0;
-            if (!AppendReference(at, ignored))
+            if (!AppendReferenceAtPosition(ignored))
                 return false;
-            m_pos += at;
             continue;
         }
         if (i < m_end || !Refill())
@@ -496,10 +495,10 @@ bool XmlScanner::Attribute(QStringView name, QStringView& value, QString& scratc
         for (size_t i = a.value.begin; i < end; ++i) {
             const char16_t c = m_buffer[i];
             if (c == u'&') {
-                size_t at = i - m_pos;
-                if (!AppendReference(at, scratch, end - m_pos))
+                const char16_t* p = m_buffer.data() + i;
+                if (!AppendReference(p, m_buffer.data() + end, scratch))
                     return false;
-                i = m_pos + at - 1;
+                i = size_t(p - m_buffer.data()) - 1;
             } else if (c == u'\r' && i + 1 < end && m_buffer[i + 1] == u'\n') {
                 // One space for the line end.
             } else {
@@ -512,21 +511,15 @@ bool XmlScanner::Attribute(QStringView name, QStringView& value, QString& scratc
     return false;
 }
 
-// At '&', `at` from the position: appends what the reference stands for and moves past it. The
-// reference ends before `limit` (from the position), within the characters already read.
-bool XmlScanner::AppendReference(size_t& at, QString& out, size_t limit) {
-    constexpr size_t kLongestReference = 12; // "&#x10FFFF;" and a little more
-    if (limit == kNpos) {
-        Ensure(at + kLongestReference + 1); // the document may end sooner
-        limit = m_end - m_pos;
-    }
-    limit = std::min({limit, m_end - m_pos, at + kLongestReference + 1});
-    const char16_t* s = m_buffer.data() + m_pos;
-    const char16_t* semicolon = std::find(s + at + 1, s + limit, u';');
-    if (semicolon == s + limit)
+// At the '&' at `p`: appends what the reference stands for and moves `p` past it. The reference
+// ends before `end`.
+bool XmlScanner::AppendReference(const char16_t*& p, const char16_t* end, QString& out) {
+    const char16_t* last = end - p > qsizetype(kLongestReference) ? p + kLongestReference + 1 : end;
+    const char16_t* semicolon = std::find(p + 1, last, u';');
+    if (semicolon == last)
         return Fail(Tr(strings::kAmpersandWithoutReference));
-    const QStringView name(s + at + 1, semicolon - (s + at + 1));
-    at = size_t(semicolon - s) + 1;
+    const QStringView name(p + 1, semicolon - (p + 1));
+    p = semicolon + 1;
     if (name.startsWith(u'#')) {
         char32_t code = 0;
         const bool hex = name.size() > 1 && name[1] == u'x';
@@ -554,6 +547,16 @@ bool XmlScanner::AppendReference(size_t& at, QString& out, size_t limit) {
         }
     }
     return Fail(Tr(strings::kEntityDefined).arg(name));
+}
+
+// At the '&' at the position, in text read piece by piece.
+bool XmlScanner::AppendReferenceAtPosition(QString& out) {
+    Ensure(kLongestReference + 1); // the document may end sooner
+    const char16_t* p = m_buffer.data() + m_pos;
+    if (!AppendReference(p, m_buffer.data() + m_end, out))
+        return false;
+    m_pos = size_t(p - m_buffer.data());
+    return true;
 }
 
 bool XmlScanner::NextChild() {
@@ -629,10 +632,8 @@ bool XmlScanner::ReadText(QString& text) {
             text.append(reinterpret_cast<const QChar*>(m_buffer.data() + m_pos), 2);
             m_pos += 2;
         } else if (c == u'&') {
-            size_t at = 0;
-            if (!AppendReference(at, text))
+            if (!AppendReferenceAtPosition(text))
                 return false;
-            m_pos += at;
         } else if (c == u'<') {
             if (!Ensure(2))
                 return Fail(Tr(strings::kDocumentEndsInsideElement));

@@ -88,7 +88,8 @@ private:
     bool SkipMarkup(); // a comment, processing instruction or CDATA section outside text
     bool SkipCharacterData();
     bool CloseElement();
-    bool AppendReference(size_t& at, QString& out, size_t limit = size_t(-1));
+    bool AppendReference(const char16_t*& p, const char16_t* end, QString& out);
+    bool AppendReferenceAtPosition(QString& out);
     bool AppendText(size_t from, size_t to, QString& out);
     bool CheckCharacters(size_t from, size_t to);
     void Compact();
