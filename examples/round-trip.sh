@@ -6,7 +6,7 @@
 #   examples/round-trip.sh BUILD_DIR
 set -eu
 build=${1:-build}
-translator="$build/src/app/translator"
+translator="$build/src/main/translator"
 pseudo="$build/bench/pseudo_translate"
 work="$build/round-trip"
 rm -rf "$work"
