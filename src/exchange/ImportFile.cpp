@@ -1,5 +1,7 @@
 #include "exchange/ImportFile.h"
 
+#include "exchange/CaptionGroups.h"
+
 #include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "exchange/RowCutter.h"
@@ -32,63 +34,6 @@ namespace {
 struct ColumnMap {
     QList<int> entries;
     qsizetype referenceColumn = -1; // position in `entries`
-};
-
-// Captions by their reference text, in caption-list order, kept current as the import writes:
-// copy identical finds its captions without walking the whole list for every row.
-class ReferenceIndex {
-public:
-    // The captions that share a reference text, which copy identical writes alike.
-    struct Group {
-        QList<qsizetype> captions; // in caption-list order
-        // By column: every caption of the group holds the same text in the column's language,
-        // the last one a row of the group wrote. A row then needs one comparison, not one for
-        // each caption.
-        std::vector<bool> synced;
-        // Only captions with texts of their own, system messages apart, ever stay in step.
-        bool syncable = true;
-    };
-
-    ReferenceIndex(const CQuestionnaire& q, const CaptionList& captions, qint32 reference,
-                   qsizetype columns)
-        : m_q(q), m_captions(captions), m_reference(reference) {
-        m_byText.reserve(captions.size());
-        for (qsizetype k = 0; k < captions.size(); ++k) {
-            Group& group = m_byText[Text(k)];
-            group.captions.append(k);
-            if (group.synced.empty())
-                group.synced.assign(size_t(columns), false);
-            const qint32 questionId = captions.questionIds[k];
-            group.syncable = group.syncable && questionId != kSystemMessageMarker &&
-                             FindCaptionTexts(q, questionId, captions.responseIds[k]);
-        }
-    }
-    // Null when no caption has the text.
-    Group* Find(const QString& text) {
-        const auto it = m_byText.find(text);
-        return it == m_byText.end() ? nullptr : &*it;
-    }
-    QString Text(qsizetype k) const {
-        return ReadCaption(m_q, m_captions.questionIds[k], m_captions.responseIds[k], m_reference);
-    }
-    qint32 Reference() const { return m_reference; }
-    // Called after caption k's reference text may have changed from `before`. Groups are never
-    // kept in step when reference texts can change.
-    void Moved(qsizetype k, const QString& before) {
-        const QString after = Text(k);
-        if (after == before)
-            return;
-        QList<qsizetype>& old = m_byText[before].captions;
-        old.erase(std::lower_bound(old.begin(), old.end(), k));
-        QList<qsizetype>& now = m_byText[after].captions;
-        now.insert(std::lower_bound(now.begin(), now.end(), k), k);
-    }
-
-private:
-    const CQuestionnaire& m_q;
-    const CaptionList& m_captions;
-    qint32 m_reference;
-    QHash<QString, Group> m_byText;
 };
 
 // What each write replaced, so that a file found unreadable only at its end, or an import the
@@ -173,7 +118,7 @@ private:
     QString m_rejected; // the rows set aside, each ended by CR LF
     qsizetype m_rejectedRows = 0;
     qint32 m_count = 0;
-    std::unique_ptr<ReferenceIndex> m_index;
+    std::unique_ptr<CaptionGroups> m_index;
     // Copy identical may keep groups of captions in step: reference texts never change, and no
     // language has two columns.
     bool m_syncing = false;
@@ -216,7 +161,7 @@ qint32 Importer::Run(ImportReport* report) {
     if (const qint32 code = CheckHeader(RowCutter::Strings(cells)); code < 0)
         return code;
     if (m_options.copyIdentical)
-        m_index = std::make_unique<ReferenceIndex>(m_q, m_captions, m_options.referenceLanguage,
+        m_index = std::make_unique<CaptionGroups>(m_q, m_captions, m_options.referenceLanguage,
                                                    m_map.entries.size());
     bool stopped = false;
     {
@@ -439,7 +384,7 @@ bool DecodesToItself(QStringView text) {
 
 void Importer::CopyIdentical(std::span<const CutCell> cells) {
     const QString source = Decoded(cells[2], 1, m_scratch).toString();
-    ReferenceIndex::Group* group = m_index->Find(source);
+    CaptionGroups::Group* group = m_index->Find(source);
     if (!group || group->captions.isEmpty())
         return;
     // A copy: the row's own writes may move captions between groups.

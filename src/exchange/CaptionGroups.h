@@ -1,0 +1,51 @@
+#pragma once
+
+#include "questionnaire/CaptionList.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include <vector>
+
+class CQuestionnaire;
+
+namespace exchange {
+
+// Captions by their reference text, in caption-list order, kept current as the import writes:
+// copy identical finds its captions without walking the whole list for every row.
+class CaptionGroups {
+public:
+    // The captions that share a reference text, which copy identical writes alike.
+    struct Group {
+        QList<qsizetype> captions; // in caption-list order
+        // By column: every caption of the group holds the same text in the column's language,
+        // the last one a row of the group wrote. A row then needs one comparison, not one for
+        // each caption.
+        std::vector<bool> synced;
+        // Only captions with texts of their own, system messages apart, ever stay in step.
+        bool syncable = true;
+    };
+
+    CaptionGroups(const CQuestionnaire& q, const questionnaire::CaptionList& captions,
+                  qint32 reference, qsizetype columns);
+    // Null when no caption has the text.
+    Group* Find(const QString& text) {
+        const auto it = m_byText.find(text);
+        return it == m_byText.end() ? nullptr : &*it;
+    }
+    // Caption k's reference text.
+    QString Text(qsizetype k) const;
+    qint32 Reference() const { return m_reference; }
+    // Called after caption k's reference text may have changed from `before`. Groups are never
+    // kept in step when reference texts can change.
+    void Moved(qsizetype k, const QString& before);
+
+private:
+    const CQuestionnaire& m_q;
+    const questionnaire::CaptionList& m_captions;
+    qint32 m_reference;
+    QHash<QString, Group> m_byText;
+};
+
+} // namespace exchange
