@@ -93,6 +93,7 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
     const ProcessRun run = Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
     EXPECT_EQ(run.result, QStringLiteral("-20"));
     EXPECT_EQ(run.status, 236);
+    EXPECT_EQ(run.err, QString()) << "a script reads no progress";
     const QByteArray bytes = testutil::ReadAll(Path(QStringLiteral("out.txt")));
     EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"))));
     EXPECT_FALSE(bytes.contains(testutil::Utf16Le(QStringLiteral("\r\n-1\t"), false)));
@@ -100,6 +101,22 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
     const ProcessRun unwritable = Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
     EXPECT_EQ(unwritable.result, QStringLiteral("-20"));
     EXPECT_TRUE(unwritable.err.contains(QLatin1String("Cannot create export file")));
+}
+
+// A person at a terminal sees the work progress, on standard error.
+TEST_F(BatchProcessTest, ProgressShowsOnATerminalOnly) {
+    QProcess terminal; // script(1) runs the program on a pseudo-terminal of its own
+    terminal.setWorkingDirectory(m_dir.path());
+    terminal.start(QStringLiteral("script"),
+                   {QStringLiteral("-qec"),
+                    QStringLiteral("'%1' '%2' export:tty.txt").arg(QStringLiteral(TRANSLATOR_BINARY), m_survey),
+                    QStringLiteral("/dev/null")});
+    ASSERT_TRUE(terminal.waitForFinished(60000));
+    const QString seen = QString::fromUtf8(terminal.readAllStandardOutput());
+    EXPECT_TRUE(seen.contains(QLatin1String("\rReading the questionnaire: "))) << seen.toStdString();
+    EXPECT_TRUE(seen.contains(QLatin1String("\rExporting the captions for translation: 100 %")))
+        << seen.toStdString();
+    EXPECT_TRUE(seen.contains(QLatin1String("result=-20")));
 }
 
 TEST_F(BatchProcessTest, LoadAndSaveFailures) {
