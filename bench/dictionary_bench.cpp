@@ -85,7 +85,8 @@ int main(int argc, char** argv) {
         CDictionary built;
         for (int i = 0; i < entries; ++i) {
             CDicEntry::Texts texts;
-            const QString text = QStringLiteral("Caption %1 of the survey, %2 answers").arg(i).arg(random() % 1000);
+            const QString text =
+                QStringLiteral("Caption %1 of the survey, %2 answers").arg(i).arg(random() % 1000);
             for (qint32 lcid : languages)
                 texts[lcid] = QStringLiteral("[%1] ").arg(lcid) + text;
             if (i % 1000 == 0)
@@ -95,14 +96,16 @@ int main(int argc, char** argv) {
         const double save = Seconds([&] { built.Save(path, messages); });
         const double mb = QFileInfo(path).size() / 1e6;
         const double cp = Seconds([&] {
-            std::filesystem::copy_file(path.toStdString(), (path + QStringLiteral(".copy")).toStdString());
+            std::filesystem::copy_file(path.toStdString(),
+                                       (path + QStringLiteral(".copy")).toStdString());
         });
         Print("save", save, entries, mb, cp);
     }
     CDictionary dictionary;
     const double mb = QFileInfo(path).size() / 1e6;
     const double cp = Seconds([&] {
-        std::filesystem::copy_file(path.toStdString(), (path + QStringLiteral(".copy2")).toStdString());
+        std::filesystem::copy_file(path.toStdString(),
+                                   (path + QStringLiteral(".copy2")).toStdString());
     });
     Print("load", Seconds([&] { dictionary.Load(path, messages); }), entries, mb, cp);
 

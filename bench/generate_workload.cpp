@@ -26,16 +26,26 @@ bool Parse(const QStringList& args, bench::WorkloadSpec& spec, QString& outDir) 
         if (key == QLatin1String("--no-notes")) {
             spec.instructionsAndComments = false;
             --i;
-        } else if (key == QLatin1String("--questions")) spec.questions = value.toInt();
-        else if (key == QLatin1String("--responses")) spec.responses = value.toInt();
-        else if (key == QLatin1String("--languages")) spec.languages = value.toInt();
-        else if (key == QLatin1String("--big")) spec.bigQuestionResponses = value.toInt();
-        else if (key == QLatin1String("--routings")) spec.routings = value.toInt();
-        else if (key == QLatin1String("--translated")) spec.translatedShare = value.toDouble();
-        else if (key == QLatin1String("--length")) spec.meanCaptionLength = value.toInt();
-        else if (key == QLatin1String("--repeated")) spec.repeatedShare = value.toDouble();
-        else if (key == QLatin1String("--random-start")) spec.randomStart = value.toUInt();
-        else return false;
+        } else if (key == QLatin1String("--questions"))
+            spec.questions = value.toInt();
+        else if (key == QLatin1String("--responses"))
+            spec.responses = value.toInt();
+        else if (key == QLatin1String("--languages"))
+            spec.languages = value.toInt();
+        else if (key == QLatin1String("--big"))
+            spec.bigQuestionResponses = value.toInt();
+        else if (key == QLatin1String("--routings"))
+            spec.routings = value.toInt();
+        else if (key == QLatin1String("--translated"))
+            spec.translatedShare = value.toDouble();
+        else if (key == QLatin1String("--length"))
+            spec.meanCaptionLength = value.toInt();
+        else if (key == QLatin1String("--repeated"))
+            spec.repeatedShare = value.toDouble();
+        else if (key == QLatin1String("--random-start"))
+            spec.randomStart = value.toUInt();
+        else
+            return false;
     }
     outDir = args.last();
     return spec.languages > 0 && spec.questions >= 0;

@@ -2,8 +2,8 @@
 // measurement, each beside a reference tool timed in the same run:
 //   export, import, only-unchanged, copy identical   cp of the export file
 //   load_xml                                         xmllint --stream --noout of the XML
-//   load_qex                                         unzip -p of the package plus xmllint of its XML
-//   save_qex                                         our own save_xml plus zip -6 of the XML
+//   load_qex                                         unzip -p of the package plus xmllint of its
+//   XML save_qex                                         our own save_xml plus zip -6 of the XML
 // Loads also report their peak memory beside the UTF-16 size of all captions.
 //   translator_bench [--workload small|large|stress] [--dir DIR] [--reuse] [--only MEASURE,...]
 //                  [--repeat N]
@@ -114,9 +114,7 @@ private:
     bool Wanted(const QString& measure) const {
         return m_only.isEmpty() || m_only.contains(measure);
     }
-    QString Path(const char* type) const {
-        return m_base + QLatin1Char('.') + QLatin1String(type);
-    }
+    QString Path(const char* type) const { return m_base + QLatin1Char('.') + QLatin1String(type); }
     void Prepare();
     void MeasureLoads();
     void MeasureExchange();
@@ -170,7 +168,8 @@ void Bench::Repeat(const char* name, const std::function<void()>& step,
 void Bench::Print(QJsonObject o) {
     const double seconds = o.value(QStringLiteral("seconds")).toDouble();
     if (o.contains(QStringLiteral("mb")) && seconds > 0)
-        o.insert(QStringLiteral("mb_per_second"), o.value(QStringLiteral("mb")).toDouble() / seconds);
+        o.insert(QStringLiteral("mb_per_second"),
+                 o.value(QStringLiteral("mb")).toDouble() / seconds);
     if (o.contains(QStringLiteral("reference_seconds"))) {
         const double reference = o.value(QStringLiteral("reference_seconds")).toDouble();
         o.insert(QStringLiteral("ratio_to_reference"), reference > 0 ? seconds / reference : 0.0);
@@ -188,8 +187,8 @@ double Bench::CopySeconds(const QString& path) {
     std::vector<double> times;
     for (int i = 0; i < 5; ++i) {
         QFile::remove(copy);
-        times.push_back(Seconds(
-            [&] { std::filesystem::copy_file(path.toStdString(), copy.toStdString()); }));
+        times.push_back(
+            Seconds([&] { std::filesystem::copy_file(path.toStdString(), copy.toStdString()); }));
     }
     QFile::remove(copy);
     return Median(times);
@@ -209,25 +208,28 @@ void Bench::Prepare() {
     qint64 units = 0;
     for (qsizetype k = 0; k < m_list.size(); ++k)
         for (int l = 0; l < generated.GetLanguageCount(); ++l)
-            units += questionnaire::ReadCaption(generated, m_list.questionIds[k],
-                                                m_list.responseIds[k], generated.GetLanguage(l).m_id)
-                         .size();
+            units +=
+                questionnaire::ReadCaption(generated, m_list.questionIds[k], m_list.responseIds[k],
+                                           generated.GetLanguage(l).m_id)
+                    .size();
     m_captionMb = units * 2 / 1e6;
     if (!reuse) {
         (void)questionnaire::WriteXmlFile(Path("xml"), generated);
-        (void)questionnaire::WriteQesFile(Path("qes"), generated, app::AppContext::ProgramVersion());
+        (void)questionnaire::WriteQesFile(Path("qes"), generated,
+                                          app::AppContext::ProgramVersion());
         generated.SaveToExchangeFormat(Path("qex"), QString(), -1);
     }
 }
 
 void Bench::MeasureLoads() {
     if (Wanted(QStringLiteral("load_xml")) || Wanted(QStringLiteral("load_qex")))
-        m_xmllint = ToolSeconds(QStringLiteral("xmllint"),
-                                {QStringLiteral("--stream"), QStringLiteral("--noout"), Path("xml")});
+        m_xmllint =
+            ToolSeconds(QStringLiteral("xmllint"),
+                        {QStringLiteral("--stream"), QStringLiteral("--noout"), Path("xml")});
     std::optional<double> unzip;
     if (Wanted(QStringLiteral("load_qex")))
-        unzip = ToolSeconds(QStringLiteral("unzip"),
-                            {QStringLiteral("-p"), Path("qex"), QStringLiteral("questionnaire.xml")});
+        unzip = ToolSeconds(QStringLiteral("unzip"), {QStringLiteral("-p"), Path("qex"),
+                                                      QStringLiteral("questionnaire.xml")});
     for (const char* type : {"xml", "qex", "qes"}) {
         const QByteArray name = QByteArray("load_") + type;
         // The questionnaire the later measures work on comes from the last load, a .qes.
@@ -245,10 +247,13 @@ void Bench::MeasureLoads() {
         const QString path = Path(type);
         for (int r = 0; r < m_repeat; ++r) {
             m_q.reset();
-            QJsonObject o = Measure(name.constData(), [&] {
-                m_q = std::make_unique<CQuestionnaire>();
-                (void)app::LoadQuestionnaire(m_app, path, *m_q);
-            }, true);
+            QJsonObject o = Measure(
+                name.constData(),
+                [&] {
+                    m_q = std::make_unique<CQuestionnaire>();
+                    (void)app::LoadQuestionnaire(m_app, path, *m_q);
+                },
+                true);
             o.insert(QStringLiteral("mb"), QFileInfo(path).size() / 1e6);
             if (reference) {
                 o.insert(QStringLiteral("reference_seconds"), *reference);
@@ -262,10 +267,12 @@ void Bench::MeasureLoads() {
 
 void Bench::MeasureExchange() {
     CQuestionnaire& q = *m_q;
-    Repeat("caption_list", [&] {
-        m_list.clear();
-        questionnaire::BuildCaptionList(q, m_list, false);
-    }, {});
+    Repeat("caption_list",
+           [&] {
+               m_list.clear();
+               questionnaire::BuildCaptionList(q, m_list, false);
+           },
+           {});
     const QString exportPath = m_base + QStringLiteral("-export.txt");
     exchange::ExportOptions exportOptions;
     exportOptions.languages = questionnaire::DefaultLanguageOrder(q);
@@ -300,13 +307,17 @@ void Bench::MeasureExchange() {
     auto import = [&](const char* name, const exchange::ImportOptions& options) {
         qint32 result = 0;
         exchange::ImportReport report;
-        Repeat(name, [&] {
-            result = exchange::ImportTranslatedFile(q, exportPath, options, m_list, silent, &report);
-        }, [&](QJsonObject& o) {
-            beside(o);
-            o.insert(QStringLiteral("result"), result);
-            o.insert(QStringLiteral("rejected_rows"), report.rejectedRows);
-        });
+        Repeat(
+            name,
+            [&] {
+                result =
+                    exchange::ImportTranslatedFile(q, exportPath, options, m_list, silent, &report);
+            },
+            [&](QJsonObject& o) {
+                beside(o);
+                o.insert(QStringLiteral("result"), result);
+                o.insert(QStringLiteral("rejected_rows"), report.rejectedRows);
+            });
     };
     import("import", importOptions);
     // 3% of the source captions change after the export: their rows are set aside.
@@ -329,7 +340,8 @@ void Bench::MeasureSaves() {
         const QString zipPath = m_base + QStringLiteral("-reference.zip");
         QFile::remove(zipPath);
         zip = ToolSeconds(QStringLiteral("sh"),
-                          {QStringLiteral("-c"), QStringLiteral("rm -f \"$1\" && zip -6 -q -j \"$1\" \"$2\""),
+                          {QStringLiteral("-c"),
+                           QStringLiteral("rm -f \"$1\" && zip -6 -q -j \"$1\" \"$2\""),
                            QStringLiteral("sh"), zipPath, Path("xml")});
         QFile::remove(zipPath);
     }
@@ -342,10 +354,9 @@ void Bench::MeasureSaves() {
         app::QuestionnaireDocument document(m_app, m_messages);
         document.OpenSilently(Path(type));
         // A changed caption, as a save after work has one.
-        questionnaire::WriteCaption(*document.Questionnaire(), m_list.questionIds[0],
-                                    m_list.responseIds[0],
-                                    document.Questionnaire()->GetDefaultLanguage(),
-                                    QStringLiteral("edited"));
+        questionnaire::WriteCaption(
+            *document.Questionnaire(), m_list.questionIds[0], m_list.responseIds[0],
+            document.Questionnaire()->GetDefaultLanguage(), QStringLiteral("edited"));
         std::vector<double> times;
         for (int r = 0; r < m_repeat; ++r) {
             QJsonObject o = Measure(name.constData(), [&] { document.SaveBatch(); });
@@ -371,11 +382,17 @@ void Bench::Run() {
     MeasureSaves();
 }
 
-const QStringList kMeasures = {
-    QStringLiteral("load_xml"), QStringLiteral("load_qex"), QStringLiteral("load_qes"),
-    QStringLiteral("caption_list"), QStringLiteral("export"), QStringLiteral("import"),
-    QStringLiteral("import_only_unchanged"), QStringLiteral("import_copy_identical"),
-    QStringLiteral("save_xml"), QStringLiteral("save_qes"), QStringLiteral("save_qex")};
+const QStringList kMeasures = {QStringLiteral("load_xml"),
+                               QStringLiteral("load_qex"),
+                               QStringLiteral("load_qes"),
+                               QStringLiteral("caption_list"),
+                               QStringLiteral("export"),
+                               QStringLiteral("import"),
+                               QStringLiteral("import_only_unchanged"),
+                               QStringLiteral("import_copy_identical"),
+                               QStringLiteral("save_xml"),
+                               QStringLiteral("save_qes"),
+                               QStringLiteral("save_qex")};
 
 constexpr char kUsage[] =
     "usage: translator_bench [--workload small|large|stress] [--dir DIR] [--reuse]\n"

@@ -1,7 +1,7 @@
 // Bytes of a dictionary file: a dictionary that loads must save and load back to the same
 // entries; nothing may crash, hang or allocate by a count read from the file.
-#include "dictionary/Dictionary.h"
 #include "FuzzInput.h"
+#include "dictionary/Dictionary.h"
 #include "util/Messages.h"
 
 #include <QFile>

@@ -1,9 +1,9 @@
 // Bytes of a translated file, imported into a small questionnaire with options taken from the
 // first byte. A refused file must change nothing; the result is a count or a known code.
+#include "FuzzInput.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionList.h"
 #include "questionnaire/Questionnaire.h"
-#include "FuzzInput.h"
 #include "util/Messages.h"
 
 #include <QFile>

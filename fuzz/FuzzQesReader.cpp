@@ -1,8 +1,8 @@
 // Arbitrary bytes as a questionnaire database file: a refusal must say why, and whatever reads
 // must write and read back to the same questionnaire.
 #include "FuzzInput.h"
-#include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/formats/QesDatabase.h"
 
 #include <QCoreApplication>
 #include <QFile>

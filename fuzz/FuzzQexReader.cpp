@@ -43,8 +43,8 @@ public:
     }
 
     bool OutsideUntouched() const {
-        QDirIterator it(m_base.path(), QDir::AllEntries | QDir::Hidden | QDir::System |
-                                           QDir::NoDotAndDotDot);
+        QDirIterator it(m_base.path(),
+                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
         while (it.hasNext()) {
             const QString name = it.next().section(QLatin1Char('/'), -1);
             if (name != QLatin1String("work") && name != QLatin1String("outside") &&
@@ -52,9 +52,8 @@ public:
                 name != QLatin1String("again.qex"))
                 return false;
         }
-        const QStringList outside =
-            QDir(Outside()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                      QDir::NoDotAndDotDot);
+        const QStringList outside = QDir(Outside()).entryList(QDir::AllEntries | QDir::Hidden |
+                                                              QDir::System | QDir::NoDotAndDotDot);
         QFile sentinel(Sentinel());
         return outside == QStringList{QStringLiteral("sentinel.txt")} &&
                sentinel.open(QIODevice::ReadOnly) && sentinel.readAll() == "mine";

@@ -12,8 +12,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QString path = FuzzInputFile(QStringLiteral("questionnaire.xml"), data, size);
-    const QString text =
-        util::DecodeText(QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size)));
+    const QString text = util::DecodeText(
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size)));
     CMarkup doc;
     doc.SetDoc(text);
     CQuestionnaire q;

@@ -66,8 +66,7 @@ QString AppContext::DefaultDictionaryPath() {
 }
 
 QString AppContext::DictionaryPath() {
-    const QString configured =
-        Profile().value(QStringLiteral("Settings/LibraryPath")).toString();
+    const QString configured = Profile().value(QStringLiteral("Settings/LibraryPath")).toString();
     return configured.isEmpty() ? DefaultDictionaryPath() : configured;
 }
 

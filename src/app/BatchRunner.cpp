@@ -176,9 +176,9 @@ qint32 Batch::Translate() {
     if (result >= 0)
         m_out << "imported " << result << " captions, " << report.rejectedRows
               << " rows changed since the export"
-              << (report.unusedStringsPath.isEmpty() ? QString()
-                                                     : QStringLiteral(" (written to %1)")
-                                                           .arg(report.unusedStringsPath))
+              << (report.unusedStringsPath.isEmpty()
+                      ? QString()
+                      : QStringLiteral(" (written to %1)").arg(report.unusedStringsPath))
               << '\n';
     if (result > 0)
         Captions().QuestionnaireChanged();
@@ -279,13 +279,26 @@ bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& mes
         return false;
     Batch batch(app, o, messages, out, progress);
     switch (o.operation) {
-    case Operation::Export: app.exitCode = batch.Export(); break;
-    case Operation::Translate: app.exitCode = batch.Translate(); break;
-    case Operation::AddLanguage: app.exitCode = batch.AddLanguages(); break;
-    case Operation::ListCaptions: app.exitCode = batch.ListCaptions(); break;
-    case Operation::AutoTranslate: app.exitCode = batch.AutoTranslate(); break;
-    case Operation::SendDictionary: app.exitCode = batch.SendDictionary(); break;
-    case Operation::None: break;
+    case Operation::Export:
+        app.exitCode = batch.Export();
+        break;
+    case Operation::Translate:
+        app.exitCode = batch.Translate();
+        break;
+    case Operation::AddLanguage:
+        app.exitCode = batch.AddLanguages();
+        break;
+    case Operation::ListCaptions:
+        app.exitCode = batch.ListCaptions();
+        break;
+    case Operation::AutoTranslate:
+        app.exitCode = batch.AutoTranslate();
+        break;
+    case Operation::SendDictionary:
+        app.exitCode = batch.SendDictionary();
+        break;
+    case Operation::None:
+        break;
     }
     return true;
 }

@@ -142,8 +142,8 @@ bool QuestionnaireDocument::SaveTo(const QString& target, questionnaire::SavePar
     if (target.compare(m_path, Qt::CaseInsensitive) != 0 &&
         !Report(SaveAs(target, written), interactive))
         return false;
-    if (!written && !Report(m_store->SaveParts(m_path, *m_questionnaire, parts, Context()),
-                            interactive))
+    if (!written &&
+        !Report(m_store->SaveParts(m_path, *m_questionnaire, parts, Context()), interactive))
         return false;
     m_modified = false;
     return true;

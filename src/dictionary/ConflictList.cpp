@@ -29,7 +29,8 @@ int ConflictList::ColumnCount() const {
 
 QString ConflictList::Cell(int gridRow, int gridColumn) const {
     if (gridRow == 0)
-        return gridColumn == 0 ? QString() : m_dictionary.GetLanguage(gridColumn - 1).m_abbreviation;
+        return gridColumn == 0 ? QString()
+                               : m_dictionary.GetLanguage(gridColumn - 1).m_abbreviation;
     if (gridColumn == 0)
         return Label(gridRow - 1);
     return Entry(gridRow - 1).GetText(qint32(m_dictionary.GetLanguage(gridColumn - 1).m_id));

@@ -12,18 +12,17 @@ inline constexpr char kCannotCreateDirectory[] =
     QT_TRANSLATE_NOOP("dictionary", "Cannot create directory!");
 inline constexpr char kCannotLoad[] =
     QT_TRANSLATE_NOOP("dictionary", "The dictionnary is either empty or cannot be found!");
-inline constexpr char kDamagedKept[] =
-    QT_TRANSLATE_NOOP("dictionary", "The dictionary file '%1' could not be read whole; it was kept as '%2' before saving.");
+inline constexpr char kDamagedKept[] = QT_TRANSLATE_NOOP(
+    "dictionary",
+    "The dictionary file '%1' could not be read whole; it was kept as '%2' before saving.");
 inline constexpr char kConflictTitle[] =
     QT_TRANSLATE_NOOP("dictionary", "Conflict while adding to the dictionary");
-inline constexpr char kConflictPrompt[] =
-    QT_TRANSLATE_NOOP("dictionary", "Please select a line to either create a new entry or merge it with an existing entry");
-inline constexpr char kSelectAnEntry[] =
-    QT_TRANSLATE_NOOP("dictionary", "Please select an entry");
-inline constexpr char kExistingEntry[] =
-    QT_TRANSLATE_NOOP("dictionary", "Existing entry no %d");
-inline constexpr char kNewEntry[] =
-    QT_TRANSLATE_NOOP("dictionary", "New entry");
+inline constexpr char kConflictPrompt[] = QT_TRANSLATE_NOOP(
+    "dictionary",
+    "Please select a line to either create a new entry or merge it with an existing entry");
+inline constexpr char kSelectAnEntry[] = QT_TRANSLATE_NOOP("dictionary", "Please select an entry");
+inline constexpr char kExistingEntry[] = QT_TRANSLATE_NOOP("dictionary", "Existing entry no %d");
+inline constexpr char kNewEntry[] = QT_TRANSLATE_NOOP("dictionary", "New entry");
 inline constexpr char kEntriesAdded[] =
     QT_TRANSLATE_NOOP("dictionary", "%d entrie(s) have been added to the dictionary");
 inline constexpr char kCaptionsTranslated[] =

@@ -1,9 +1,9 @@
 #include "exchange/ExportFile.h"
 
-#include "questionnaire/CaptionEscaping.h"
 #include "exchange/RowCutter.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
@@ -142,8 +142,8 @@ public:
     std::vector<std::pair<qsizetype, QString>> unsafeKeys; // (row, key), the first few
 
 private:
-    void WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn,
-                          qint32 questionId, qint32 responseId);
+    void WriteCaptionCell(OutBuffer& out, const QString& text, bool sourceColumn, qint32 questionId,
+                          qint32 responseId);
     void NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId, qint32 responseId);
 
     const CQuestionnaire& m_q;
@@ -182,10 +182,18 @@ ResolvedRow Exporter::Resolve(qint32 questionId, qint32 responseId) const {
         return row;
     row.question = &question;
     switch (responseId) {
-    case kLongCaption: row.texts = &question.LongCaption(); break;
-    case kShortCaption: row.texts = &question.ShortCaption(); break;
-    case kInstructions: row.texts = &question.Instructions(); break;
-    case kComments: row.texts = &question.Comments(); break;
+    case kLongCaption:
+        row.texts = &question.LongCaption();
+        break;
+    case kShortCaption:
+        row.texts = &question.ShortCaption();
+        break;
+    case kInstructions:
+        row.texts = &question.Instructions();
+        break;
+    case kComments:
+        row.texts = &question.Comments();
+        break;
     default:
         if (!question.FindModaliteById(responseId, row.response) ||
             !ResponsePassesVersions(question, *row.response, m_options.versions))
@@ -226,12 +234,31 @@ void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool source
     while (hit != end) {
         out.Append(s, hit - s);
         switch (*hit) {
-        case u'\\': out.Append(u'\\'); out.Append(u'\\'); suspect = true; break;
-        case u'\n': out.Append(u'\\'); out.Append(u'n'); break;
-        case u'\r': out.Append(u'\\'); out.Append(u'r'); break;
-        case u'\t': out.Append(u'\\'); out.Append(u't'); break;
-        case u'"': out.Append(u'"'); out.Append(u'"'); break;
-        default: out.Append(*hit); suspect = true; break; // zero, or another control character
+        case u'\\':
+            out.Append(u'\\');
+            out.Append(u'\\');
+            suspect = true;
+            break;
+        case u'\n':
+            out.Append(u'\\');
+            out.Append(u'n');
+            break;
+        case u'\r':
+            out.Append(u'\\');
+            out.Append(u'r');
+            break;
+        case u'\t':
+            out.Append(u'\\');
+            out.Append(u't');
+            break;
+        case u'"':
+            out.Append(u'"');
+            out.Append(u'"');
+            break;
+        default:
+            out.Append(*hit);
+            suspect = true;
+            break; // zero, or another control character
         }
         s = hit + 1;
         hit = util::FindControlOr<u'\\', u'"'>(s, end);
@@ -292,7 +319,6 @@ bool Exporter::WriteLine(const CaptionList& captions, qsizetype k, OutBuffer& ou
     ++rows;
     return true;
 }
-
 
 QString HeaderLine(const CQuestionnaire& q, const ExportOptions& options) {
     QString line;
@@ -360,9 +386,9 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
     const int encoders =
         options.excludeDuplicates
             ? 1
-            : int(std::clamp<qsizetype>(std::min<qsizetype>(std::thread::hardware_concurrency(),
-                                                            blockCount),
-                                        1, kMaxEncoders));
+            : int(std::clamp<qsizetype>(
+                  std::min<qsizetype>(std::thread::hardware_concurrency(), blockCount), 1,
+                  kMaxEncoders));
     std::vector<std::unique_ptr<Exporter>> exporters;
     for (int e = 0; e < encoders; ++e)
         exporters.push_back(std::make_unique<Exporter>(q, options, visibility.get()));

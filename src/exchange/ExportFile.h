@@ -5,8 +5,8 @@
 
 #include <QList>
 #include <QString>
-#include <QStringView>
 #include <QStringList>
+#include <QStringView>
 
 class CQuestionnaire;
 
@@ -31,9 +31,9 @@ struct ExportOptions {
 
 // What an export did, for callers that want more than its result.
 struct ExportReport {
-    bool written = false;     // the file was created and written whole
-    bool stopped = false;     // the user stopped the export; the old file is untouched
-    qint64 rows = 0;          // caption rows in the file
+    bool written = false; // the file was created and written whole
+    bool stopped = false; // the user stopped the export; the old file is untouched
+    qint64 rows = 0;      // caption rows in the file
     qint64 bytes = 0;
     qint64 unsafeCaptions = 0; // captions the round trip cannot carry unchanged
     QStringList unsafeKeys;    // the first of them, as "question id/response id"

@@ -2,12 +2,12 @@
 
 #include "exchange/CaptionGroups.h"
 
-#include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "exchange/RowCutter.h"
 #include "exchange/RowPipeline.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "questionnaire/Questionnaire.h"
 #include "questionnaire/StaticTools.h"
 #include "util/CharScan.h"
@@ -122,7 +122,7 @@ private:
     // Copy identical may keep groups of captions in step: reference texts never change, and no
     // language has two columns.
     bool m_syncing = false;
-    bool m_languageTwice = false; // two columns write the same language
+    bool m_languageTwice = false;               // two columns write the same language
     std::unique_ptr<LanguageColumns> m_columns; // the language of each column after the first two
     std::vector<const QString*> m_current;      // the current texts of the row being imported
     QString m_scratch;
@@ -153,8 +153,8 @@ qint32 Importer::Run(ImportReport* report) {
     m_reader = &reader;
     // A small file is read through buffers of its own size: a piece's buffer is otherwise
     // megabytes, which a small import would pay for with memory the system must clear.
-    RowCutter cutter(reader, size_t(std::clamp<qint64>(reader.CharactersLeft() + 1, 1,
-                                                       RowCutter::kPieceChars)));
+    RowCutter cutter(
+        reader, size_t(std::clamp<qint64>(reader.CharactersLeft() + 1, 1, RowCutter::kPieceChars)));
     std::vector<CutCell> cells;
     if (!cutter.Next(cells))
         return Fail(kImportNoRow, Tr(strings::kNotATranslationFile));
@@ -162,7 +162,7 @@ qint32 Importer::Run(ImportReport* report) {
         return code;
     if (m_options.copyIdentical)
         m_index = std::make_unique<CaptionGroups>(m_q, m_captions, m_options.referenceLanguage,
-                                                   m_map.entries.size());
+                                                  m_map.entries.size());
     bool stopped = false;
     {
         util::ProgressScope progress(m_progress, Tr(strings::kImporting),
@@ -205,13 +205,12 @@ qint32 Importer::CheckHeader(const QStringList& header) {
         return Fail(kImportFirstHeader, notTranslation);
     if (header[1] != second)
         return Fail(kImportSecondHeader, notTranslation);
-    const qint32 code = m_options.explicitLanguages.isEmpty() ? MapHeaderLanguages(header)
-                                                              : MapExplicitLanguages();
+    const qint32 code =
+        m_options.explicitLanguages.isEmpty() ? MapHeaderLanguages(header) : MapExplicitLanguages();
     if (code < 0)
         return code;
     if (m_options.onlyUnchanged && m_map.referenceColumn < 0)
-        return Fail(kImportNoReferenceColumn,
-                    Tr(strings::kReferenceLanguageNotFound));
+        return Fail(kImportNoReferenceColumn, Tr(strings::kReferenceLanguageNotFound));
     QList<qint32> columnLanguages;
     for (int entry : std::as_const(m_map.entries))
         columnLanguages.append(entry < 0 ? 0 : m_options.languages[entry]);
@@ -222,8 +221,8 @@ qint32 Importer::CheckHeader(const QStringList& header) {
     written.removeAll(0);
     std::sort(written.begin(), written.end());
     m_languageTwice = std::adjacent_find(written.begin(), written.end()) != written.end();
-    m_syncing =
-        m_options.copyIdentical && !written.contains(m_options.referenceLanguage) && !m_languageTwice;
+    m_syncing = m_options.copyIdentical && !written.contains(m_options.referenceLanguage) &&
+                !m_languageTwice;
     return 0;
 }
 
@@ -232,8 +231,7 @@ qint32 Importer::MapExplicitLanguages() {
         const int index = int(m_options.languages.indexOf(lcid));
         if (index < 0)
             return Fail(kImportLanguageNotInQuestionnaire,
-                        Tr(strings::kLanguageNotDefined)
-                            .arg(CLanguage(quint32(lcid)).m_name));
+                        Tr(strings::kLanguageNotDefined).arg(CLanguage(quint32(lcid)).m_name));
         if (lcid == m_options.referenceLanguage)
             m_map.referenceColumn = m_map.entries.size();
         m_map.entries.append(index);
@@ -402,8 +400,8 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         cell.text = cut.text;
         cell.inDecoded = false;
         cell.written = QString();
-        cell.final = !cut.backslash && !(!cut.text.isEmpty() && cut.text.front() == u'"' &&
-                                         cut.text.back() == u'"');
+        cell.final = !cut.backslash &&
+                     !(!cut.text.isEmpty() && cut.text.front() == u'"' && cut.text.back() == u'"');
         cell.finalFromStart = cell.final;
         cell.byGroup = false;
     }
@@ -419,7 +417,8 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         const qint32 rowResponse = CStaticTools::ToLong(cells[1].text);
         qsizetype representative = matches.front();
         for (qsizetype k : matches)
-            if (m_captions.questionIds[k] == rowQuestion && m_captions.responseIds[k] == rowResponse)
+            if (m_captions.questionIds[k] == rowQuestion &&
+                m_captions.responseIds[k] == rowResponse)
                 representative = k;
         m_columns->Read(FindCaptionTexts(m_q, m_captions.questionIds[representative],
                                          m_captions.responseIds[representative]),
@@ -457,8 +456,8 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
                                          : *m_current[size_t(m_map.referenceColumn)];
             if (message ? m_index->Text(k) != source
                         : !util::SameText(m_map.referenceColumn >= 0 ? current
-                                          : texts              ? texts->Get(reference)
-                                                               : QString(),
+                                          : texts                    ? texts->Get(reference)
+                                                                     : QString(),
                                           source))
                 continue;
         } else if (eachCaption) {
@@ -557,10 +556,8 @@ void Importer::Finish(ImportReport* report) {
         m_messages.Error(Tr(strings::kCannotCreateExportFile));
     if (written && report)
         report->unusedStringsPath = unusedPath;
-    m_messages.Inform(Tr(strings::kImportedWithRejects)
-                            .arg(m_count)
-                            .arg(m_rejectedRows - 1)
-                            .arg(unusedPath));
+    m_messages.Inform(
+        Tr(strings::kImportedWithRejects).arg(m_count).arg(m_rejectedRows - 1).arg(unusedPath));
 }
 
 } // namespace

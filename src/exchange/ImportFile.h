@@ -16,11 +16,11 @@ namespace exchange {
 
 // The choices of one import.
 struct ImportOptions {
-    bool onlyUnchanged = false;     // reject rows whose reference text changed since the export
-    qint32 referenceLanguage = 0;   // the language the export carried as source
-    bool copyIdentical = false;     // apply each row to every caption with the same source text
-    QList<qint32> languages;        // the questionnaire's languages in column order
-    QString headerNames;            // expected first two header cells, comma-separated
+    bool onlyUnchanged = false;      // reject rows whose reference text changed since the export
+    qint32 referenceLanguage = 0;    // the language the export carried as source
+    bool copyIdentical = false;      // apply each row to every caption with the same source text
+    QList<qint32> languages;         // the questionnaire's languages in column order
+    QString headerNames;             // expected first two header cells, comma-separated
     QList<qint32> explicitLanguages; // languages of columns 3, 4, ... instead of the header's
 };
 
@@ -43,9 +43,9 @@ enum ImportResult : qint32 {
 inline constexpr qint64 kMaxTranslatedFileBytes = qint64(1) << 30;
 
 struct ImportReport {
-    qint64 rejectedRows = 0;       // rows whose source text had changed
-    QString unusedStringsPath;     // where they were written, when they were
-    bool stopped = false;          // the user stopped the import; nothing was changed
+    qint64 rejectedRows = 0;   // rows whose source text had changed
+    QString unusedStringsPath; // where they were written, when they were
+    bool stopped = false;      // the user stopped the import; nothing was changed
 };
 
 // The result of an import that the user stopped: nothing was changed.

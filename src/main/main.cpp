@@ -46,7 +46,8 @@ const char kUsage[] =
     "\n"
     "The exit status is the low 8 bits of the result; the full result is the last line of\n"
     "standard output as result=N: 0 done (addlanguage), -1 FILE could not be loaded, -2 FILE\n"
-    "could not be saved, -3 the dictionary could not be saved, -20 export finished (judge by the file), N >= 0 captions imported,\n"
+    "could not be saved, -3 the dictionary could not be saved, -20 export finished (judge by the "
+    "file), N >= 0 captions imported,\n"
     "-10 to -19 the translated file was refused.\n"
     "\n"
     "  translator --help | --version\n";

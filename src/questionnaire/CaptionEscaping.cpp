@@ -16,10 +16,18 @@ void AppendEscapedCaption(QString& out, const QString& text) {
             continue;
         out.append(s + run, i - run);
         switch (c) {
-        case u'\\': out.append(QLatin1String("\\\\")); break;
-        case u'\n': out.append(QLatin1String("\\n")); break;
-        case u'\r': out.append(QLatin1String("\\r")); break;
-        default: out.append(QLatin1String("\\t")); break;
+        case u'\\':
+            out.append(QLatin1String("\\\\"));
+            break;
+        case u'\n':
+            out.append(QLatin1String("\\n"));
+            break;
+        case u'\r':
+            out.append(QLatin1String("\\r"));
+            break;
+        default:
+            out.append(QLatin1String("\\t"));
+            break;
         }
         run = i + 1;
     }
@@ -53,7 +61,10 @@ void Decode(QStringView cell, QString& out, bool quotes) {
         if (in == end)
             break;
         const char16_t next = in + 1 < end ? in[1] : 0;
-        const char16_t decoded = next == u'r' ? u'\r' : next == u'n' ? u'\n' : next == u't' ? u'\t' : 0;
+        const char16_t decoded = next == u'r'   ? u'\r'
+                                 : next == u'n' ? u'\n'
+                                 : next == u't' ? u'\t'
+                                                : 0;
         if (decoded == 0 && !kept)
             kept = o;
         *o++ = decoded != 0 ? decoded : *in;

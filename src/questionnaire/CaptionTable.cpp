@@ -15,11 +15,16 @@ RowKind RowKindOf(qint32 questionId, qint32 responseId) {
     if (questionId == kRoutingMarker)
         return RowKind::Routing;
     switch (responseId) {
-    case kLongCaption: return RowKind::LongCaption;
-    case kShortCaption: return RowKind::ShortCaption;
-    case kInstructions: return RowKind::Instructions;
-    case kComments: return RowKind::Comments;
-    default: return RowKind::Response;
+    case kLongCaption:
+        return RowKind::LongCaption;
+    case kShortCaption:
+        return RowKind::ShortCaption;
+    case kInstructions:
+        return RowKind::Instructions;
+    case kComments:
+        return RowKind::Comments;
+    default:
+        return RowKind::Response;
     }
 }
 
@@ -116,8 +121,8 @@ bool CaptionTable::WriteSystemMessage(qint32 number, qint32 language, const QStr
         return false; // numbers 0 and 1 are never written
     if (text == m_q->GetErrorMessage(language, number))
         return false;
-    const bool custom = !text.isEmpty() &&
-                        text != CQuestionnaire::GetStandardErrorMessage(language, number);
+    const bool custom =
+        !text.isEmpty() && text != CQuestionnaire::GetStandardErrorMessage(language, number);
     m_q->SetCustomErrorMessage(language, number, custom ? text : QString());
     return true;
 }

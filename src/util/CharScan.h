@@ -20,8 +20,7 @@ inline const char16_t* FindFirstOf(const char16_t* begin, const char16_t* end) {
 #if defined(__SSE2__)
     while (end - p >= 8) {
         const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const __m128i hits =
-            (_mm_cmpeq_epi16(chunk, _mm_set1_epi16(static_cast<short>(Cs))) | ...);
+        const __m128i hits = (_mm_cmpeq_epi16(chunk, _mm_set1_epi16(static_cast<short>(Cs))) | ...);
         if (const int mask = _mm_movemask_epi8(hits))
             return p + __builtin_ctz(static_cast<unsigned>(mask)) / 2;
         p += 8;

@@ -14,10 +14,14 @@ QString WithCount(const QString& pattern, qint64 count) {
 
 QString AnswerName(Answer answer) {
     switch (answer) {
-    case Answer::Ok: return QStringLiteral("OK");
-    case Answer::Yes: return QStringLiteral("Yes");
-    case Answer::No: return QStringLiteral("No");
-    case Answer::Cancel: return QStringLiteral("Cancel");
+    case Answer::Ok:
+        return QStringLiteral("OK");
+    case Answer::Yes:
+        return QStringLiteral("Yes");
+    case Answer::No:
+        return QStringLiteral("No");
+    case Answer::Cancel:
+        return QStringLiteral("Cancel");
     }
     return {};
 }
@@ -35,8 +39,7 @@ Answer StandardErrorMessages::Show(MessageKind kind, const QString& text,
     return question ? answers.front() : Answer::Ok;
 }
 
-Answer RecordedMessages::Show(MessageKind kind, const QString& text,
-                              const QList<Answer>& answers) {
+Answer RecordedMessages::Show(MessageKind kind, const QString& text, const QList<Answer>& answers) {
     messages.append(text);
     kinds.append(kind);
     if (kind != MessageKind::Question || answers.isEmpty())

@@ -59,8 +59,7 @@ Outcome Connection::Open(const QString& location, Mode mode, bool create) {
     m_dialect = server ? Dialect::PostgreSql : Dialect::Sqlite;
     const QString driver = server ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
     if (!QSqlDatabase::isDriverAvailable(driver))
-        return Outcome::Failure(
-            Tr(strings::kDatabaseDriverInstalled).arg(driver));
+        return Outcome::Failure(Tr(strings::kDatabaseDriverInstalled).arg(driver));
     if (!server && !create && !QFileInfo(location).isFile())
         return Outcome::Failure(Tr(strings::kFileCannotFound).arg(location));
     m_db = QSqlDatabase::addDatabase(driver, UniqueName());
@@ -79,9 +78,10 @@ Outcome Connection::Open(const QString& location, Mode mode, bool create) {
         m_db.setDatabaseName(location);
         // Another program saving the same file holds its lock for the length of its save: wait
         // for it rather than fail, so that the later save wins whole.
-        m_db.setConnectOptions(mode == Mode::ReadOnly
-                                   ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=30000")
-                                   : QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
+        m_db.setConnectOptions(
+            mode == Mode::ReadOnly
+                ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=30000")
+                : QStringLiteral("QSQLITE_BUSY_TIMEOUT=30000"));
     }
     if (!m_db.open()) {
         const QString reason = ErrorText(m_db.lastError());
@@ -125,13 +125,20 @@ QString Connection::Quote(const QString& identifier) const {
 QString Connection::TypeName(ColumnType type) const {
     const bool sqlite = m_dialect == Dialect::Sqlite;
     switch (type) {
-    case ColumnType::Integer: return QStringLiteral("INTEGER");
-    case ColumnType::BigInteger: return sqlite ? QStringLiteral("INTEGER") : QStringLiteral("BIGINT");
-    case ColumnType::Real: return sqlite ? QStringLiteral("REAL") : QStringLiteral("DOUBLE PRECISION");
-    case ColumnType::Text: return QStringLiteral("TEXT");
-    case ColumnType::Boolean: return sqlite ? QStringLiteral("INTEGER") : QStringLiteral("BOOLEAN");
-    case ColumnType::DateTime: return sqlite ? QStringLiteral("REAL") : QStringLiteral("TIMESTAMP");
-    case ColumnType::Blob: return sqlite ? QStringLiteral("BLOB") : QStringLiteral("BYTEA");
+    case ColumnType::Integer:
+        return QStringLiteral("INTEGER");
+    case ColumnType::BigInteger:
+        return sqlite ? QStringLiteral("INTEGER") : QStringLiteral("BIGINT");
+    case ColumnType::Real:
+        return sqlite ? QStringLiteral("REAL") : QStringLiteral("DOUBLE PRECISION");
+    case ColumnType::Text:
+        return QStringLiteral("TEXT");
+    case ColumnType::Boolean:
+        return sqlite ? QStringLiteral("INTEGER") : QStringLiteral("BOOLEAN");
+    case ColumnType::DateTime:
+        return sqlite ? QStringLiteral("REAL") : QStringLiteral("TIMESTAMP");
+    case ColumnType::Blob:
+        return sqlite ? QStringLiteral("BLOB") : QStringLiteral("BYTEA");
     }
     return QStringLiteral("TEXT");
 }
@@ -178,9 +185,9 @@ QString Connection::InsertOrReplace(const QString& table, const QStringList& col
         quoted.append(Quote(column));
         marks.append(QStringLiteral("?"));
     }
-    const QString values = QStringLiteral("%1 (%2) VALUES (%3)")
-                               .arg(Quote(table), quoted.join(QStringLiteral(", ")),
-                                    marks.join(QStringLiteral(", ")));
+    const QString values =
+        QStringLiteral("%1 (%2) VALUES (%3)")
+            .arg(Quote(table), quoted.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
     if (m_dialect == Dialect::Sqlite)
         return QStringLiteral("INSERT OR REPLACE INTO ") + values;
     QStringList keys;
@@ -193,8 +200,9 @@ QString Connection::InsertOrReplace(const QString& table, const QStringList& col
     }
     return QStringLiteral("INSERT INTO %1 ON CONFLICT (%2) DO %3")
         .arg(values, keys.join(QStringLiteral(", ")),
-             updates.isEmpty() ? QStringLiteral("NOTHING")
-                               : QStringLiteral("UPDATE SET ") + updates.join(QStringLiteral(", ")));
+             updates.isEmpty()
+                 ? QStringLiteral("NOTHING")
+                 : QStringLiteral("UPDATE SET ") + updates.join(QStringLiteral(", ")));
 }
 
 // --- transactions ---
@@ -222,8 +230,9 @@ Outcome Transaction::Begin() {
 Outcome Transaction::Commit() {
     if (!m_active)
         return Outcome::Failure(Tr(strings::kTransactionOpen));
-    const Outcome committed = m_connection.Exec(
-        m_savepoint.isEmpty() ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE ") + m_savepoint);
+    const Outcome committed =
+        m_connection.Exec(m_savepoint.isEmpty() ? QStringLiteral("COMMIT")
+                                                : QStringLiteral("RELEASE ") + m_savepoint);
     if (!committed) {
         Rollback();
         return committed;

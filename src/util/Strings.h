@@ -8,12 +8,11 @@ namespace util::strings {
 
 inline constexpr char kContext[] = "util";
 
-inline constexpr char kDatabaseDriverInstalled[] = QT_TRANSLATE_NOOP(
-    "util", "The database driver %1 is not installed.");
-inline constexpr char kFileCannotFound[] = QT_TRANSLATE_NOOP(
-    "util", "The file '%1' cannot be found.");
-inline constexpr char kTransactionOpen[] = QT_TRANSLATE_NOOP(
-    "util", "No transaction is open.");
+inline constexpr char kDatabaseDriverInstalled[] =
+    QT_TRANSLATE_NOOP("util", "The database driver %1 is not installed.");
+inline constexpr char kFileCannotFound[] =
+    QT_TRANSLATE_NOOP("util", "The file '%1' cannot be found.");
+inline constexpr char kTransactionOpen[] = QT_TRANSLATE_NOOP("util", "No transaction is open.");
 
 } // namespace util::strings
 

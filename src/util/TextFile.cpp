@@ -5,8 +5,8 @@
 #include "util/StdioFileEx.h"
 
 #include <QFile>
-#include <QtEndian>
 #include <QtDebug>
+#include <QtEndian>
 
 #include <algorithm>
 #include <vector>

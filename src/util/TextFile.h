@@ -54,7 +54,7 @@ private:
     bool m_streaming = false;
     bool m_ended = false;
     bool m_failed = false;
-    qint64 m_characters = 0; // handed out so far
+    qint64 m_characters = 0;  // handed out so far
     bool m_plausible = false; // of a file loaded whole
     QString m_loaded;         // the whole text of a file that is not streamed
     qsizetype m_loadedPos = 0;

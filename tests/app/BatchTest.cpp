@@ -1,12 +1,12 @@
 #include "app/BatchRunner.h"
-#include "dictionary/Dictionary.h"
-#include "util/Messages.h"
 #include "common/TestUtil.h"
+#include "dictionary/Dictionary.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/Questionnaire.h"
 #include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/formats/QesSchema.h"
-#include "questionnaire/Questionnaire.h"
 #include "questionnaire/formats/XmlFile.h"
+#include "util/Messages.h"
 
 #include <QDir>
 #include <QProcess>
@@ -22,9 +22,8 @@ const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-
 
 TEST(BatchOptions, ParsingRules) {
     auto parse = [](QStringList options) {
-        return app::ParseBatchOptions(QStringList{QStringLiteral("translator"),
-                                                  QStringLiteral("survey.qes")} +
-                                      options);
+        return app::ParseBatchOptions(
+            QStringList{QStringLiteral("translator"), QStringLiteral("survey.qes")} + options);
     };
     BatchOptions o = parse({QStringLiteral("/EXPORT:C:\\out.txt")});
     EXPECT_EQ(o.operation, BatchOptions::Operation::Export);
@@ -36,8 +35,8 @@ TEST(BatchOptions, ParsingRules) {
                QStringLiteral("reference"), QStringLiteral("colour:red"),
                QStringLiteral("headers:Key,Item")});
     EXPECT_EQ(o.operation, BatchOptions::Operation::Translate); // the last operation wins
-    EXPECT_EQ(o.path, QStringLiteral("b.txt"));                  // shared with export
-    EXPECT_EQ(o.languages, QStringLiteral("1031"));              // the last value wins
+    EXPECT_EQ(o.path, QStringLiteral("b.txt"));                 // shared with export
+    EXPECT_EQ(o.languages, QStringLiteral("1031"));             // the last value wins
     EXPECT_TRUE(o.importUnchanged);
     EXPECT_FALSE(o.copyIdentical); // only one leading hyphen is removed
     EXPECT_TRUE(o.reference.isEmpty());
@@ -90,15 +89,18 @@ protected:
 };
 
 TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
-    const ProcessRun run = Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
+    const ProcessRun run =
+        Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
     EXPECT_EQ(run.result, QStringLiteral("-20"));
     EXPECT_EQ(run.status, 236);
     EXPECT_EQ(run.err, QString()) << "a script reads no progress";
     const QByteArray bytes = testutil::ReadAll(Path(QStringLiteral("out.txt")));
-    EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"))));
+    EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(
+        QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"))));
     EXPECT_FALSE(bytes.contains(testutil::Utf16Le(QStringLiteral("\r\n-1\t"), false)));
 
-    const ProcessRun unwritable = Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
+    const ProcessRun unwritable =
+        Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
     EXPECT_EQ(unwritable.result, QStringLiteral("-20"));
     EXPECT_TRUE(unwritable.err.contains(QLatin1String("Cannot create export file")));
 }
@@ -107,20 +109,22 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
 TEST_F(BatchProcessTest, ProgressShowsOnATerminalOnly) {
     QProcess terminal; // script(1) runs the program on a pseudo-terminal of its own
     terminal.setWorkingDirectory(m_dir.path());
-    terminal.start(QStringLiteral("script"),
-                   {QStringLiteral("-qec"),
-                    QStringLiteral("'%1' '%2' export:tty.txt").arg(QStringLiteral(TRANSLATOR_BINARY), m_survey),
-                    QStringLiteral("/dev/null")});
+    terminal.start(QStringLiteral("script"), {QStringLiteral("-qec"),
+                                              QStringLiteral("'%1' '%2' export:tty.txt")
+                                                  .arg(QStringLiteral(TRANSLATOR_BINARY), m_survey),
+                                              QStringLiteral("/dev/null")});
     ASSERT_TRUE(terminal.waitForFinished(60000));
     const QString seen = QString::fromUtf8(terminal.readAllStandardOutput());
-    EXPECT_TRUE(seen.contains(QLatin1String("\rReading the questionnaire: "))) << seen.toStdString();
+    EXPECT_TRUE(seen.contains(QLatin1String("\rReading the questionnaire: ")))
+        << seen.toStdString();
     EXPECT_TRUE(seen.contains(QLatin1String("\rExporting the captions for translation: 100 %")))
         << seen.toStdString();
     EXPECT_TRUE(seen.contains(QLatin1String("result=-20")));
 }
 
 TEST_F(BatchProcessTest, LoadAndSaveFailures) {
-    ProcessRun run = Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")});
+    ProcessRun run =
+        Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")});
     EXPECT_EQ(run.result, QStringLiteral("-1"));
     EXPECT_EQ(run.status, 255);
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
@@ -130,14 +134,14 @@ TEST_F(BatchProcessTest, LoadAndSaveFailures) {
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, q));
     ASSERT_TRUE(questionnaire::WriteQesFile(qes, q, 0x100));
-    ASSERT_TRUE(testutil::Sql(qes, {QStringLiteral(
-        "CREATE TRIGGER locked BEFORE DELETE ON question_captions "
-        "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
+    ASSERT_TRUE(testutil::Sql(
+        qes, {QStringLiteral("CREATE TRIGGER locked BEFORE DELETE ON question_captions "
+                             "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
     const QByteArray before = testutil::ReadAll(qes);
-    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("in.txt")),
-                                   testutil::Utf16Le(QStringLiteral(
-                                       "QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n"
-                                       "110\t3\tNot very satisfied\tWenig zufrieden\r\n"))));
+    ASSERT_TRUE(testutil::WriteAll(
+        Path(QStringLiteral("in.txt")),
+        testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n"
+                                         "110\t3\tNot very satisfied\tWenig zufrieden\r\n"))));
     run = Translator({qes, QStringLiteral("translate:in.txt")});
     EXPECT_EQ(run.result, QStringLiteral("-2"));
     EXPECT_EQ(run.status, 254);
@@ -145,14 +149,14 @@ TEST_F(BatchProcessTest, LoadAndSaveFailures) {
 }
 
 TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
-    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("in.txt")),
-                                   testutil::Utf16Le(QStringLiteral(
-                                       "Key\tItem\tignored\r\n"
-                                       "110\t3\tWenig zufrieden\r\n"
-                                       "110\t4\tGar nicht zufrieden\r\n"))));
-    const ProcessRun run = Translator({m_survey, QStringLiteral("translate:in.txt"),
-                                QStringLiteral("languages:DEU"), QStringLiteral("headers:Key,Item"),
-                                QStringLiteral("reference:deu")});
+    ASSERT_TRUE(
+        testutil::WriteAll(Path(QStringLiteral("in.txt")),
+                           testutil::Utf16Le(QStringLiteral("Key\tItem\tignored\r\n"
+                                                            "110\t3\tWenig zufrieden\r\n"
+                                                            "110\t4\tGar nicht zufrieden\r\n"))));
+    const ProcessRun run =
+        Translator({m_survey, QStringLiteral("translate:in.txt"), QStringLiteral("languages:DEU"),
+                    QStringLiteral("headers:Key,Item"), QStringLiteral("reference:deu")});
     EXPECT_EQ(run.result, QStringLiteral("2"));
     EXPECT_EQ(run.status, 2);
     CQuestionnaire q;
@@ -169,12 +173,14 @@ TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
 
 TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
     const QByteArray before = testutil::ReadAll(m_survey);
-    ProcessRun run = Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ENU,fra,Klingon")});
+    ProcessRun run = Translator(
+        {m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ENU,fra,Klingon")});
     EXPECT_EQ(run.result, QStringLiteral("0"));
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(testutil::ReadAll(m_survey), before);
 
-    run = Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ESN,1040")});
+    run =
+        Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ESN,1040")});
     EXPECT_EQ(run.result, QStringLiteral("0"));
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
@@ -185,8 +191,8 @@ TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
 
 TEST_F(BatchProcessTest, DictionaryOptions) {
     const QString memory = Path(QStringLiteral("memory.dic"));
-    ProcessRun run = Translator({m_survey, QStringLiteral("senddictionary"),
-                                 QStringLiteral("dictionary:") + memory});
+    ProcessRun run = Translator(
+        {m_survey, QStringLiteral("senddictionary"), QStringLiteral("dictionary:") + memory});
     const int sent = run.result.toInt();
     EXPECT_GT(sent, 10);
     EXPECT_EQ(run.status, sent % 256);
@@ -196,14 +202,17 @@ TEST_F(BatchProcessTest, DictionaryOptions) {
     EXPECT_EQ(saved.GetEntryCount(), sent);
     // Sending again adds nothing: every row matches its entry.
     EXPECT_EQ(Translator({m_survey, QStringLiteral("senddictionary"),
-                          QStringLiteral("dictionary:") + memory}).result,
+                          QStringLiteral("dictionary:") + memory})
+                  .result,
               QStringLiteral("0"));
 
     CDictionary german;
-    german.AddEntry({{1033, QStringLiteral("Not very satisfied")}, {1031, QStringLiteral("Wenig zufrieden")}});
+    german.AddEntry(
+        {{1033, QStringLiteral("Not very satisfied")}, {1031, QStringLiteral("Wenig zufrieden")}});
     const QString germanPath = Path(QStringLiteral("german.dic"));
     ASSERT_TRUE(german.Save(germanPath, messages));
-    run = Translator({m_survey, QStringLiteral("autotranslate"), QStringLiteral("dictionary:") + germanPath});
+    run = Translator(
+        {m_survey, QStringLiteral("autotranslate"), QStringLiteral("dictionary:") + germanPath});
     EXPECT_EQ(run.result, QStringLiteral("1"));
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
@@ -225,8 +234,10 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
         QFile::remove(memory);
         QProcess a;
         QProcess b;
-        a.start(QStringLiteral(TRANSLATOR_BINARY), {m_survey, QStringLiteral("senddictionary"), option});
-        b.start(QStringLiteral(TRANSLATOR_BINARY), {otherPath, QStringLiteral("senddictionary"), option});
+        a.start(QStringLiteral(TRANSLATOR_BINARY),
+                {m_survey, QStringLiteral("senddictionary"), option});
+        b.start(QStringLiteral(TRANSLATOR_BINARY),
+                {otherPath, QStringLiteral("senddictionary"), option});
         ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
         util::RecordedMessages messages;
         CDictionary result;
@@ -236,7 +247,8 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
         for (int e = 0; e < result.GetEntryCount(); ++e) {
             const QString english = result.GetEntry(e).GetText(1033);
             fromB = fromB || english.startsWith(QLatin1String("B: "));
-            fromA = fromA || english == QLatin1String("Overall, how satisfied are you with our service?");
+            fromA = fromA ||
+                    english == QLatin1String("Overall, how satisfied are you with our service?");
         }
         EXPECT_NE(fromA, fromB) << "round " << round << ": one whole save, never a mix";
     }

@@ -56,14 +56,15 @@ public:
         m_log.calls.append(QStringLiteral("whole ") + QFileInfo(path).fileName());
         m_log.files[QFileInfo(path).fileName()] = q;
         return testutil::WriteAll(path, "fake") ? util::Outcome()
-                                                 : util::Outcome::Failure(QStringLiteral("disk"));
+                                                : util::Outcome::Failure(QStringLiteral("disk"));
     }
     util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
                             questionnaire::SaveParts parts,
                             const questionnaire::StoreContext& context) override {
         if (!m_log.copiesBeforeSaveAs)
             return SaveWhole(path, q, context); // files of this kind are written whole
-        m_log.calls.append(QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
+        m_log.calls.append(
+            QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
         if (!QFileInfo::exists(path))
             return util::Outcome::Failure(QStringLiteral("nothing to save into"));
         m_log.files[QFileInfo(path).fileName()] = q;
@@ -138,8 +139,9 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
         // "Save As" within the type: copied first when the store asks for it.
         log.calls.clear();
         ASSERT_TRUE(document.Save(Path(QStringLiteral("b.fake"))));
-        EXPECT_EQ(log.calls, copies ? QStringList{QStringLiteral("parts b.fake %1").arg(interactive)}
-                                    : QStringList{QStringLiteral("whole b.fake")});
+        EXPECT_EQ(log.calls, copies
+                                 ? QStringList{QStringLiteral("parts b.fake %1").arg(interactive)}
+                                 : QStringList{QStringLiteral("whole b.fake")});
         EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("b.fake"))), QByteArray("fake"));
 
         app::QuestionnaireDocument reopened(m_app, m_messages);
@@ -192,14 +194,16 @@ TEST_F(DocumentTest, SaveAsRules) {
     ASSERT_TRUE(document.Save(copy));
     EXPECT_EQ(document.Path(), copy);
     EXPECT_TRUE(testutil::Sql(copy, {QStringLiteral("SELECT * FROM extra")}));
-    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman), QStringLiteral("Neu"));
+    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman),
+              QStringLiteral("Neu"));
     // The original was not saved.
     EXPECT_EQ(questionnaire::ReadCaption(Load(qes), 10, -1, testutil::kGerman), QString());
 
     // The same path in other letters is the same file: saved in place, nothing copied.
     ASSERT_TRUE(document.Save(copy.toUpper().replace(m_dir.path().toUpper(), m_dir.path())));
     EXPECT_EQ(document.Path(), copy);
-    EXPECT_EQ(QDir(m_dir.path()).entryList({QStringLiteral("*.QES")}, QDir::Files, QDir::Name).size(), 2);
+    EXPECT_EQ(
+        QDir(m_dir.path()).entryList({QStringLiteral("*.QES")}, QDir::Files, QDir::Name).size(), 2);
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("COPY.QES"))));
 
     // A copy that cannot be made stops the save with its message.

@@ -66,10 +66,10 @@ TEST_P(FailingDiskTest, FileSizeLimitReachedHalfWayKeepsTheOldFile) {
     ASSERT_TRUE(Load(path, old));
     const QStringList filesBefore = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
     // Files may grow to 1 MB; the save below writes tens of megabytes.
-    const Outcome run = RunProgram(QStringLiteral(DOC_TOOL),
-                                   {QStringLiteral("limit"), QStringLiteral("1000000"),
-                                    QStringLiteral(DOC_TOOL), QStringLiteral("bigsave"), path,
-                                    QStringLiteral("40000")});
+    const Outcome run =
+        RunProgram(QStringLiteral(DOC_TOOL),
+                   {QStringLiteral("limit"), QStringLiteral("1000000"), QStringLiteral(DOC_TOOL),
+                    QStringLiteral("bigsave"), path, QStringLiteral("40000")});
     EXPECT_EQ(run.status, 2) << run.out.toStdString() << run.err.toStdString();
     EXPECT_TRUE(run.out.contains(QLatin1String("failed")));
     EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
@@ -95,17 +95,18 @@ TEST_P(FailingDiskTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
     const QString path = locked + QStringLiteral("/survey.") + Type();
     SaveExampleAs(path);
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadOther);
-    QFile::setPermissions(locked, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther |
-                                      QFile::ExeOther);
+    QFile::setPermissions(locked,
+                          QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
     const QByteArray before = testutil::ReadAll(path);
 
     const QStringList convert = {QStringLiteral("convert"), example, path};
-    const Outcome run =
-        ::geteuid() == 0
-            ? RunProgram(QStringLiteral("setpriv"),
-                         QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
-                                     QStringLiteral("--clear-groups"), tool} + convert)
-            : RunProgram(tool, convert);
+    const Outcome run = ::geteuid() == 0
+                            ? RunProgram(QStringLiteral("setpriv"),
+                                         QStringList{QStringLiteral("--reuid=65534"),
+                                                     QStringLiteral("--regid=65534"),
+                                                     QStringLiteral("--clear-groups"), tool} +
+                                             convert)
+                            : RunProgram(tool, convert);
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_NE(run.status, 0);
     EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
@@ -138,7 +139,8 @@ TEST_P(FailingDiskTest, TwoProgramsSavingAtOnceLeaveOneWholeSave) {
     // file as it was.
     QSet<QString> labels;
     for (int i = 0; i < q.GetNbreQuestion(); ++i)
-        labels.insert(q.GetQuestion(i).GetLocalisedShortCaption(1033).section(QLatin1Char(' '), 0, 0));
+        labels.insert(
+            q.GetQuestion(i).GetLocalisedShortCaption(1033).section(QLatin1Char(' '), 0, 0));
     if (saved.isEmpty()) {
         EXPECT_EQ(testutil::ReadAll(path), before);
     } else {
@@ -155,10 +157,10 @@ TEST(FailingDisk, ExportThatCannotBeWrittenWholeKeepsTheOldFileAndSaysWhy) {
     ASSERT_TRUE(QFile::copy(kExample, survey));
     const QString out = dir.filePath(QStringLiteral("out.txt"));
     ASSERT_TRUE(testutil::WriteAll(out, "previous export"));
-    const Outcome run = RunProgram(QStringLiteral(DOC_TOOL),
-                                   {QStringLiteral("limit"), QStringLiteral("4000"),
-                                    QStringLiteral(TRANSLATOR_BINARY), survey,
-                                    QStringLiteral("export:") + out});
+    const Outcome run =
+        RunProgram(QStringLiteral(DOC_TOOL),
+                   {QStringLiteral("limit"), QStringLiteral("4000"),
+                    QStringLiteral(TRANSLATOR_BINARY), survey, QStringLiteral("export:") + out});
     EXPECT_TRUE(run.out.contains(QLatin1String("result=-20")));
     EXPECT_TRUE(run.err.contains(QLatin1String("Cannot write the file"))) << run.err.toStdString();
     EXPECT_EQ(testutil::ReadAll(out), QByteArray("previous export"));

@@ -39,18 +39,20 @@ TEST(HostileInput, XmlTruncatedAtEveryLengthIsRefusedOrComplete) {
 }
 
 TEST(HostileInput, XmlNestingEntitiesAndOddCharacters) {
-    const QString deep = QStringLiteral("<x>").repeated(200000) + QStringLiteral("</x>").repeated(200000);
+    const QString deep =
+        QStringLiteral("<x>").repeated(200000) + QStringLiteral("</x>").repeated(200000);
     const struct {
         const char* name;
         QString xml;
         bool reads;
     } cases[] = {
         {"deep nesting inside a question",
-         QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">") +
+         QStringLiteral(
+             "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">") +
              deep + QStringLiteral("</question></questions></questionnaire>"),
          true},
-        {"deep nesting, never closed", QStringLiteral("<questionnaire format=\"1\">") +
-                                           QStringLiteral("<x>").repeated(200000),
+        {"deep nesting, never closed",
+         QStringLiteral("<questionnaire format=\"1\">") + QStringLiteral("<x>").repeated(200000),
          false},
         {"entity expansion",
          QStringLiteral("<!DOCTYPE q [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;\">"
@@ -69,7 +71,8 @@ TEST(HostileInput, XmlNestingEntitiesAndOddCharacters) {
         {"lone surrogate and NUL in the text",
          QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">"
                         "<long lang=\"1\">a") +
-             QChar(0xD800) + QChar(0) + QStringLiteral("b</long></question></questions></questionnaire>"),
+             QChar(0xD800) + QChar(0) +
+             QStringLiteral("b</long></question></questions></questionnaire>"),
          false},
     };
     for (const auto& c : cases) {
@@ -118,9 +121,10 @@ TEST_F(HostileImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
     // One line of 100 MB: read, cut and written like any other.
     const QString longLine = m_dir.filePath(QStringLiteral("long.txt"));
     const QString caption = QStringLiteral("x").repeated(50 * 1000 * 1000);
-    ASSERT_TRUE(testutil::WriteAll(longLine, testutil::Utf16Le(
-        QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n10\t-1\tHow satisfied are you?\t") +
-        caption)));
+    ASSERT_TRUE(testutil::WriteAll(
+        longLine, testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1031(DEU)"
+                                                   "\r\n10\t-1\tHow satisfied are you?\t") +
+                                    caption)));
     EXPECT_EQ(Import(longLine), 1);
     EXPECT_EQ(questionnaire::ReadCaption(m_q, 10, -1, testutil::kGerman).size(), caption.size());
 }
@@ -128,13 +132,17 @@ TEST_F(HostileImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
 TEST_F(HostileImportTest, LoneSurrogatesAndZeroCharacters) {
     const QString path = m_dir.filePath(QStringLiteral("odd.txt"));
     const QString lone = QStringLiteral("a") + QChar(0xDC00) + QStringLiteral("b");
-    ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(
-        QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n10\t-2\tSatisfaction\t") + lone +
-        QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) + QStringLiteral("\r\n10\t-3\t\tlost\r\n"))));
+    ASSERT_TRUE(testutil::WriteAll(
+        path, testutil::Utf16Le(
+                  QStringLiteral(
+                      "QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n10\t-2\tSatisfaction\t") +
+                  lone + QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
+                  QStringLiteral("\r\n10\t-3\t\tlost\r\n"))));
     // A lone surrogate is a code unit like any other; the first zero ends the text.
     EXPECT_EQ(Import(path), 2);
     EXPECT_EQ(questionnaire::ReadCaption(m_q, 10, -2, testutil::kGerman), lone);
-    EXPECT_EQ(questionnaire::ReadCaption(m_q, 10, -4, testutil::kGerman), QStringLiteral("before zero"));
+    EXPECT_EQ(questionnaire::ReadCaption(m_q, 10, -4, testutil::kGerman),
+              QStringLiteral("before zero"));
     EXPECT_EQ(questionnaire::ReadCaption(m_q, 10, -3, testutil::kGerman), QString());
 }
 
@@ -144,10 +152,10 @@ TEST(HostileInput, FileNamesWithSpacesLettersAndNoExtension) {
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, original));
     const QString folder = dir.filePath(QStringLiteral("Études clients 2026"));
     ASSERT_TRUE(QDir().mkdir(folder));
-    for (const QString& name : {QStringLiteral("Enquête de satisfaction ü.xml"),
-                                QStringLiteral("Enquête de satisfaction ü.qex"),
-                                QStringLiteral("Enquête de satisfaction ü.qes"),
-                                QStringLiteral("survey")}) {
+    for (const QString& name :
+         {QStringLiteral("Enquête de satisfaction ü.xml"),
+          QStringLiteral("Enquête de satisfaction ü.qex"),
+          QStringLiteral("Enquête de satisfaction ü.qes"), QStringLiteral("survey")}) {
         const QString path = folder + QLatin1Char('/') + name;
         app::AppContext context;
         util::RecordedMessages messages;

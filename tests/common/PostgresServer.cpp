@@ -62,7 +62,8 @@ bool PostgresServer::Start() {
         m_error = QStringLiteral("no temporary folder");
         return false;
     }
-    m_user = ::geteuid() == 0 ? QStringLiteral("postgres") : QString::fromLocal8Bit(qgetenv("USER"));
+    m_user =
+        ::geteuid() == 0 ? QStringLiteral("postgres") : QString::fromLocal8Bit(qgetenv("USER"));
     if (::geteuid() == 0) {
         // The folder becomes the unprivileged user's.
         QProcess::execute(QStringLiteral("chown"),
@@ -76,8 +77,8 @@ bool PostgresServer::Start() {
     const QString data = m_dir.filePath(QStringLiteral("data"));
     if (!Run(m_bin + QStringLiteral("initdb"),
              {QStringLiteral("-D"), data, QStringLiteral("--auth=trust"),
-              QStringLiteral("--encoding=UTF8"), QStringLiteral("--no-sync"),
-              QStringLiteral("-U"), m_user}))
+              QStringLiteral("--encoding=UTF8"), QStringLiteral("--no-sync"), QStringLiteral("-U"),
+              m_user}))
         return false;
     const QString options = QStringLiteral("-c listen_addresses='' -k %1 -p %2 -c fsync=off")
                                 .arg(m_dir.path())

@@ -36,7 +36,8 @@ CQuestionnaire MakeSample() {
     q10->SetLocalisedShortCaption(kEnglish, QStringLiteral("Satisfaction"));
     q10->SetLocalisedInstructions(kEnglish, QStringLiteral("Read out\nthe scale"));
     q10->SetLocalisedComments(kEnglish, QStringLiteral("Tab\there"));
-    q10->AddModalite(Response(1, QStringLiteral("1"), QStringLiteral("Very"), QStringLiteral("Très")));
+    q10->AddModalite(
+        Response(1, QStringLiteral("1"), QStringLiteral("Very"), QStringLiteral("Très")));
     q10->AddModalite(Response(2, QStringLiteral("2"), QStringLiteral("Not \"really\""), {}, {2}));
     q.AddQuestion(std::move(q10));
 
@@ -80,7 +81,8 @@ QString ValidateAgainstSchema(const QString& xmlPath) {
     const QString declaration = QString::fromUtf16(questionnaire::kXmlDeclaration);
     if (!text.startsWith(declaration))
         return QStringLiteral("the file does not start with the declaration line");
-    text.replace(0, declaration.size(), QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
+    text.replace(0, declaration.size(),
+                 QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
     QTemporaryDir dir;
     const QString copy = dir.filePath(QStringLiteral("copy.xml"));
     if (!WriteAll(copy, text.toUtf8()))

@@ -41,15 +41,21 @@ protected:
 };
 
 TEST_F(DictionaryFileTest, ReadsEveryStringLengthFormEightBitStringsAndRepeatedLanguages) {
-    const QString s254 = QStringLiteral("a").repeated(254), s255 = QStringLiteral("b").repeated(255);
+    const QString s254 = QStringLiteral("a").repeated(254),
+                  s255 = QStringLiteral("b").repeated(255);
     const QString s65534 = QStringLiteral("c").repeated(65534);
     const QString s65535 = QStringLiteral("d").repeated(65535);
     QByteArray file = I32(7) + I32(3); // a version other than 101 loads like any other
     file += I32(4) + I32(1033) + Wide(s254) + I32(1036) + Wide(s255) + I32(1031) + Wide(s65534) +
             I32(1040) + Wide(s65535);
     // An 8-bit string: the length prefix without the wide marker, bytes in the ANSI code page.
-    file += I32(2) + I32(1033) + QByteArray("\x05" "Caf\xe9s", 6) + I32(1036) + Wide(QStringLiteral("x"));
-    file += I32(2) + I32(1033) + Wide(QStringLiteral("first")) + I32(1033) + Wide(QStringLiteral("second"));
+    file += I32(2) + I32(1033) +
+            QByteArray("\x05"
+                       "Caf\xe9s",
+                       6) +
+            I32(1036) + Wide(QStringLiteral("x"));
+    file += I32(2) + I32(1033) + Wide(QStringLiteral("first")) + I32(1033) +
+            Wide(QStringLiteral("second"));
     ASSERT_TRUE(testutil::WriteAll(Path(), file));
     util::AnsiCodePage::SetCurrent(1252);
     CDictionary dictionary;
@@ -77,9 +83,9 @@ TEST_F(DictionaryFileTest, SaveWritesTheFormatAndLeavesDeletedEntriesOut) {
     dictionary.AddEntry({{1031, QStringLiteral("x").repeated(300)}});
     dictionary.DeleteEntry(1);
     ASSERT_TRUE(dictionary.Save(Path(), m_messages));
-    const QByteArray expected = I32(101) + I32(2) + I32(2) + I32(1033) + Wide(QStringLiteral("Yes")) +
-                                I32(1036) + Wide(QStringLiteral("Oui")) + I32(1) + I32(1031) +
-                                Wide(QStringLiteral("x").repeated(300));
+    const QByteArray expected =
+        I32(101) + I32(2) + I32(2) + I32(1033) + Wide(QStringLiteral("Yes")) + I32(1036) +
+        Wide(QStringLiteral("Oui")) + I32(1) + I32(1031) + Wide(QStringLiteral("x").repeated(300));
     EXPECT_EQ(testutil::ReadAll(Path()), expected);
     EXPECT_TRUE(dictionary.IsModified()); // saving leaves the flag to the caller
 
@@ -126,7 +132,8 @@ TEST_F(DictionaryFileTest, MissingFileAndFolders) {
     EXPECT_FALSE(dictionary.IsModified());
     // Saving creates the missing folders.
     dictionary.AddEntry({{1033, QStringLiteral("a")}, {1036, QStringLiteral("b")}});
-    EXPECT_TRUE(dictionary.Save(Path(QStringLiteral("Varnel/Translator/Translator.dic")), m_messages));
+    EXPECT_TRUE(
+        dictionary.Save(Path(QStringLiteral("Varnel/Translator/Translator.dic")), m_messages));
     // A folder that cannot be made: a file stands where it should be.
     ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
     EXPECT_FALSE(dictionary.Save(Path(QStringLiteral("blocker/Translator.dic")), m_messages));

@@ -1,6 +1,6 @@
+#include "dictionary/Dictionary.h"
 #include "common/SampleQuestionnaire.h"
 #include "dictionary/ConflictList.h"
-#include "dictionary/Dictionary.h"
 #include "dictionary/DictionaryPasses.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/CaptionTable.h"
@@ -46,7 +46,7 @@ TEST(Dictionary, TheLowerNumberedEntryWithATargetTextWins) {
     ASSERT_TRUE(d.Translate(QStringLiteral("Yes"), kEnglish, kFrench, out));
     EXPECT_EQ(out, QStringLiteral("Oui")); // entry 0 has no French
     EXPECT_FALSE(d.Translate(QStringLiteral("yes"), kEnglish, kFrench, out)); // exact only
-    EXPECT_FALSE(d.Translate(QStringLiteral("Yes"), 1040, kFrench, out));   // unknown language
+    EXPECT_FALSE(d.Translate(QStringLiteral("Yes"), 1040, kFrench, out));     // unknown language
     d.DeleteEntry(1);
     ASSERT_TRUE(d.Translate(QStringLiteral("Yes"), kEnglish, kFrench, out));
     EXPECT_EQ(out, QStringLiteral("Si"));
@@ -62,16 +62,17 @@ TEST(Dictionary, TheLowerNumberedEntryWithATargetTextWins) {
 TEST(Dictionary, ConflictListForARowMatchingTwoEntries) {
     CDictionary d;
     for (int i = 0; i < 8; ++i)
-        d.AddEntry(Row({{kEnglish, QStringLiteral("e%1").arg(i)}, {kGerman, QStringLiteral("d%1").arg(i)}}));
+        d.AddEntry(Row(
+            {{kEnglish, QStringLiteral("e%1").arg(i)}, {kGerman, QStringLiteral("d%1").arg(i)}}));
     const auto row = Row({{kEnglish, QStringLiteral("e3")}, {kGerman, QStringLiteral("d7")}});
     ScriptedChooser chooser({ConflictList::kDoNotAdd, ConflictList::kNewEntry, 7});
     int added = 0;
     ASSERT_TRUE(d.AddWithConflicts(row, added, chooser));
     ASSERT_EQ(chooser.shown.size(), 1);
-    EXPECT_EQ(chooser.shown[0], (QStringList{QStringLiteral("Existing entry no -1"),
-                                             QStringLiteral("New entry"),
-                                             QStringLiteral("Existing entry no 4"),
-                                             QStringLiteral("Existing entry no 8")}));
+    EXPECT_EQ(chooser.shown[0],
+              (QStringList{QStringLiteral("Existing entry no -1"), QStringLiteral("New entry"),
+                           QStringLiteral("Existing entry no 4"),
+                           QStringLiteral("Existing entry no 8")}));
     EXPECT_EQ(d.GetEntryCount(), 8); // the first row adds nothing
     EXPECT_EQ(added, 0);
     ASSERT_TRUE(d.AddWithConflicts(row, added, chooser));
@@ -123,12 +124,15 @@ TEST(DictionaryPasses, AutoTranslateAndSend) {
     } listener;
     table.AddListener(&listener);
     CDictionary d;
-    d.AddEntry(Row({{kEnglish, QStringLiteral("Satisfaction")}, {kGerman, QStringLiteral("Zufriedenheit")}}));
+    d.AddEntry(Row(
+        {{kEnglish, QStringLiteral("Satisfaction")}, {kGerman, QStringLiteral("Zufriedenheit")}}));
     d.AddEntry(Row({{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}}));
     d.AddEntry(Row({{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr (fr)")}}));
     // Escaped form: the dictionary holds captions as the grid shows them.
-    d.AddEntry(Row({{kEnglish, QStringLiteral("Read out\\nthe scale")}, {kGerman, QStringLiteral("Vorlesen")}}));
-    d.AddEntry(Row({{kEnglish, QStringLiteral("Skipping ahead")}, {kGerman, QStringLiteral("Weiter")}}));
+    d.AddEntry(Row({{kEnglish, QStringLiteral("Read out\\nthe scale")},
+                    {kGerman, QStringLiteral("Vorlesen")}}));
+    d.AddEntry(
+        Row({{kEnglish, QStringLiteral("Skipping ahead")}, {kGerman, QStringLiteral("Weiter")}}));
 
     // Response 1 gets two hits (from English, then from French, which wins); instructions and
     // routings receive nothing.
@@ -149,7 +153,8 @@ TEST(DictionaryPasses, AutoTranslateAndSend) {
     EXPECT_GT(added, 3);
     q.GetAdrQuestion(0)->SetLocalisedShortCaption(kGerman, QStringLiteral("Andere"));
     const int before = fresh.GetEntryCount();
-    EXPECT_FALSE(dictionary::SendToDictionary(table, 0, table.RowCount() - 1, fresh, cancel, added));
+    EXPECT_FALSE(
+        dictionary::SendToDictionary(table, 0, table.RowCount() - 1, fresh, cancel, added));
     EXPECT_EQ(fresh.GetEntryCount(), before);
 }
 

@@ -1,7 +1,7 @@
 #include "common/TestUtil.h"
-#include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "questionnaire/Questionnaire.h"
 #include "util/Messages.h"
 
@@ -76,19 +76,18 @@ protected:
 };
 
 TEST_F(ExportTest, EveryKindOfRowAndEscapingByteForByte) {
-    const QString expected = QStringLiteral(
-        "QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n"
-        "1\t-1\tLine one\\nLine two\tLigne un\r\n"
-        "1\t-2\tShort\t\r\n"
-        "1\t-3\tTab\\there\\r\t\r\n"
-        "1\t-4\t\t\r\n"
-        "1\t1\tYes\tOui\r\n"
-        "1\t2\t\"Say \"\"no\"\"\"\t\r\n"
-        "2\t-1\tYes\tOui\r\n"
-        "2\t-2\t\t\r\n"
-        "2\t-3\t\t\r\n"
-        "2\t-4\t\t\r\n"
-        "-2\t7\tback\\\\slash\ta\\\\b\\n\r\n");
+    const QString expected = QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n"
+                                            "1\t-1\tLine one\\nLine two\tLigne un\r\n"
+                                            "1\t-2\tShort\t\r\n"
+                                            "1\t-3\tTab\\there\\r\t\r\n"
+                                            "1\t-4\t\t\r\n"
+                                            "1\t1\tYes\tOui\r\n"
+                                            "1\t2\t\"Say \"\"no\"\"\"\t\r\n"
+                                            "2\t-1\tYes\tOui\r\n"
+                                            "2\t-2\t\t\r\n"
+                                            "2\t-3\t\t\r\n"
+                                            "2\t-4\t\t\r\n"
+                                            "-2\t7\tback\\\\slash\ta\\\\b\\n\r\n");
     EXPECT_EQ(Export(Options()), expected);
     EXPECT_EQ(m_report.rows, 11);
     EXPECT_TRUE(m_messages.messages.isEmpty());
@@ -104,13 +103,15 @@ TEST_F(ExportTest, FiltersShortcutsAndHeaders) {
     options.kinds.excludeRoutings = true;
     options.showShortcuts = true;
     options.headers = QStringLiteral("Key,Item,English");
-    EXPECT_EQ(Export(options), QStringLiteral("Key\tItem\tEnglish\t1036(FRA)\tShortcut\tEntrycode\r\n"
-                                              "1\t-1\tLine one\\nLine two\tLigne un\tQ1\t\r\n"
-                                              "1\t1\tYes\tOui\tQ1\tA\r\n"));
+    EXPECT_EQ(Export(options),
+              QStringLiteral("Key\tItem\tEnglish\t1036(FRA)\tShortcut\tEntrycode\r\n"
+                             "1\t-1\tLine one\\nLine two\tLigne un\tQ1\t\r\n"
+                             "1\t1\tYes\tOui\tQ1\tA\r\n"));
     // Response 2 is in version 2 only; with all versions it comes back, its code quoted.
     options.versions.clear();
     options.headers.clear();
-    EXPECT_TRUE(Export(options).contains(QStringLiteral("1\t2\t\"Say \"\"no\"\"\"\t\tQ1\t\"B\tX\"\r\n")));
+    EXPECT_TRUE(
+        Export(options).contains(QStringLiteral("1\t2\t\"Say \"\"no\"\"\"\t\tQ1\t\"B\tX\"\r\n")));
 }
 
 TEST_F(ExportTest, TranslatedAndDuplicateRowsAreLeftOut) {
@@ -157,8 +158,8 @@ TEST_F(ExportTest, WarnsAboutCaptionsTheRoundTripCannotCarry) {
     q.GetAdrQuestion(1)->SetLocalisedShortCaption(kEn, QStringLiteral("x").repeated(40000));
     Export(Options(), q);
     EXPECT_EQ(m_report.unsafeCaptions, 3);
-    EXPECT_EQ(m_report.unsafeKeys,
-              (QStringList{QStringLiteral("1/-2"), QStringLiteral("1/-4"), QStringLiteral("2/-2")}));
+    EXPECT_EQ(m_report.unsafeKeys, (QStringList{QStringLiteral("1/-2"), QStringLiteral("1/-4"),
+                                                QStringLiteral("2/-2")}));
     ASSERT_EQ(m_messages.messages.size(), 1);
     EXPECT_TRUE(m_messages.messages[0].contains(QLatin1String("1/-2, 1/-4, 2/-2")));
 }
@@ -191,9 +192,11 @@ TEST_F(ExportTest, LargeExportsKeepRowOrderWhateverTheThreads) {
     QStringList unsafe;
     for (qsizetype k = 0; k < list.size(); ++k)
         for (qint32 lcid : languages)
-            if (!CaptionSurvivesRoundTrip(ReadCaption(q, list.questionIds[k], list.responseIds[k], lcid),
-                                          lcid == languages.front()))
-                unsafe.append(QStringLiteral("%1/%2").arg(list.questionIds[k]).arg(list.responseIds[k]));
+            if (!CaptionSurvivesRoundTrip(
+                    ReadCaption(q, list.questionIds[k], list.responseIds[k], lcid),
+                    lcid == languages.front()))
+                unsafe.append(
+                    QStringLiteral("%1/%2").arg(list.questionIds[k]).arg(list.responseIds[k]));
     ASSERT_GT(unsafe.size(), 10);
 
     ExportOptions options = Options();

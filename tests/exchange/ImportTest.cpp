@@ -71,8 +71,8 @@ TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {
         {"only line ends", QStringLiteral("\r\n\r\n"), false, -12, notTranslation},
         {"two header cells", QStringLiteral("QuestionId\tResponseId\r\n1\t-1\r\n"), false, -12,
          notTranslation},
-        {"first title in other case", QStringLiteral("questionid\tResponseId\t1033(ENU)\r\n"), false,
-         -13, notTranslation},
+        {"first title in other case", QStringLiteral("questionid\tResponseId\t1033(ENU)\r\n"),
+         false, -13, notTranslation},
         {"second title", QStringLiteral("QuestionId\tResponse\t1033(ENU)\r\n"), false, -14,
          notTranslation},
         {"no parenthesis", QStringLiteral("QuestionId\tResponseId\tEnglish\r\n"), false, -15,
@@ -102,11 +102,13 @@ TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {
 TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
     EXPECT_EQ(ImportPath(m_dir.filePath(QStringLiteral("missing.txt"))), -10);
     EXPECT_EQ(m_messages.messages.value(0),
-              QStringLiteral("Cannot open the file '%1'").arg(m_dir.filePath(QStringLiteral("missing.txt"))));
+              QStringLiteral("Cannot open the file '%1'")
+                  .arg(m_dir.filePath(QStringLiteral("missing.txt"))));
     // UTF-16 without its mark is read as ANSI and stops at the first zero byte.
     const QString unmarked = m_dir.filePath(QStringLiteral("unmarked.txt"));
     testutil::WriteAll(unmarked, testutil::Utf16Le(QString::fromLatin1(kHeader) +
-                                                       QStringLiteral("10\t-1\tx\ty\r\n"), false));
+                                                       QStringLiteral("10\t-1\tx\ty\r\n"),
+                                                   false));
     EXPECT_EQ(ImportPath(unmarked), -10);
 
     // A zero character ends the text; well before the end of the file it makes the file binary,
@@ -117,8 +119,8 @@ TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
     for (const QString& text : {QStringLiteral("Quest") + QChar(0) + padding,
                                 QString::fromLatin1(kHeader) + rows + QChar(0) + padding}) {
         EXPECT_EQ(Import(text), -10);
-        EXPECT_EQ(m_messages.messages.value(0),
-                  QStringLiteral("Cannot open the file '%1'").arg(m_dir.filePath(QStringLiteral("in.txt"))));
+        EXPECT_EQ(m_messages.messages.value(0), QStringLiteral("Cannot open the file '%1'")
+                                                    .arg(m_dir.filePath(QStringLiteral("in.txt"))));
         EXPECT_TRUE(m_q == before);
     }
     // Near the end it only cuts the text short.
@@ -129,13 +131,13 @@ TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
     const QString text = QString::fromLatin1(kHeader) +
                          QStringLiteral("10\t-1\tHow satisfied are you?\tÊtes-vous satisfait ?\r\n"
                                         "10\t-2\tSatisfaction\tSatisfaction\r\n"
-                                        "10\t-3\t\t\r\n"           // empty English: kept as it was
-                                        "10\t1\tVery\t\r\n"        // empty French: cleared
-                                        "0\t-1\tzero\tzero\r\n"    // a zero key is never imported
+                                        "10\t-3\t\t\r\n"        // empty English: kept as it was
+                                        "10\t1\tVery\t\r\n"     // empty French: cleared
+                                        "0\t-1\tzero\tzero\r\n" // a zero key is never imported
                                         "10\t0\tzero\tzero\r\n"
-                                        "abc\t-1\tx\tx\r\n"        // not a number reads as 0
-                                        "999\t-1\tx\tx\r\n"        // unknown question
-                                        "10\r\n"                   // too short
+                                        "abc\t-1\tx\tx\r\n" // not a number reads as 0
+                                        "999\t-1\tx\tx\r\n" // unknown question
+                                        "10\r\n"            // too short
                                         "-2\t5\tSkipping ahead\tOn saute\r\n"
                                         "-1\t3\tPlease answer this one.\tRépondez\\nsvp\r\n");
     // A cell differing from a caption that does not exist counts as written, though the write
@@ -155,8 +157,9 @@ TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
 
 TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
     // Shortcut columns are skipped; an empty title ends the languages.
-    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1031(DEU)\tshortcut\t1036(FRA)\t\t1033(ENU)\r\n"
-                                    "10\t-2\tZufriedenheit\tQ1\tSatisfaction\tx\tignored\r\n")),
+    EXPECT_EQ(Import(QStringLiteral(
+                  "QuestionId\tResponseId\t1031(DEU)\tshortcut\t1036(FRA)\t\t1033(ENU)\r\n"
+                  "10\t-2\tZufriedenheit\tQ1\tSatisfaction\tx\tignored\r\n")),
               2);
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kGerman), QStringLiteral("Zufriedenheit"));
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kEnglish), QStringLiteral("Satisfaction"));
@@ -213,7 +216,8 @@ TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
     EXPECT_TRUE(m_report.unusedStringsPath.isEmpty());
     ASSERT_EQ(m_messages.messages.size(), 2);
     EXPECT_EQ(m_messages.messages[0], QStringLiteral("Cannot create export file"));
-    EXPECT_TRUE(m_messages.messages[1].startsWith(QStringLiteral("0 captions have been imported!")));
+    EXPECT_TRUE(
+        m_messages.messages[1].startsWith(QStringLiteral("0 captions have been imported!")));
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files),
               QStringList{QStringLiteral("in.txt")}); // nothing left behind
 }
@@ -325,7 +329,8 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
         file += QStringLiteral("\r\n");
         for (int n = 0; n < 40; ++n) {
             const qsizetype k = qsizetype(random() % captions.size());
-            file += QStringLiteral("%1\t%2").arg(captions.questionIds[k]).arg(captions.responseIds[k]);
+            file +=
+                QStringLiteral("%1\t%2").arg(captions.questionIds[k]).arg(captions.responseIds[k]);
             for (qsizetype c = 0; c < layout.size(); ++c)
                 file += QLatin1Char('\t') + text(4);
             file += QStringLiteral("\r\n");
@@ -368,7 +373,7 @@ TEST(RowCutter, CutsLikeASpreadsheetReader) {
         {QStringLiteral("\"x\ty\r\nz\"\tw"), {{"x\ty\r\nz", "w"}}},
         {QStringLiteral("\"say \"\"hi\"\"\""), {{"say \"hi\""}}},
         {QStringLiteral("ab\"c\td\"e"), {{"abc\tde"}}}, // a quote may stand anywhere
-        {QStringLiteral("\r\na"), {{""}, {"a"}}},      // a line end first ends an empty row
+        {QStringLiteral("\r\na"), {{""}, {"a"}}},       // a line end first ends an empty row
         // Quoted cells as spreadsheet programs write them, and shapes they do not write.
         {QStringLiteral("1\t\"a \"\"b\"\" c\"\t\"\"\r\n2\t\"\"\"\"\n"),
          {{"1", "a \"b\" c", ""}, {"2", "\""}}},
@@ -422,9 +427,10 @@ QList<QStringList> CutInTurns(RowCutter& cutter) {
 // characters whose low or high byte is one it looks for, and every control character.
 TEST(RowCutter, WindowMasksAgreeWithACharacterAtATime) {
     std::mt19937 random(5);
-    std::vector<char16_t> alphabet = {u'\t', u'\r', u'\n', u'"', u'\\', u'a', u'\u0109',
-                                      u'\u0a0d', u'\u225c', u'\u2209', u'\u5c00', u'\u7f7f',
-                                      u'\u8000', u'\uff09', u'\uff89', u'\uffff', u'\u0080'};
+    std::vector<char16_t> alphabet = {u'\t',     u'\r',     u'\n',     u'"',      u'\\',
+                                      u'a',      u'\u0109', u'\u0a0d', u'\u225c', u'\u2209',
+                                      u'\u5c00', u'\u7f7f', u'\u8000', u'\uff09', u'\uff89',
+                                      u'\uffff', u'\u0080'};
     for (char16_t c = 0; c < 0x20; ++c)
         alphabet.push_back(c);
     char16_t window[64];
@@ -482,8 +488,9 @@ QList<QStringList> CutOneByOne(QStringView text) {
 TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
     QTemporaryDir dir;
     std::mt19937 random(11);
-    const char16_t ordinary[] = {u'a', u' ', u'\u0109', u'\u0a0d', u'\u225c', u'\u4e2d',
-                                 u'\uff09', u'\u0001', u'\u00e9', u'\u0122', char16_t(0xd83d)};
+    const char16_t ordinary[] = {u'a',      u' ',      u'\u0109',       u'\u0a0d',
+                                 u'\u225c', u'\u4e2d', u'\uff09',       u'\u0001',
+                                 u'\u00e9', u'\u0122', char16_t(0xd83d)};
     const char16_t special[] = {u'\t', u'\t', u'\t', u'\r', u'\n', u'"', u'"', u'\\'};
     for (int round = 0; round < 400; ++round) {
         const bool dense = round % 2 == 0;
@@ -526,15 +533,14 @@ TEST_F(ImportTest, RejectedRowsAreQuotedAsExportedRows) {
                      QStringLiteral("10\t-2\tSatisfaction\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
                                     "10\t-1\tOld question\t\"deux\nlignes\"\r\n")),
               0);
-    const QString expected = QStringLiteral(
-        "10\t-2\t\"Say \"\"hi\"\"\"\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
-        "10\t-1\tHow satisfied are you?\t\"deux\nlignes\"\r\n");
+    const QString expected =
+        QStringLiteral("10\t-2\t\"Say \"\"hi\"\"\"\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
+                       "10\t-1\tHow satisfied are you?\t\"deux\nlignes\"\r\n");
     EXPECT_EQ(testutil::ReadAll(Unused()), testutil::Utf16Le(expected));
     RowCutter again(expected);
     EXPECT_EQ(CutAll(again),
-              (QList<QStringList>{
-                  {"10", "-2", "Say \"hi\"", "Il dit \"oui\"\tmaintenant"},
-                  {"10", "-1", "How satisfied are you?", "deux\nlignes"}}));
+              (QList<QStringList>{{"10", "-2", "Say \"hi\"", "Il dit \"oui\"\tmaintenant"},
+                                  {"10", "-1", "How satisfied are you?", "deux\nlignes"}}));
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 // Round-trip properties on generated questionnaires whose captions hold quotes, tabs, line
 // breaks, backslashes, characters outside the BMP and right-to-left text.
 #include "common/TestUtil.h"
-#include "questionnaire/CaptionEscaping.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionEscaping.h"
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/Questionnaire.h"
 #include "util/Messages.h"
@@ -28,12 +28,21 @@ public:
     explicit Generator(unsigned start) : m_random(start) {}
 
     QString Caption(bool safeOnly) {
-        static const QStringList pieces = {
-            QStringLiteral("word"), QStringLiteral(" "), QStringLiteral("\""), QStringLiteral("\t"),
-            QStringLiteral("\n"), QStringLiteral("\r\n"), QStringLiteral("\\"), QStringLiteral("n"),
-            QStringLiteral("t"), QStringLiteral("é"), QString::fromUtf16(u"\U0001F600"),
-            QString::fromUtf16(u"\u05E9\u05DC\u05D5\u05DD"), QStringLiteral("\"\""),
-            QStringLiteral(","), QStringLiteral("'")};
+        static const QStringList pieces = {QStringLiteral("word"),
+                                           QStringLiteral(" "),
+                                           QStringLiteral("\""),
+                                           QStringLiteral("\t"),
+                                           QStringLiteral("\n"),
+                                           QStringLiteral("\r\n"),
+                                           QStringLiteral("\\"),
+                                           QStringLiteral("n"),
+                                           QStringLiteral("t"),
+                                           QStringLiteral("é"),
+                                           QString::fromUtf16(u"\U0001F600"),
+                                           QString::fromUtf16(u"\u05E9\u05DC\u05D5\u05DD"),
+                                           QStringLiteral("\"\""),
+                                           QStringLiteral(","),
+                                           QStringLiteral("'")};
         for (;;) {
             QString text;
             const int count = int(m_random() % 8);
@@ -84,7 +93,7 @@ protected:
     QString Export(const CQuestionnaire& q, ExportReport* report = nullptr) {
         ExportOptions options;
         options.languages = questionnaire::DefaultLanguageOrder(q);
-            questionnaire::CaptionList list;
+        questionnaire::CaptionList list;
         questionnaire::BuildCaptionList(q, list, false);
         const QString path = m_dir.filePath(QStringLiteral("export.txt"));
         ExportStringsForTranslation(path, q, options, list, m_messages, report);
@@ -132,8 +141,10 @@ TEST_P(RoundTripTest, UntouchedFileChangesOnlyCaptionsTheExportWarnedAbout) {
     qint64 unsafe = 0;
     for (const QString& key : changed) {
         const QStringList parts = key.split(QLatin1Char('/'));
-        const QString before = ReadCaption(original, parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
-        EXPECT_FALSE(CaptionSurvivesRoundTrip(before, parts[2].toInt() == 1033)) << key.toStdString();
+        const QString before =
+            ReadCaption(original, parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
+        EXPECT_FALSE(CaptionSurvivesRoundTrip(before, parts[2].toInt() == 1033))
+            << key.toStdString();
         EXPECT_TRUE(report.unsafeKeys.size() < 10 ||
                     report.unsafeKeys.contains(parts[0] + QLatin1Char('/') + parts[1]) ||
                     report.unsafeCaptions > 10);
@@ -163,7 +174,10 @@ TEST_P(RoundTripTest, SafeCaptionsSurviveAndEditedCellsAreExactlyWhatIsWritten) 
             continue;
         WriteCaption(translated, list.questionIds[k], list.responseIds[k], lcid, text);
         if (ReadCaption(translated, list.questionIds[k], list.responseIds[k], lcid) == text)
-            edited.append(QStringLiteral("%1/%2/%3").arg(list.questionIds[k]).arg(list.responseIds[k]).arg(lcid));
+            edited.append(QStringLiteral("%1/%2/%3")
+                              .arg(list.questionIds[k])
+                              .arg(list.responseIds[k])
+                              .arg(lcid));
     }
     EXPECT_EQ(Import(q, Export(translated), false), edited.size());
     EXPECT_EQ(Differences(original, q), edited);
@@ -190,7 +204,8 @@ TEST_P(RoundTripTest, SourceTextsChangedAfterTheExportAreRejectedExactly) {
     EXPECT_EQ(q, before);
     EXPECT_EQ(report.rejectedRows, changedSources);
     ASSERT_GE(changedSources, 2);
-    const QByteArray unused = testutil::ReadAll(m_dir.filePath(QStringLiteral("UnusedStrings.txt")));
+    const QByteArray unused =
+        testutil::ReadAll(m_dir.filePath(QStringLiteral("UnusedStrings.txt")));
     EXPECT_EQ(QString::fromUtf16(reinterpret_cast<const char16_t*>(unused.constData() + 2),
                                  (unused.size() - 2) / 2)
                   .count(QStringLiteral("\tedited\t")),

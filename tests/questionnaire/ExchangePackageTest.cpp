@@ -458,7 +458,8 @@ TEST_F(ExchangePackageTest, LinksPlantedInTheWorkingFolderAreNeverWrittenThrough
         EXPECT_EQ(q.ReadFromExchangeFormat(qex, Work()), c.read) << q.GetLastError().toStdString();
         if (!c.read) {
             EXPECT_TRUE(q.GetLastError().contains(QLatin1String("is a symbolic link")));
-            EXPECT_TRUE(q.GetLastError().contains(Work() + c.link)) << q.GetLastError().toStdString();
+            EXPECT_TRUE(q.GetLastError().contains(Work() + c.link))
+                << q.GetLastError().toStdString();
         }
         ExpectOutsideUntouched();
     }
@@ -485,7 +486,8 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
         SCOPED_TRACE(c.reason);
         CQuestionnaire q;
         EXPECT_FALSE(q.ReadFromExchangeFormat(c.package, c.folder));
-        EXPECT_TRUE(q.GetLastError().contains(QLatin1String(c.reason))) << q.GetLastError().toStdString();
+        EXPECT_TRUE(q.GetLastError().contains(QLatin1String(c.reason)))
+            << q.GetLastError().toStdString();
         EXPECT_TRUE(q.GetExchangeFolder().isEmpty());
     }
     ExpectOutsideUntouched();

@@ -43,8 +43,10 @@ protected:
 TEST_F(QesTest, WholeFileWriteAndReadGiveTheSameQuestionnaire) {
     CQuestionnaire q = testutil::MakeSample();
     // Texts that only survive when the file keeps UTF-16 as it is.
-    q.GetAdrQuestion(0)->SetLocalisedLongCaption(2000, QString(QChar(0xDC00)) + QStringLiteral("x"));
-    q.GetAdrQuestion(0)->SetLocalisedShortCaption(2000, QString::fromUtf16(u"\U0001F600\r\n\t\u0001"));
+    q.GetAdrQuestion(0)->SetLocalisedLongCaption(2000,
+                                                 QString(QChar(0xDC00)) + QStringLiteral("x"));
+    q.GetAdrQuestion(0)->SetLocalisedShortCaption(2000,
+                                                  QString::fromUtf16(u"\U0001F600\r\n\t\u0001"));
     q.GetAdrQuestion(0)->SetLocalisedComments(2001, QString()); // empty but present
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(WriteSample(q), read)) << read.GetLastError().toStdString();
@@ -78,7 +80,8 @@ TEST_F(QesTest, SavingCaptionsTouchesOnlyCaptionRows) {
     EXPECT_EQ(Dump(path, QStringLiteral("system_messages")), messagesBefore);
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(path, read));
-    EXPECT_EQ(ReadCaption(read, 10, -1, testutil::kGerman), QStringLiteral("Wie zufrieden sind Sie?"));
+    EXPECT_EQ(ReadCaption(read, 10, -1, testutil::kGerman),
+              QStringLiteral("Wie zufrieden sind Sie?"));
     EXPECT_EQ(ReadCaption(read, 10, 1, testutil::kFrench), QString());
     EXPECT_EQ(read.GetLanguageCount(), 3);
 
@@ -99,8 +102,8 @@ TEST_F(QesTest, BrokenFilesAreRefusedWithTheirStatus) {
         std::function<void(const QString&)> damage;
         quint16 status;
     } cases[] = {
-        {"not a database",
-         [](const QString& p) { testutil::WriteAll(p, QByteArray(4096, 'x')); }, kQesNotADatabase},
+        {"not a database", [](const QString& p) { testutil::WriteAll(p, QByteArray(4096, 'x')); },
+         kQesNotADatabase},
         {"missing file", [](const QString& p) { QFile::remove(p); }, kQesCannotOpen},
         {"empty file", [](const QString& p) { testutil::WriteAll(p, {}); }, kQesNotAQuestionnaire},
         {"missing table",
@@ -108,18 +111,23 @@ TEST_F(QesTest, BrokenFilesAreRefusedWithTheirStatus) {
          kQesNotAQuestionnaire},
         {"wrong column type",
          [](const QString& p) {
-             Sql(p, {QStringLiteral("DROP TABLE versions"),
-                     QStringLiteral("CREATE TABLE versions (id TEXT, position INTEGER, name TEXT)")});
+             Sql(p,
+                 {QStringLiteral("DROP TABLE versions"),
+                  QStringLiteral("CREATE TABLE versions (id TEXT, position INTEGER, name TEXT)")});
          },
          kQesBadSchema},
         {"newer format",
-         [](const QString& p) { Sql(p, {QStringLiteral("UPDATE format SET value = '99' WHERE key = 'format'")}); },
+         [](const QString& p) {
+             Sql(p, {QStringLiteral("UPDATE format SET value = '99' WHERE key = 'format'")});
+         },
          kQesNewerFormat},
         {"text in a number column",
          [](const QString& p) { Sql(p, {QStringLiteral("UPDATE questions SET visible = 'yes'")}); },
          kQesBadData},
         {"number beyond 32 bits",
-         [](const QString& p) { Sql(p, {QStringLiteral("UPDATE languages SET lcid = 5000000000 WHERE lcid = 1033")}); },
+         [](const QString& p) {
+             Sql(p, {QStringLiteral("UPDATE languages SET lcid = 5000000000 WHERE lcid = 1033")});
+         },
          kQesBadData},
     };
     for (const Case& c : cases) {

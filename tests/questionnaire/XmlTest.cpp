@@ -26,12 +26,14 @@ protected:
 // hexadecimal. Both are valid against the schema, and read and written again give the same bytes.
 TEST_F(XmlFileTest, GoldenFilesReadAndWriteByteForByte) {
     for (const char* name : {"sample.xml", "hostile.xml"}) {
-        const QString invalid = testutil::ValidateAgainstSchema(testutil::DataPath(QLatin1String(name)));
+        const QString invalid =
+            testutil::ValidateAgainstSchema(testutil::DataPath(QLatin1String(name)));
         EXPECT_TRUE(invalid.isEmpty()) << name << ": " << invalid.toStdString();
     }
     const QString sample = Path(QStringLiteral("sample.xml"));
     ASSERT_TRUE(WriteXmlFile(sample, testutil::MakeSample()));
-    EXPECT_EQ(testutil::ReadAll(sample), testutil::ReadAll(testutil::DataPath(QStringLiteral("sample.xml"))));
+    EXPECT_EQ(testutil::ReadAll(sample),
+              testutil::ReadAll(testutil::DataPath(QStringLiteral("sample.xml"))));
     CQuestionnaire hostile;
     ASSERT_TRUE(ReadXmlFile(testutil::DataPath(QStringLiteral("hostile.xml")), hostile));
     const QString rewritten = Path(QStringLiteral("hostile.xml"));

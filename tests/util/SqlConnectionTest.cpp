@@ -1,5 +1,5 @@
-#include "common/PostgresServer.h"
 #include "util/SqlConnection.h"
+#include "common/PostgresServer.h"
 
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -49,7 +49,8 @@ protected:
 
     QStringList Rows() {
         QSqlQuery query = m_db.Query();
-        query.exec(QStringLiteral("SELECT \"Id\", \"Order\", \"Text\" FROM \"Items\" ORDER BY \"Id\""));
+        query.exec(
+            QStringLiteral("SELECT \"Id\", \"Order\", \"Text\" FROM \"Items\" ORDER BY \"Id\""));
         QStringList rows;
         while (query.next())
             rows.append(QStringLiteral("%1|%2|%3")

@@ -1,5 +1,5 @@
-#include "util/Messages.h"
 #include "util/TextFile.h"
+#include "util/Messages.h"
 
 #include "common/TestUtil.h"
 #include "util/AnsiCodePage.h"
@@ -47,7 +47,8 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
          QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body},
         {"marked, zero early", Utf16Le(QStringLiteral("ab") + QChar(0) + body), false, "ab"},
         {"marked, odd length", QByteArray("\xFF\xFE\x41\x00\x42", 5), true, "AB"},
-        {"marked, zero near the end", Utf16Le(body + QChar(0) + QStringLiteral("tail")), true, body},
+        {"marked, zero near the end", Utf16Le(body + QChar(0) + QStringLiteral("tail")), true,
+         body},
         {"mark only", "\xFF\xFE", true, ""},
         {"ansi", QByteArray("caf\xE9 ") + body.toLatin1(), true, QStringLiteral(u"café ") + body},
         {"empty", "", true, ""},

@@ -3,12 +3,12 @@
 #include "questionnaire/formats/ExchangePackage.h"
 
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/PackageFiles.h"
 #include "questionnaire/formats/PackageReader.h"
 #include "questionnaire/formats/PackageWriter.h"
 #include "questionnaire/formats/XmlFile.h"
 #include "util/FileSystem.h"
-#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QFile>
@@ -86,8 +86,7 @@ bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
 bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& workingFolder,
                                             util::Progress* progress) {
     if (workingFolder.isEmpty()) {
-        m_lastError = Tr(strings::kWorkingFolderGivenUnpackPackage)
-                          .arg(path);
+        m_lastError = Tr(strings::kWorkingFolderGivenUnpackPackage).arg(path);
         return false;
     }
     const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(workingFolder));
@@ -133,16 +132,14 @@ bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& ex
         xmlTemporary.setFileTemplate(QFileInfo(path).absolutePath() +
                                      QStringLiteral("/.qex-xml-XXXXXX.tmp"));
         if (!xmlTemporary.open()) {
-            m_lastError = Tr(strings::kCannotSavePackage)
-                              .arg(path, xmlTemporary.errorString());
+            m_lastError = Tr(strings::kCannotSavePackage).arg(path, xmlTemporary.errorString());
             return false;
         }
         xmlPath = xmlTemporary.fileName();
     }
     if (!extraFolder.isEmpty()) {
         if (!QFileInfo(extraFolder).isDir()) {
-            m_lastError = Tr(strings::kFolderPackIntoDoesExist)
-                              .arg(extraFolder, path);
+            m_lastError = Tr(strings::kFolderPackIntoDoesExist).arg(extraFolder, path);
             return false;
         }
         ListFiles(QDir::cleanPath(QDir::fromNativeSeparators(extraFolder)), false, files);

@@ -2,10 +2,10 @@
 // folder.
 #include "questionnaire/formats/PackageReader.h"
 
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/ExchangePackage.h"
 #include "questionnaire/formats/PackageFiles.h"
 #include "util/Progress.h"
-#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QFile>
@@ -98,8 +98,7 @@ PackageReader::~PackageReader() {
 }
 
 bool PackageReader::Refuse(const QString& what, const QString& entry) {
-    m_error = Tr(strings::kPackageHoldsNothingUnpacked)
-                  .arg(m_path, what, entry);
+    m_error = Tr(strings::kPackageHoldsNothingUnpacked).arg(m_path, what, entry);
     return false;
 }
 
@@ -117,8 +116,7 @@ bool PackageReader::Open() {
     m_zip = zip_open(ZipPath(m_path).constData(), ZIP_RDONLY, &code);
     if (m_zip)
         return true;
-    return Fail(Tr(strings::kFileCannotOpenedPackage)
-                    .arg(m_path, ZipErrorText(code)));
+    return Fail(Tr(strings::kFileCannotOpenedPackage).arg(m_path, ZipErrorText(code)));
 }
 
 bool PackageReader::CheckEntries() {
@@ -170,28 +168,22 @@ bool PackageReader::CheckData(const struct zip_stat& st, const QString& name, qu
     if ((st.valid & ZIP_STAT_ENCRYPTION_METHOD) && st.encryption_method != ZIP_EM_NONE)
         return Refuse(Tr(strings::kEncryptedEntry), name);
     if (!(st.valid & ZIP_STAT_COMP_METHOD) || !zip_compression_method_supported(st.comp_method, 0))
-        return Refuse(Tr(strings::kEntryPackedMethodProgramCannot),
-                      name);
+        return Refuse(Tr(strings::kEntryPackedMethodProgramCannot), name);
     if (!(st.valid & ZIP_STAT_SIZE) || !(st.valid & ZIP_STAT_COMP_SIZE))
         return Refuse(Tr(strings::kEntryUnknownSize), name);
     if (st.size > kMaxPackageEntrySize) {
-        return Refuse(Tr(strings::kEntryDeclaredLargerThanGiB)
-                          .arg(kMaxPackageEntrySize >> 30)
-                          .arg(st.size),
-                      name);
+        return Refuse(
+            Tr(strings::kEntryDeclaredLargerThanGiB).arg(kMaxPackageEntrySize >> 30).arg(st.size),
+            name);
     }
     total += st.size; // cannot overflow: each size is at most 1 GiB and there are few entries
     if (total > kMaxPackageTotalSize) {
-        return Refuse(Tr(strings::kMoreThanGiBDataAll)
-                          .arg(kMaxPackageTotalSize >> 30),
-                      name);
+        return Refuse(Tr(strings::kMoreThanGiBDataAll).arg(kMaxPackageTotalSize >> 30), name);
     }
     // comp_size < size <= 1 GiB here, so the product cannot overflow.
     if (st.size > kPackageRatioCheckedAbove && st.comp_size < st.size &&
         st.size > st.comp_size * kMaxPackageRatio) {
-        return Refuse(Tr(strings::kEntryCompressedMoreThanLikely)
-                          .arg(kMaxPackageRatio),
-                      name);
+        return Refuse(Tr(strings::kEntryCompressedMoreThanLikely).arg(kMaxPackageRatio), name);
     }
     return true;
 }
@@ -215,12 +207,11 @@ bool PackageReader::CheckLayout() {
     }
     for (const Entry& entry : m_entries) {
         if (!entry.isFolder && folders.contains(entry.relative))
-            return Refuse(Tr(strings::kEntryBothFileFolder),
-                          entry.relative);
+            return Refuse(Tr(strings::kEntryBothFileFolder), entry.relative);
     }
     if (!hasXml) {
-        return Fail(Tr(strings::kPackageHoldsNoQuestionnaire)
-                        .arg(m_path, QLatin1String(kPackageXmlName)));
+        return Fail(
+            Tr(strings::kPackageHoldsNoQuestionnaire).arg(m_path, QLatin1String(kPackageXmlName)));
     }
     return true;
 }
@@ -228,14 +219,12 @@ bool PackageReader::CheckLayout() {
 bool PackageReader::Unpack(util::Progress* progress) {
     QString failed;
     if (!EmptyFolder(m_folder, failed)) {
-        return Fail(Tr(strings::kCannotEmptyWorkingFolder)
-                        .arg(m_folder, failed));
+        return Fail(Tr(strings::kCannotEmptyWorkingFolder).arg(m_folder, failed));
     }
     quint64 total = 0;
     for (const Entry& entry : m_entries)
         total += entry.size;
-    util::ProgressScope scope(progress, Tr(strings::kUnpackingQuestionnaire),
-                              qint64(total));
+    util::ProgressScope scope(progress, Tr(strings::kUnpackingQuestionnaire), qint64(total));
     m_progress = &scope;
     m_unpacked = 0;
     for (const Entry& entry : m_entries) {
@@ -253,8 +242,7 @@ bool PackageReader::Unpack(util::Progress* progress) {
 }
 
 bool PackageReader::RefuseLink(const QString& path) {
-    return Fail(Tr(strings::kCannotUnpackPackageInsideWorking)
-                    .arg(m_path, path));
+    return Fail(Tr(strings::kCannotUnpackPackageInsideWorking).arg(m_path, path));
 }
 
 bool PackageReader::MakeFolders(const QString& relative) {
@@ -267,8 +255,7 @@ bool PackageReader::MakeFolders(const QString& relative) {
         if (info.isDir())
             continue;
         if (info.exists() || !QDir().mkdir(path)) {
-            return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking)
-                            .arg(path, m_path));
+            return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(path, m_path));
         }
     }
     return true;
@@ -284,8 +271,8 @@ bool PackageReader::WriteEntry(const Entry& entry) {
     QFile file(target);
     // NewOnly creates the file or fails: it never opens a file or a link planted meanwhile.
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        return Fail(Tr(strings::kCannotCreateFileWhileUnpacking)
-                        .arg(target, m_path, file.errorString()));
+        return Fail(
+            Tr(strings::kCannotCreateFileWhileUnpacking).arg(target, m_path, file.errorString()));
     }
     const std::unique_ptr<zip_file_t, int (*)(zip_file_t*)> source(
         zip_fopen_index(m_zip, entry.index, 0), zip_fclose);

@@ -1,9 +1,9 @@
 #include "questionnaire/formats/PackageWriter.h"
 
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/ExchangePackage.h"
 #include "questionnaire/formats/PackageFiles.h"
 #include "util/Progress.h"
-#include "questionnaire/Strings.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -27,8 +27,7 @@ constexpr zip_uint32_t kDeflateLevel = 6;
 
 struct ProgressState {
     util::ProgressScope scope;
-    ProgressState(util::Progress* progress, const QString& what)
-        : scope(progress, what, 1000) {}
+    ProgressState(util::Progress* progress, const QString& what) : scope(progress, what, 1000) {}
 };
 
 } // namespace
@@ -87,8 +86,7 @@ bool PackageWriter::Begin() {
     int code = ZIP_ER_OK;
     m_zip = zip_open(ZipPath(m_temporary).constData(), ZIP_CREATE | ZIP_EXCL, &code);
     if (!m_zip) {
-        m_error =
-            Tr(strings::kCannotSavePackage).arg(m_target, ZipErrorText(code));
+        m_error = Tr(strings::kCannotSavePackage).arg(m_target, ZipErrorText(code));
         return false;
     }
     return true;
@@ -104,8 +102,8 @@ bool PackageWriter::Add(const QString& name, zip_source* source) {
     if (index >= 0 &&
         zip_set_file_compression(m_zip, zip_uint64_t(index), ZIP_CM_DEFLATE, kDeflateLevel) == 0)
         return true;
-    m_error = Tr(strings::kCannotAddPackage)
-                  .arg(name, m_target, QString::fromUtf8(zip_strerror(m_zip)));
+    m_error =
+        Tr(strings::kCannotAddPackage).arg(name, m_target, QString::fromUtf8(zip_strerror(m_zip)));
     return false;
 }
 
@@ -121,7 +119,9 @@ bool PackageWriter::Finish(util::Progress* progress) {
             nullptr, &state);
         zip_register_cancel_callback_with_state(
             m_zip,
-            [](zip_t*, void* data) { return static_cast<ProgressState*>(data)->scope.Cancelled() ? 1 : 0; },
+            [](zip_t*, void* data) {
+                return static_cast<ProgressState*>(data)->scope.Cancelled() ? 1 : 0;
+            },
             nullptr, &state);
     }
     if (zip_close(m_zip) != 0) {

@@ -24,8 +24,8 @@ enum QesStatus : quint16 {
     kQesNotAQuestionnaire = 3, // a table we need is missing
     kQesBadSchema = 4,         // a column is missing or has the wrong type
     kQesNewerFormat = 5,       // written by a program that knows a later format
-    kQesBadData = 6,           // a row holds something that cannot be (a duplicate id, a non-number)
-    kQesReadError = 7,         // the database failed while being read
+    kQesBadData = 6,   // a row holds something that cannot be (a duplicate id, a non-number)
+    kQesReadError = 7, // the database failed while being read
     kQesWrittenByOlderProgram = 9, // read; the file was last written by an older program
     kQesRowsSkipped = 10,          // read; rows about questions or responses that do not exist
 };

@@ -2,10 +2,10 @@
 
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/QesSchema.h"
 #include "util/Progress.h"
 #include "util/SqlConnection.h"
-#include "questionnaire/Strings.h"
 
 #include <QFileInfo>
 #include <QSqlError>
@@ -167,7 +167,8 @@ public:
                     return Stopped();
             }
             int index = 0;
-            if (kind < kComments || kind > kLongCaption || !m_q.FindQuestionById(questionId, index)) {
+            if (kind < kComments || kind > kLongCaption ||
+                !m_q.FindQuestionById(questionId, index)) {
                 ++skipped;
                 continue;
             }
@@ -188,11 +189,12 @@ public:
         int questions = 0;
         while (query.next()) {
             qint32 questionId = 0, responseId = 0, language = 0;
-            if (!Int(query, 0, questionId) || !Int(query, 1, responseId) || !Int(query, 2, language))
+            if (!Int(query, 0, questionId) || !Int(query, 1, responseId) ||
+                !Int(query, 2, language))
                 return false;
             if (!question || questionId != lastQuestion) {
-                question = m_q.FindQuestionById(questionId, index) ? m_q.GetAdrQuestion(index)
-                                                                   : nullptr;
+                question =
+                    m_q.FindQuestionById(questionId, index) ? m_q.GetAdrQuestion(index) : nullptr;
                 lastQuestion = questionId;
                 if (!progress.Advance(++questions))
                     return Stopped();
@@ -349,8 +351,7 @@ bool CQuestionnaire::Read(const QString& path, bool withCaptions, bool withRespo
     util::sql::Connection db;
     if (const util::Outcome opened = db.Open(path); !opened)
         return fail(kQesNotADatabase,
-                    Tr(strings::kFileQuestionnaireDatabase)
-                        .arg(path, opened.Reason()));
+                    Tr(strings::kFileQuestionnaireDatabase).arg(path, opened.Reason()));
     quint16 status = kQesOk;
     QString error;
     bool ok = true;
@@ -387,13 +388,11 @@ bool CQuestionnaire::Read(const QString& path, bool withCaptions, bool withRespo
     m_status = kQesOk;
     if (reader.skipped > 0) {
         m_status = kQesRowsSkipped;
-        m_lastError = Tr(strings::kRowsReferQuestionsResponsesRoutings)
-                          .arg(reader.skipped)
-                          .arg(path);
+        m_lastError =
+            Tr(strings::kRowsReferQuestionsResponsesRoutings).arg(reader.skipped).arg(path);
     } else if (reader.fileProgramVersion < programVersion) {
         m_status = kQesWrittenByOlderProgram;
-        m_lastError = Tr(strings::kLastSavedOlderVersionProgram)
-                          .arg(path);
+        m_lastError = Tr(strings::kLastSavedOlderVersionProgram).arg(path);
     }
     return m_status == kQesOk;
 }

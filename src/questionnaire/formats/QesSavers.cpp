@@ -1,9 +1,9 @@
 // Saving parts of a questionnaire into its existing database.
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/formats/QesSchema.h"
 #include "questionnaire/formats/QesWriter.h"
-#include "questionnaire/Strings.h"
 
 #include <QFileInfo>
 
@@ -31,8 +31,8 @@ CDBStructureAdo::~CDBStructureAdo() {
 }
 
 bool CDBStructureAdo::Failed(const char* operation, const Outcome& outcome) {
-    m_lastError = QStringLiteral("CDBStructureAdo::%1: %2")
-                      .arg(QLatin1String(operation), outcome.Reason());
+    m_lastError =
+        QStringLiteral("CDBStructureAdo::%1: %2").arg(QLatin1String(operation), outcome.Reason());
     return false;
 }
 
@@ -43,8 +43,7 @@ bool CDBStructureAdo::Open(bool createIfMissing) {
     m_lastError.clear();
     const bool exists = QFileInfo(m_path).isFile();
     if (!exists && !createIfMissing)
-        return Failed("Open", Outcome::Failure(
-                                  Tr(strings::kFileCannotFound).arg(m_path)));
+        return Failed("Open", Outcome::Failure(Tr(strings::kFileCannotFound).arg(m_path)));
     if (!exists) {
         if (const Outcome created = WriteQesFile(m_path, CQuestionnaire(), 0); !created)
             return Failed("Open", created);
@@ -55,7 +54,8 @@ bool CDBStructureAdo::Open(bool createIfMissing) {
         opened = qes::CheckSchema(m_db, status);
     if (!opened) {
         m_db.Close();
-        return Failed("Open", Outcome::Failure(QStringLiteral("'%1': %2").arg(m_path, opened.Reason())));
+        return Failed("Open",
+                      Outcome::Failure(QStringLiteral("'%1': %2").arg(m_path, opened.Reason())));
     }
     return true;
 }
@@ -76,8 +76,7 @@ template <class F> bool CDBStructureAdo::InTransaction(const char* operation, F&
 
 bool CDBStructureAdo::BeginTransaction() {
     if (!m_db.IsOpen())
-        return Failed("BeginTransaction",
-                      Outcome::Failure(Tr(strings::kDatabaseOpen)));
+        return Failed("BeginTransaction", Outcome::Failure(Tr(strings::kDatabaseOpen)));
     m_transaction = std::make_unique<util::sql::Transaction>(m_db);
     if (const Outcome begun = m_transaction->Begin(); !begun) {
         m_transaction.reset();
@@ -88,8 +87,7 @@ bool CDBStructureAdo::BeginTransaction() {
 
 bool CDBStructureAdo::CommitTransaction() {
     if (!m_transaction)
-        return Failed("CommitTransaction",
-                      Outcome::Failure(Tr(strings::kTransactionOpen)));
+        return Failed("CommitTransaction", Outcome::Failure(Tr(strings::kTransactionOpen)));
     const Outcome committed = m_transaction->Commit();
     m_transaction.reset();
     return committed ? true : Failed("CommitTransaction", committed);

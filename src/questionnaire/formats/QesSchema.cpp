@@ -1,7 +1,7 @@
 #include "questionnaire/formats/QesSchema.h"
 
-#include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/Strings.h"
+#include "questionnaire/formats/QesDatabase.h"
 
 #include <QHash>
 #include <QSqlError>
@@ -34,40 +34,68 @@ const std::vector<Table>& Tables() {
         {"format", {{"key", "TEXT"}, {"value", "TEXT"}}, "PRIMARY KEY (key)", ""},
         {"questionnaire",
          {{"id", "INTEGER"}, {"name", "TEXT"}, {"instructions_and_comments", "INTEGER"}},
-         "PRIMARY KEY (id), CHECK (id = 1)", ""},
+         "PRIMARY KEY (id), CHECK (id = 1)",
+         ""},
         {"languages",
-         {{"lcid", "INTEGER"}, {"position", "INTEGER"}, {"short_name", "TEXT"}, {"name", "TEXT"},
+         {{"lcid", "INTEGER"},
+          {"position", "INTEGER"},
+          {"short_name", "TEXT"},
+          {"name", "TEXT"},
           {"is_main", "INTEGER"}},
-         "PRIMARY KEY (lcid)", ""},
-        {"versions", {{"id", "INTEGER"}, {"position", "INTEGER"}, {"name", "TEXT"}},
-         "PRIMARY KEY (id)", ""},
+         "PRIMARY KEY (lcid)",
+         ""},
+        {"versions",
+         {{"id", "INTEGER"}, {"position", "INTEGER"}, {"name", "TEXT"}},
+         "PRIMARY KEY (id)",
+         ""},
         {"questions",
-         {{"id", "INTEGER"}, {"position", "INTEGER"}, {"shortcut", "TEXT"}, {"type", "INTEGER"},
-          {"visible", "INTEGER"}, {"on_screen", "INTEGER"}, {"on_paper", "INTEGER"},
-          {"parent_id", "INTEGER"}, {"versions", "TEXT"}},
-         "PRIMARY KEY (id)", ""},
+         {{"id", "INTEGER"},
+          {"position", "INTEGER"},
+          {"shortcut", "TEXT"},
+          {"type", "INTEGER"},
+          {"visible", "INTEGER"},
+          {"on_screen", "INTEGER"},
+          {"on_paper", "INTEGER"},
+          {"parent_id", "INTEGER"},
+          {"versions", "TEXT"}},
+         "PRIMARY KEY (id)",
+         ""},
         {"responses",
-         {{"question_id", "INTEGER"}, {"id", "INTEGER"}, {"position", "INTEGER"},
-          {"entry_code", "TEXT"}, {"versions", "TEXT"}},
-         "PRIMARY KEY (question_id, id)", ""},
+         {{"question_id", "INTEGER"},
+          {"id", "INTEGER"},
+          {"position", "INTEGER"},
+          {"entry_code", "TEXT"},
+          {"versions", "TEXT"}},
+         "PRIMARY KEY (question_id, id)",
+         ""},
         {"question_captions",
          {{"question_id", "INTEGER"}, {"kind", "INTEGER"}, {"lcid", "INTEGER"}, {"text", "TEXT"}},
-         "PRIMARY KEY (question_id, kind, lcid)", " WITHOUT ROWID"},
+         "PRIMARY KEY (question_id, kind, lcid)",
+         " WITHOUT ROWID"},
         {"response_captions",
-         {{"question_id", "INTEGER"}, {"response_id", "INTEGER"}, {"lcid", "INTEGER"},
+         {{"question_id", "INTEGER"},
+          {"response_id", "INTEGER"},
+          {"lcid", "INTEGER"},
           {"text", "TEXT"}},
-         "PRIMARY KEY (question_id, response_id, lcid)", " WITHOUT ROWID"},
+         "PRIMARY KEY (question_id, response_id, lcid)",
+         " WITHOUT ROWID"},
         {"routings",
-         {{"id", "INTEGER"}, {"position", "INTEGER"}, {"kind", "INTEGER"},
-          {"source_question_id", "INTEGER"}, {"target_question_id", "INTEGER"},
+         {{"id", "INTEGER"},
+          {"position", "INTEGER"},
+          {"kind", "INTEGER"},
+          {"source_question_id", "INTEGER"},
+          {"target_question_id", "INTEGER"},
           {"condition", "TEXT"}},
-         "PRIMARY KEY (id)", ""},
+         "PRIMARY KEY (id)",
+         ""},
         {"routing_messages",
          {{"routing_id", "INTEGER"}, {"lcid", "INTEGER"}, {"text", "TEXT"}},
-         "PRIMARY KEY (routing_id, lcid)", " WITHOUT ROWID"},
+         "PRIMARY KEY (routing_id, lcid)",
+         " WITHOUT ROWID"},
         {"system_messages",
          {{"number", "INTEGER"}, {"lcid", "INTEGER"}, {"text", "TEXT"}},
-         "PRIMARY KEY (number, lcid), CHECK (number BETWEEN 2 AND 43)", " WITHOUT ROWID"},
+         "PRIMARY KEY (number, lcid), CHECK (number BETWEEN 2 AND 43)",
+         " WITHOUT ROWID"},
     };
     return tables;
 }
@@ -97,17 +125,16 @@ util::Outcome CheckTable(util::sql::Connection& db, const Table& table, quint16&
     if (types.isEmpty()) {
         status = kQesNotAQuestionnaire;
         return util::Outcome::Failure(
-            Tr(strings::kTableMissingQuestionnaireDatabase)
-                .arg(QLatin1String(table.name)));
+            Tr(strings::kTableMissingQuestionnaireDatabase).arg(QLatin1String(table.name)));
     }
     for (const Column& column : table.columns) {
         const auto it = types.constFind(QLatin1String(column.name));
         if (it == types.constEnd() || *it != QLatin1String(column.type)) {
             status = kQesBadSchema;
-            return util::Outcome::Failure(
-                Tr(strings::kColumnMissingType)
-                    .arg(QLatin1String(table.name), QLatin1String(column.name),
-                         QLatin1String(column.type)));
+            return util::Outcome::Failure(Tr(strings::kColumnMissingType)
+                                              .arg(QLatin1String(table.name),
+                                                   QLatin1String(column.name),
+                                                   QLatin1String(column.type)));
         }
     }
     return {};
@@ -144,9 +171,7 @@ util::Outcome CheckSchema(util::sql::Connection& db, quint16& status) {
     if (format > kFormatVersion) {
         status = kQesNewerFormat;
         return util::Outcome::Failure(
-            Tr(strings::kDatabaseHasFormatWrittenNewer)
-                .arg(format)
-                .arg(kFormatVersion));
+            Tr(strings::kDatabaseHasFormatWrittenNewer).arg(format).arg(kFormatVersion));
     }
     return {};
 }

@@ -2,12 +2,12 @@
 
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/formats/QesSchema.h"
 #include "util/FileSystem.h"
 #include "util/Progress.h"
 #include "util/SqlConnection.h"
-#include "questionnaire/Strings.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -105,7 +105,8 @@ Outcome WriteRoutings(util::sql::Connection& db, const CQuestionnaire& q) {
 Outcome WriteStructure(util::sql::Connection& db, const CQuestionnaire& q) {
     Inserter head(db, QStringLiteral("INSERT INTO questionnaire VALUES (1, ?, ?)"));
     Inserter version(db, QStringLiteral("INSERT INTO versions VALUES (?, ?, ?)"));
-    Inserter question(db, QStringLiteral("INSERT INTO questions VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    Inserter question(db,
+                      QStringLiteral("INSERT INTO questions VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     Inserter response(db, QStringLiteral("INSERT INTO responses VALUES (?, ?, ?, ?, ?)"));
     if (!head.Row(q.GetName(), int(q.IsAllowingInstructionAndComment())))
         return head.Result();
@@ -173,8 +174,7 @@ util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 
         outcome = util::Outcome::Failure(renameError);
     if (!outcome) {
         QFile::remove(temporary);
-        return util::Outcome::Failure(
-            Tr(strings::kCannotWriteFile).arg(path, outcome.Reason()));
+        return util::Outcome::Failure(Tr(strings::kCannotWriteFile).arg(path, outcome.Reason()));
     }
     return {};
 }

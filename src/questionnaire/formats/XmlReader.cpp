@@ -1,12 +1,12 @@
 // Reads the XML form of a questionnaire (format 1, see docs/formats.md).
 #include "questionnaire/Markup.h"
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/XmlFile.h"
 #include "questionnaire/formats/XmlScanner.h"
 #include "questionnaire/formats/XmlText.h"
 #include "util/Progress.h"
 #include "util/TextFile.h"
-#include "questionnaire/Strings.h"
 
 #include <QFile>
 
@@ -25,8 +25,7 @@ namespace {
 class XmlIn {
 public:
     XmlIn(XmlScanner& scanner, CQuestionnaire& q, util::Progress* progress, qint64 total)
-        : m_in(scanner), m_q(q), m_progress(progress, Tr(strings::kReadingQuestionnaire),
-                                            total) {}
+        : m_in(scanner), m_q(q), m_progress(progress, Tr(strings::kReadingQuestionnaire), total) {}
 
     bool Read() {
         if (!ReadRoot())
@@ -52,9 +51,7 @@ public:
         return m_in.Finish();
     }
 
-    QString Error() const {
-        return m_stopped ? Tr(strings::kXmlReadingStopped) : m_in.Error();
-    }
+    QString Error() const { return m_stopped ? Tr(strings::kXmlReadingStopped) : m_in.Error(); }
 
 private:
     bool Fail(const QString& message) { return m_in.Fail(message); }
@@ -264,11 +261,20 @@ private:
             if (!Text(language, text))
                 return false;
             switch (kind) {
-            case QuestionText::Long: qn.SetLocalisedLongCaption(language, text); break;
-            case QuestionText::Short: qn.SetLocalisedShortCaption(language, text); break;
-            case QuestionText::Instructions: qn.SetLocalisedInstructions(language, text); break;
-            case QuestionText::Comments: qn.SetLocalisedComments(language, text); break;
-            case QuestionText::None: break;
+            case QuestionText::Long:
+                qn.SetLocalisedLongCaption(language, text);
+                break;
+            case QuestionText::Short:
+                qn.SetLocalisedShortCaption(language, text);
+                break;
+            case QuestionText::Instructions:
+                qn.SetLocalisedInstructions(language, text);
+                break;
+            case QuestionText::Comments:
+                qn.SetLocalisedComments(language, text);
+                break;
+            case QuestionText::None:
+                break;
             }
         }
         if (m_in.Failed())
@@ -310,9 +316,7 @@ private:
             return false;
         const qint32 id = response->m_id;
         if (question.AddModalite(std::move(response)) < 0)
-            return Fail(Tr(strings::kResponseIdUsedTwiceQuestion)
-                            .arg(id)
-                            .arg(question.m_id));
+            return Fail(Tr(strings::kResponseIdUsedTwiceQuestion).arg(id).arg(question.m_id));
         return true;
     }
 
@@ -392,8 +396,7 @@ util::Outcome ReadXmlFile(const QString& path, CQuestionnaire& q, util::Progress
     } else {
         const QByteArray bytes = head + file.readAll();
         if (file.error() != QFileDevice::NoError)
-            return fail(
-                Tr(strings::kCannotReadFile).arg(path, file.errorString()));
+            return fail(Tr(strings::kCannotReadFile).arg(path, file.errorString()));
         const QString text = util::DecodeText(bytes);
         XmlScanner scanner(text);
         read = ReadXmlDocument(scanner, q, progress, text.size());

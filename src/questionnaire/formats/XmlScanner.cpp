@@ -1,7 +1,7 @@
 #include "questionnaire/formats/XmlScanner.h"
 
-#include "util/TextFile.h"
 #include "questionnaire/Strings.h"
+#include "util/TextFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -58,8 +58,7 @@ const char16_t* FindTextStop(const char16_t* p, const char16_t* end) {
         const __m128i control = _mm_cmpeq_epi16(_mm_subs_epu16(c, belowSpace), zero);
         const __m128i markup =
             _mm_or_si128(_mm_cmpeq_epi16(c, lessThan), _mm_cmpeq_epi16(c, ampersand));
-        const __m128i surrogates =
-            _mm_cmpeq_epi16(_mm_and_si128(c, surrogateMask), surrogate);
+        const __m128i surrogates = _mm_cmpeq_epi16(_mm_and_si128(c, surrogateMask), surrogate);
         const __m128i beyond =
             _mm_xor_si128(_mm_cmpeq_epi16(_mm_subs_epu16(c, lastAllowed), zero), ones);
         const __m128i hits =
@@ -285,8 +284,7 @@ bool XmlScanner::ReadAttributes(size_t& at) {
             return false;
         for (const AttributeSpan& other : m_attributes)
             if (View(other.name) == View(attribute.name))
-                return Fail(Tr(strings::kAttributeGivenTwice)
-                                .arg(View(attribute.name)));
+                return Fail(Tr(strings::kAttributeGivenTwice).arg(View(attribute.name)));
         m_attributes.push_back(attribute);
     }
 }
@@ -372,8 +370,7 @@ bool XmlScanner::CheckCharacters(size_t from, size_t to) {
             continue;
         }
         m_pos = from; // near enough for the message
-        return Fail(Tr(strings::kCharacterUAllowedXML)
-                        .arg(uint(c), 4, 16, QLatin1Char('0')));
+        return Fail(Tr(strings::kCharacterUAllowedXML).arg(uint(c), 4, 16, QLatin1Char('0')));
     }
     return true;
 }
@@ -468,8 +465,7 @@ bool XmlScanner::CloseElement() {
     const size_t start = m_openStarts.back();
     const QStringView open(m_openNames.data() + start, qsizetype(m_openNames.size() - start));
     if (open != Name())
-        return Fail(Tr(strings::kEndTagDoesMatchStart)
-                        .arg(Name(), open));
+        return Fail(Tr(strings::kEndTagDoesMatchStart).arg(Name(), open));
     m_openNames.resize(start);
     m_openStarts.pop_back();
     m_rootClosed = m_openStarts.empty();
@@ -538,8 +534,8 @@ bool XmlScanner::AppendReference(const char16_t*& p, const char16_t* end, QStrin
     static constexpr struct {
         const char16_t* name;
         char16_t value;
-    } kPredefined[] = {{u"lt", u'<'}, {u"gt", u'>'}, {u"amp", u'&'}, {u"quot", u'"'},
-                       {u"apos", u'\''}};
+    } kPredefined[] = {
+        {u"lt", u'<'}, {u"gt", u'>'}, {u"amp", u'&'}, {u"quot", u'"'}, {u"apos", u'\''}};
     for (const auto& entity : kPredefined) {
         if (name == QStringView(entity.name)) {
             out.append(QChar(entity.value));
@@ -659,8 +655,7 @@ bool XmlScanner::ReadText(QString& text) {
                 return Fail(Tr(strings::kElementWhereOnlyTextExpected));
             }
         } else {
-            return Fail(Tr(strings::kCharacterUAllowedXML)
-                            .arg(uint(c), 4, 16, QLatin1Char('0')));
+            return Fail(Tr(strings::kCharacterUAllowedXML).arg(uint(c), 4, 16, QLatin1Char('0')));
         }
     }
 }

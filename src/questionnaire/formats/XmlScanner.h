@@ -96,13 +96,13 @@ private:
 
     util::TextFileReader* m_reader = nullptr;
     std::vector<char16_t> m_buffer;
-    size_t m_pos = 0;      // next character to read
-    size_t m_end = 0;      // characters held
-    bool m_atEnd = false;  // the whole text is in the buffer
+    size_t m_pos = 0;     // next character to read
+    size_t m_end = 0;     // characters held
+    bool m_atEnd = false; // the whole text is in the buffer
     bool m_readFailed = false;
 
     Span m_name;
-    bool m_emptyElement = false; // the current start tag ends with "/>"
+    bool m_emptyElement = false;    // the current start tag ends with "/>"
     bool m_startTagPending = false; // a start tag whose element has not been entered yet
     std::vector<AttributeSpan> m_attributes;
     std::vector<char16_t> m_openNames; // the names of the open elements, one after the other

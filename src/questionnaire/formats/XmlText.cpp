@@ -81,20 +81,26 @@ bool FromHex(QStringView hex, QString& text) {
 
 QLatin1StringView TypeName(QuestionType type) {
     switch (type) {
-    case QuestionType::Information: return QLatin1StringView("information");
-    case QuestionType::OpenText: return QLatin1StringView("text");
-    case QuestionType::Numeric: return QLatin1StringView("numeric");
-    case QuestionType::Date: return QLatin1StringView("date");
-    case QuestionType::SingleChoice: return QLatin1StringView("single");
-    case QuestionType::MultipleChoice: return QLatin1StringView("multiple");
+    case QuestionType::Information:
+        return QLatin1StringView("information");
+    case QuestionType::OpenText:
+        return QLatin1StringView("text");
+    case QuestionType::Numeric:
+        return QLatin1StringView("numeric");
+    case QuestionType::Date:
+        return QLatin1StringView("date");
+    case QuestionType::SingleChoice:
+        return QLatin1StringView("single");
+    case QuestionType::MultipleChoice:
+        return QLatin1StringView("multiple");
     }
     return QLatin1StringView("single");
 }
 
 bool TypeFromName(QStringView name, QuestionType& type) {
-    for (QuestionType t : {QuestionType::Information, QuestionType::OpenText, QuestionType::Numeric,
-                           QuestionType::Date, QuestionType::SingleChoice,
-                           QuestionType::MultipleChoice}) {
+    for (QuestionType t :
+         {QuestionType::Information, QuestionType::OpenText, QuestionType::Numeric,
+          QuestionType::Date, QuestionType::SingleChoice, QuestionType::MultipleChoice}) {
         if (name == TypeName(t)) {
             type = t;
             return true;

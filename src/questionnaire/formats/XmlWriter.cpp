@@ -1,11 +1,11 @@
 // Writes the XML form of a questionnaire (format 1, see docs/formats.md).
 #include "questionnaire/Markup.h"
 #include "questionnaire/Questionnaire.h"
+#include "questionnaire/Strings.h"
 #include "questionnaire/formats/XmlFile.h"
 #include "questionnaire/formats/XmlText.h"
 #include "util/CharScan.h"
 #include "util/Progress.h"
-#include "questionnaire/Strings.h"
 
 #include <QSaveFile>
 
@@ -29,7 +29,9 @@ constexpr size_t kPieceChars = size_t(1) << 18;
 // that a questionnaire of hundreds of megabytes is never held whole as text.
 class XmlOut {
 public:
-    explicit XmlOut(const XmlTextSink& sink) : m_sink(sink) { m_buffer.reserve(kPieceChars + 1024); }
+    explicit XmlOut(const XmlTextSink& sink) : m_sink(sink) {
+        m_buffer.reserve(kPieceChars + 1024);
+    }
 
     void Open(QLatin1StringView name) {
         CloseStartTag();
@@ -179,13 +181,27 @@ private:
             if (hit == end)
                 return;
             switch (*hit) {
-            case u'&': Put(QLatin1StringView("&amp;")); break;
-            case u'<': Put(QLatin1StringView("&lt;")); break;
-            case u'>': Put(QLatin1StringView("&gt;")); break;
-            case u'\r': Put(QLatin1StringView("&#13;")); break;
-            case u'"': Put(QLatin1StringView("&quot;")); break;
-            case u'\n': Put(QLatin1StringView("&#10;")); break;
-            case u'\t': Put(QLatin1StringView("&#9;")); break;
+            case u'&':
+                Put(QLatin1StringView("&amp;"));
+                break;
+            case u'<':
+                Put(QLatin1StringView("&lt;"));
+                break;
+            case u'>':
+                Put(QLatin1StringView("&gt;"));
+                break;
+            case u'\r':
+                Put(QLatin1StringView("&#13;"));
+                break;
+            case u'"':
+                Put(QLatin1StringView("&quot;"));
+                break;
+            case u'\n':
+                Put(QLatin1StringView("&#10;"));
+                break;
+            case u'\t':
+                Put(QLatin1StringView("&#9;"));
+                break;
             }
             s = hit + 1;
         }
@@ -251,8 +267,9 @@ void WriteHead(XmlOut& out, const CQuestionnaire& q) {
     out.Open(QLatin1StringView("questionnaire"));
     out.Attribute(QLatin1StringView("format"), kFormatVersion);
     out.StringAttribute(QLatin1StringView("name"), q.GetName());
-    out.Attribute(QLatin1StringView("instructionsAndComments"),
-                  q.IsAllowingInstructionAndComment() ? QStringView(u"true") : QStringView(u"false"));
+    out.Attribute(QLatin1StringView("instructionsAndComments"), q.IsAllowingInstructionAndComment()
+                                                                    ? QStringView(u"true")
+                                                                    : QStringView(u"false"));
 
     out.Open(QLatin1StringView("languages"));
     for (int i = 0; i < q.GetLanguageCount(); ++i) {
@@ -316,8 +333,7 @@ bool WriteQuestionnaireXml(const CQuestionnaire& q, bool includeTexts, bool incl
     XmlOut out(sink);
     WriteHead(out, q);
     out.Open(QLatin1StringView("questions"));
-    util::ProgressScope scope(progress, Tr(strings::kWritingQuestionnaire),
-                              q.GetNbreQuestion());
+    util::ProgressScope scope(progress, Tr(strings::kWritingQuestionnaire), q.GetNbreQuestion());
     for (int i = 0; i < q.GetNbreQuestion() && out.Ok(); ++i) {
         if (!scope.Advance(i))
             return false;
@@ -347,12 +363,10 @@ bool WriteXmlDocument(const CQuestionnaire& q, bool includeTexts, bool includeRo
            WriteQuestionnaireXml(q, includeTexts, includeRoutings, bytes, progress);
 }
 
-util::Outcome WriteXmlFile(const QString& path, const CQuestionnaire& q,
-                           util::Progress* progress) {
+util::Outcome WriteXmlFile(const QString& path, const CQuestionnaire& q, util::Progress* progress) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return util::Outcome::Failure(
-            Tr(strings::kCannotCreateFile).arg(path, file.errorString()));
+        return util::Outcome::Failure(Tr(strings::kCannotCreateFile).arg(path, file.errorString()));
     const bool written = WriteXmlDocument(
         q, true, true,
         [&file](const char* data, qint64 size) { return file.write(data, size) == size; },
@@ -360,8 +374,7 @@ util::Outcome WriteXmlFile(const QString& path, const CQuestionnaire& q,
     if (!written || !file.commit()) {
         if (!written && progress && file.error() == QFileDevice::NoError)
             return util::Outcome::Failure(Tr(strings::kSavingStopped).arg(path));
-        return util::Outcome::Failure(
-            Tr(strings::kCannotWriteFile).arg(path, file.errorString()));
+        return util::Outcome::Failure(Tr(strings::kCannotWriteFile).arg(path, file.errorString()));
     }
     return {};
 }

@@ -19,8 +19,8 @@ util::Outcome QesStore::SaveWhole(const QString& path, const CQuestionnaire& q,
     return WriteQesFile(path, q, context.programVersion, context.progress);
 }
 
-util::Outcome QesStore::SaveParts(const QString& path, const CQuestionnaire& q, questionnaire::SaveParts parts,
-                                  const StoreContext&) {
+util::Outcome QesStore::SaveParts(const QString& path, const CQuestionnaire& q,
+                                  questionnaire::SaveParts parts, const StoreContext&) {
     CDBStructureAdo db(CDBStructureAdo::GetQesConnectionString(path));
     // The parts go in one transaction: a save that fails or is killed half-way leaves the file
     // as it was.

@@ -12,8 +12,8 @@ public:
                        const StoreContext& context) override;
     util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
                             const StoreContext& context) override;
-    util::Outcome SaveParts(const QString& path, const CQuestionnaire& q, questionnaire::SaveParts parts,
-                            const StoreContext& context) override;
+    util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
+                            questionnaire::SaveParts parts, const StoreContext& context) override;
     bool CopiesBeforeSaveAs() const override { return true; }
 };
 

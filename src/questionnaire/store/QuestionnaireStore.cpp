@@ -1,8 +1,8 @@
 #include "questionnaire/store/QuestionnaireStore.h"
 
+#include "questionnaire/Strings.h"
 #include "questionnaire/store/PackageStore.h"
 #include "questionnaire/store/QesStore.h"
-#include "questionnaire/Strings.h"
 #include "questionnaire/store/XmlStore.h"
 
 #include <QCoreApplication>
@@ -48,9 +48,7 @@ std::unique_ptr<QuestionnaireStore> StoreRegistry::Create(const QString& path,
     const Entry* entry = Find(path);
     if (entry->factory)
         return entry->factory();
-    refusal = entry->refusal.isEmpty()
-                  ? Tr(strings::kNoStore).arg(path)
-                  : entry->refusal;
+    refusal = entry->refusal.isEmpty() ? Tr(strings::kNoStore).arg(path) : entry->refusal;
     return nullptr;
 }
 
@@ -63,7 +61,8 @@ StoreRegistry StandardStores() {
                     [] { return std::make_unique<XmlStore>(); });
     stores.RegisterRefused(QStringLiteral("qew"), qint16(FileType::Campaign),
                            Tr(strings::kCampaignNotSupported));
-    stores.RegisterFallback(qint16(FileType::Database), [] { return std::make_unique<QesStore>(); });
+    stores.RegisterFallback(qint16(FileType::Database),
+                            [] { return std::make_unique<QesStore>(); });
     return stores;
 }
 

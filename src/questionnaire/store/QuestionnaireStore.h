@@ -57,8 +57,8 @@ public:
                                     const StoreContext& context) = 0;
     // Writes these parts into the existing file and keeps everything else the file holds. A
     // store whose files are always written whole writes them whole.
-    virtual util::Outcome SaveParts(const QString& path, const CQuestionnaire& q, questionnaire::SaveParts parts,
-                                    const StoreContext& context) {
+    virtual util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
+                                    questionnaire::SaveParts parts, const StoreContext& context) {
         Q_UNUSED(parts);
         return SaveWhole(path, q, context);
     }
