@@ -24,6 +24,20 @@ bool CopyOver(const QString& source, const QString& target) {
     return false;
 }
 
+// What the stores need from the application; `stamped` hears of each working folder prepared.
+questionnaire::StoreContext StoreContextFor(const AppContext& app, util::Progress* progress,
+                                            std::function<void(const QString&)> stamped) {
+    questionnaire::StoreContext context;
+    context.programVersion = AppContext::ProgramVersion();
+    context.workingFolder = [&app, stamped](const QString& path) {
+        if (stamped)
+            stamped(path);
+        return exchange::PrepareWorkingFolder(app.stamps, path);
+    };
+    context.progress = progress;
+    return context;
+}
+
 util::Outcome LoadWith(questionnaire::QuestionnaireStore& store, const QString& path,
                        CQuestionnaire& q, const questionnaire::StoreContext& context) {
     util::Outcome loaded = store.Load(path, q, context);
@@ -45,13 +59,7 @@ util::Outcome LoadQuestionnaire(const AppContext& app, const QString& path, CQue
         q.SetLastError(refusal);
         return util::Outcome::Failure(refusal);
     }
-    questionnaire::StoreContext context;
-    context.programVersion = AppContext::ProgramVersion();
-    context.workingFolder = [&app](const QString& file) {
-        return exchange::PrepareWorkingFolder(app.stamps, file);
-    };
-    context.progress = progress;
-    return LoadWith(*store, path, q, context);
+    return LoadWith(*store, path, q, StoreContextFor(app, progress, {}));
 }
 
 QuestionnaireDocument::QuestionnaireDocument(AppContext& app, util::Messages& messages,
@@ -66,15 +74,9 @@ QuestionnaireDocument::~QuestionnaireDocument() {
 }
 
 questionnaire::StoreContext QuestionnaireDocument::Context() {
-    questionnaire::StoreContext context;
-    context.programVersion = AppContext::ProgramVersion();
-    context.workingFolder = [this](const QString& path) {
-        // Remembered, so that the folder is cleaned when the questionnaire goes.
-        m_stampedPath = path;
-        return exchange::PrepareWorkingFolder(m_app.stamps, path);
-    };
-    context.progress = m_progress;
-    return context;
+    // The stamped file is remembered, so that its folder is cleaned when the questionnaire goes.
+    return StoreContextFor(m_app, m_progress,
+                           [this](const QString& path) { m_stampedPath = path; });
 }
 
 bool QuestionnaireDocument::Report(const util::Outcome& outcome, bool interactive) {

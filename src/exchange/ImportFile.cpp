@@ -282,12 +282,16 @@ void Importer::WriteIfDifferent(qint32 questionId, qint32 responseId, qint32 lan
         m_index->Moved(captionIndex, current);
 }
 
+// Unescaping strips the quotes of a cell that both begins and ends with one.
+bool QuoteEnclosed(QStringView text) {
+    return !text.isEmpty() && text.front() == u'"' && text.back() == u'"';
+}
+
 // The cell as the import reads it after `times` rounds of unescaping. Most cells need none and
 // are read in place; the others are decoded into `scratch`.
 QStringView Decoded(const CutCell& cell, int times, QString& scratch) {
     const QStringView text = cell.text;
-    const bool quoteEnclosed = !text.isEmpty() && text.front() == u'"' && text.back() == u'"';
-    if (times == 0 || (!cell.backslash && !quoteEnclosed))
+    if (times == 0 || (!cell.backslash && !QuoteEnclosed(text)))
         return text;
     UnescapeCellInto(text, scratch);
     for (int i = 1; i < times; ++i)
@@ -374,7 +378,7 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
 // A cell that neither holds a backslash nor both begins and ends with a double quote reads the
 // same however many times it is decoded.
 bool DecodesToItself(QStringView text) {
-    if (!text.isEmpty() && text.front() == u'"' && text.back() == u'"')
+    if (QuoteEnclosed(text))
         return false;
     const char16_t* begin = text.utf16();
     return util::FindFirstOf<u'\\'>(begin, begin + text.size()) == begin + text.size();
@@ -400,8 +404,7 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         cell.text = cut.text;
         cell.inDecoded = false;
         cell.written = QString();
-        cell.final = !cut.backslash &&
-                     !(!cut.text.isEmpty() && cut.text.front() == u'"' && cut.text.back() == u'"');
+        cell.final = !cut.backslash && !QuoteEnclosed(cut.text);
         cell.finalFromStart = cell.final;
         cell.byGroup = false;
     }

@@ -206,18 +206,21 @@ private:
         return m_in.SkipElement();
     }
 
-    enum class QuestionText { Long, Short, Instructions, Comments, None };
+    using QuestionSetter = void (CQuestion::*)(qint32, const QString&);
 
-    static QuestionText QuestionTextOf(QStringView name) {
-        if (name == u"long")
-            return QuestionText::Long;
-        if (name == u"short")
-            return QuestionText::Short;
-        if (name == u"instructions")
-            return QuestionText::Instructions;
-        if (name == u"comments")
-            return QuestionText::Comments;
-        return QuestionText::None;
+    // The setter of a question's text element, null for another element.
+    static QuestionSetter QuestionTextOf(QStringView name) {
+        static const struct {
+            const char16_t* name;
+            QuestionSetter set;
+        } kTexts[] = {{u"long", &CQuestion::SetLocalisedLongCaption},
+                      {u"short", &CQuestion::SetLocalisedShortCaption},
+                      {u"instructions", &CQuestion::SetLocalisedInstructions},
+                      {u"comments", &CQuestion::SetLocalisedComments}};
+        for (const auto& text : kTexts)
+            if (name == QStringView(text.name))
+                return text.set;
+        return nullptr;
     }
 
     bool ReadQuestion() {
@@ -250,8 +253,8 @@ private:
                     return false;
                 continue;
             }
-            const QuestionText kind = QuestionTextOf(name);
-            if (kind == QuestionText::None) {
+            const QuestionSetter set = QuestionTextOf(name);
+            if (!set) {
                 if (!m_in.SkipElement())
                     return false;
                 continue;
@@ -260,22 +263,7 @@ private:
             QString text;
             if (!Text(language, text))
                 return false;
-            switch (kind) {
-            case QuestionText::Long:
-                qn.SetLocalisedLongCaption(language, text);
-                break;
-            case QuestionText::Short:
-                qn.SetLocalisedShortCaption(language, text);
-                break;
-            case QuestionText::Instructions:
-                qn.SetLocalisedInstructions(language, text);
-                break;
-            case QuestionText::Comments:
-                qn.SetLocalisedComments(language, text);
-                break;
-            case QuestionText::None:
-                break;
-            }
+            (qn.*set)(language, text);
         }
         if (m_in.Failed())
             return false;
