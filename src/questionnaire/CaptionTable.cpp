@@ -117,13 +117,11 @@ bool CaptionTable::WriteBack(qsizetype row, int column, const QString& typed) {
 
 // False when nothing changed.
 bool CaptionTable::WriteSystemMessage(qint32 number, qint32 language, const QString& text) {
-    if (number < kFirstSystemMessage)
-        return false; // numbers 0 and 1 are never written
-    if (text == m_q->GetErrorMessage(language, number))
+    // Numbers 0 and 1 are never written; a text typed back unchanged changes nothing. Otherwise
+    // the caption write customises the message, or returns it to its standard text.
+    if (number < kFirstSystemMessage || text == m_q->GetErrorMessage(language, number))
         return false;
-    const bool custom =
-        !text.isEmpty() && text != CQuestionnaire::GetStandardErrorMessage(language, number);
-    m_q->SetCustomErrorMessage(language, number, custom ? text : QString());
+    WriteCaption(*m_q, kSystemMessageMarker, number, language, text);
     return true;
 }
 

@@ -94,16 +94,22 @@ protected:
 TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
     CQuestionnaire original;
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, original));
-    const QStringList types = {QStringLiteral("xml"), QStringLiteral("qes"), QStringLiteral("qex")};
+    // Names with spaces and accented letters, and a database without an extension.
+    const QString folder = Path(QStringLiteral("Études clients 2026"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    const QStringList types = {QStringLiteral("xml"), QStringLiteral("qes"), QStringLiteral("qex"),
+                               QString()};
     for (const QString& from : types) {
-        const QString source = Path(QStringLiteral("source.") + from);
+        const QString source =
+            folder + QStringLiteral("/Enquête source ü") + (from.isEmpty() ? QString() : QLatin1Char('.') + from);
         {
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(kExample));
             ASSERT_TRUE(document.Save(source)) << m_messages.messages.join(u'\n').toStdString();
         }
         for (const QString& to : types) {
-            const QString target = Path(QStringLiteral("%1-to-%2.%2").arg(from, to));
+            const QString target = folder + QStringLiteral("/%1 to %2").arg(from, to) +
+                                   (to.isEmpty() ? QString() : QLatin1Char('.') + to);
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(source));
             ASSERT_TRUE(document.Save(target)) << from.toStdString() << " -> " << to.toStdString();

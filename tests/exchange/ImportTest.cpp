@@ -127,6 +127,35 @@ TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
     EXPECT_EQ(Import(QString::fromLatin1(kHeader) + rows + QChar(0) + QStringLiteral("tail")), 2);
 }
 
+TEST_F(ImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
+    const QString huge = m_dir.filePath(QStringLiteral("huge.txt"));
+    {
+        QFile file(huge);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("\xFF\xFE", 2);
+        ASSERT_TRUE(file.resize(qint64(2) << 30)); // sparse: costs no disk
+    }
+    const CQuestionnaire before = m_q;
+    EXPECT_EQ(ImportPath(huge), -10);
+    EXPECT_TRUE(m_messages.messages.value(0).contains(QLatin1String("larger than 1 GiB")));
+    EXPECT_EQ(m_q, before);
+    // One line of 100 MB: read, cut and written like any other.
+    const QString caption = QStringLiteral("x").repeated(50 * 1000 * 1000);
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-1\tHow satisfied are you?\t") +
+                     caption),
+              1);
+    EXPECT_EQ(ReadCaption(m_q, 10, -1, kFrench).size(), caption.size());
+    // A lone surrogate is a code unit like any other; the first zero ends the text.
+    const QString lone = QStringLiteral("a") + QChar(0xDC00) + QStringLiteral("b");
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-2\tSatisfaction\t") + lone +
+                     QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
+                     QStringLiteral("\r\n10\t-3\t\tlost\r\n")),
+              2);
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), lone);
+    EXPECT_EQ(ReadCaption(m_q, 10, -4, kFrench), QStringLiteral("before zero"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -3, kFrench), QString());
+}
+
 TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
     const QString text = QString::fromLatin1(kHeader) +
                          QStringLiteral("10\t-1\tHow satisfied are you?\tÊtes-vous satisfait ?\r\n"

@@ -68,11 +68,4 @@ TEST_F(StampProcessTest, LastInstanceToCleanRemovesTheFolder) {
     EXPECT_FALSE(QFileInfo::exists(m_folder));
 }
 
-TEST_F(StampProcessTest, StampOlderThanThreeHoursNoLongerProtects) {
-    ASSERT_NO_FATAL_FAILURE(Run(QStringLiteral("prepare"), 1));
-    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("questionnaire.xml"), "<q/>"));
-    ASSERT_NO_FATAL_FAILURE(Run(QStringLiteral("clean"), 2, kFourHours));
-    EXPECT_FALSE(QFileInfo::exists(m_folder));
-}
-
 } // namespace

@@ -47,12 +47,6 @@ TEST(WorkingFolderName, CutsThePathAtItsLastDot) {
         EXPECT_EQ(exchange::WorkingFolderOf(c.path), c.folder) << c.path.toStdString();
 }
 
-TEST(WorkingFolderName, StampNamesCarryTheNumberInDecimal) {
-    EXPECT_EQ(exchange::StampFileName(123), QStringLiteral("stamp123.stp"));
-    EXPECT_EQ(exchange::StampFileName(0), QStringLiteral("stamp0.stp"));
-    EXPECT_EQ(exchange::StampFileName(-7), QStringLiteral("stamp-7.stp"));
-}
-
 class WorkingFolderTest : public ::testing::Test {
 protected:
     void SetUp() override {

@@ -101,27 +101,6 @@ TEST(CaptionAccess, WritesReachTheRightCaptionAndIgnoreUnknownIds) {
     EXPECT_EQ(q.GetFiltre(2).GetLocalisedMessage(testutil::kGerman), QStringLiteral("Weiter"));
 }
 
-TEST(CaptionAccess, SystemMessageWritesCustomiseOrRestoreTheStandardText) {
-    CQuestionnaire q = testutil::MakeSample();
-    const QString standard = CQuestionnaire::GetStandardErrorMessage(kEnglish, 3);
-    ASSERT_FALSE(standard.isEmpty());
-
-    WriteCaption(q, -1, 4, kEnglish, QStringLiteral("Custom four"));
-    EXPECT_EQ(q.GetCustomErrorMessages(4).Get(kEnglish), QStringLiteral("Custom four"));
-    // Writing the standard text back removes the customisation.
-    WriteCaption(q, -1, 3, kEnglish, standard);
-    EXPECT_FALSE(q.GetCustomErrorMessages(3).Has(kEnglish));
-    EXPECT_EQ(ReadCaption(q, -1, 3, kEnglish), standard);
-    // So does an empty text: the message falls back to its standard text.
-    WriteCaption(q, -1, 4, kEnglish, QString());
-    EXPECT_FALSE(q.GetCustomErrorMessages(4).Has(kEnglish));
-    EXPECT_EQ(ReadCaption(q, -1, 4, kEnglish), CQuestionnaire::GetStandardErrorMessage(kEnglish, 4));
-    // Writing the standard text when nothing is customised changes nothing.
-    const CQuestionnaire before = q;
-    WriteCaption(q, -1, 5, kEnglish, CQuestionnaire::GetStandardErrorMessage(kEnglish, 5));
-    EXPECT_EQ(q, before);
-}
-
 TEST(SystemMessages, LanguagesFallBackToEnglish) {
     for (qint32 n = 2; n <= 43; ++n) {
         const QString english = CQuestionnaire::GetStandardErrorMessage(kEnglish, n);
