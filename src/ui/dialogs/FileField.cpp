@@ -1,0 +1,36 @@
+#include "ui/dialogs/FileField.h"
+
+#include "ui/dialogs/Strings.h"
+
+#include <QFileDialog>
+#include <QPushButton>
+
+namespace ui {
+
+using dialogs::Tr;
+namespace strings = dialogs::strings;
+
+QPushButton* BrowseButton(QWidget* parent) {
+    auto* button = new QPushButton(Tr(strings::kBrowse), parent);
+    button->setObjectName(QStringLiteral("browse"));
+    // Enter in the path's edit box means OK, not browse.
+    button->setAutoDefault(false);
+    const int text = button->fontMetrics().horizontalAdvance(button->text());
+    button->setFixedWidth(qMax(text + 16, button->sizeHint().height() * 3 / 2));
+    return button;
+}
+
+QString AskTextFile(QWidget* parent, bool save, const QString& current) {
+    QFileDialog dialog(parent);
+    dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setDefaultSuffix(QStringLiteral("txt"));
+    dialog.setNameFilters({Tr(strings::kTextFiles), Tr(strings::kAllFiles)});
+    if (!current.isEmpty())
+        dialog.selectFile(current);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return QString();
+    return dialog.selectedFiles().constFirst();
+}
+
+} // namespace ui

@@ -1,0 +1,412 @@
+// The export and import dialogs and the version list, driven with mouse and keyboard.
+#include "common/SampleQuestionnaire.h"
+#include "ui/UiTestMain.h"
+#include "ui/dialogs/ArrowIcon.h"
+#include "ui/dialogs/ExportDialog.h"
+#include "ui/dialogs/ImportDialog.h"
+#include "ui/dialogs/VersionComboBox.h"
+
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStyleHints>
+#include <QToolButton>
+#include <QTreeWidget>
+
+using exchange::ExportOptions;
+using namespace testutil;
+
+namespace {
+
+// The dialogs with their file dialog and message box replaced by recorders.
+template <class Dialog> class Recorded : public Dialog {
+public:
+    using Dialog::Dialog;
+    QStringList asked, messages;
+    QString chosen;
+
+protected:
+    QString ChooseFile(const QString& current) override {
+        asked.append(current);
+        return chosen;
+    }
+};
+
+class TestExportDialog : public Recorded<ui::ExportDialog> {
+    using Recorded::Recorded;
+    void ShowMessage(const QString& text) override { messages.append(text); }
+};
+using TestImportDialog = Recorded<ui::ImportDialog>;
+
+// The export's check boxes, and the options they set in the same order.
+// clang-format off
+const QStringList kExportBoxes = {
+    "Exclude already translated captions", "Exclude duplicated captions",
+    "Exclude non visible questions", "Exclude system messages", "Exclude routings",
+    "Exclude question long captions", "Exclude question short captions", "Exclude instructions",
+    "Exclude comments", "Exclude responses", "Show shortcuts and entry-codes"};
+
+QList<bool> Flags(const ExportOptions& o) {
+    return {o.excludeTranslated, o.excludeDuplicates, o.excludeNonVisible,
+            o.kinds.excludeSystemMessages, o.kinds.excludeRoutings, o.kinds.excludeLongCaptions,
+            o.kinds.excludeShortCaptions, o.kinds.excludeInstructions, o.kinds.excludeComments,
+            o.kinds.excludeResponses, o.showShortcuts};
+}
+// clang-format on
+
+const QHash<QString, qint32> kIds = {{"FRA", kFrench}, {"ENU", kEnglish}, {"DEU", kGerman}};
+
+QCheckBox* Box(QWidget& dialog, const QString& text) {
+    for (QCheckBox* box : dialog.findChildren<QCheckBox*>())
+        if (box->text() == text)
+            return box;
+    return nullptr;
+}
+
+// Clicks a check box on its label: a box wider than its text takes no click at its centre.
+void ClickBox(QCheckBox* box) {
+    QTest::mouseClick(box, Qt::LeftButton, {},
+                      QPoint(box->sizeHint().width() / 2, box->height() / 2));
+}
+
+template <class T> T* Child(QWidget& dialog, const char* name) {
+    return dialog.findChild<T*>(QString::fromLatin1(name));
+}
+
+void Show(QWidget& widget) {
+    widget.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&widget));
+}
+
+void ClickOk(QWidget& dialog) {
+    QTest::mouseClick(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                      Qt::LeftButton);
+}
+
+// Clicks a language row on its abbreviation, right of the check box, which makes that cell
+// current, then toggles its check with the space bar.
+void ToggleRow(QTreeWidget* list, int row) {
+    const QRect rect = list->visualItemRect(list->topLevelItem(row));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, QPoint(60, rect.center().y()));
+    QTest::keyClick(list, Qt::Key_Space);
+}
+
+QStringList Abbreviations(QTreeWidget* list) {
+    QStringList texts;
+    for (int row = 0; row < list->topLevelItemCount(); ++row)
+        texts.append(list->topLevelItem(row)->text(0));
+    return texts;
+}
+
+// Toggles a version in the open popup, by a click or by the space bar on the item.
+void ToggleVersion(ui::VersionComboBox& combo, int item, bool byKey) {
+    QAbstractItemView* view = combo.view();
+    const QModelIndex index = view->model()->index(item, 0);
+    if (byKey) {
+        view->setCurrentIndex(index);
+        QTest::keyClick(view, Qt::Key_Space);
+    } else {
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+    }
+}
+
+QList<int> CheckedItems(const ui::VersionComboBox& combo) {
+    QList<int> items;
+    for (int i = 0; i < combo.count(); ++i)
+        if (combo.IsChecked(i))
+            items.append(i);
+    return items;
+}
+
+template <class Dialog> void BrowseIn(Dialog& dialog) {
+    Show(dialog);
+    QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "a.txt");
+    QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
+    QCOMPARE(dialog.Path(), "a.txt");
+    dialog.chosen = "/tmp/b.txt";
+    QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
+    QCOMPARE(dialog.Path(), "/tmp/b.txt");
+    QCOMPARE(dialog.asked, QStringList({"a.txt", "a.txt"}));
+}
+
+} // namespace
+
+class ExportImportDialogTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    // A popup ignores releases for a double-click interval after it opens; kept short so that
+    // the version tests can wait it out and see the popup stay open on its own merits.
+    void initTestCase() { QGuiApplication::styleHints()->setMouseDoubleClickInterval(20); }
+
+    void exportDefaults() {
+        const CQuestionnaire q = MakeSample();
+        TestExportDialog dialog(q);
+        Show(dialog);
+        QCOMPARE(dialog.windowTitle(), "Export languages you want to export");
+        QVERIFY(dialog.Path().isEmpty());
+        for (const QString& text : kExportBoxes)
+            QVERIFY2(Box(dialog, text) && !Box(dialog, text)->isChecked(), qPrintable(text));
+        QCOMPARE(Flags(dialog.Options()), QList<bool>(kExportBoxes.size(), false));
+        auto* list = Child<QTreeWidget>(dialog, "languages");
+        QCOMPARE(Abbreviations(list), QStringList({"FRA", "ENU", "DEU"}));
+        QCOMPARE(list->topLevelItem(1)->text(1), q.GetLanguage(1).m_name);
+        QCOMPARE(list->headerItem()->text(0), "Abbreviation");
+        QCOMPARE(list->headerItem()->text(1), "Language");
+        QCOMPARE(list->columnWidth(0), 100);
+        QCOMPARE(list->columnWidth(1), 200);
+        QCOMPARE(Child<ui::VersionComboBox>(dialog, "versions")->DisplayText(), "All versions");
+        QVERIFY(!Child<QToolButton>(dialog, "moveUp")->icon().isNull());
+    }
+
+    void exportRefusals_data() {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QList<int>>("unchecked");
+        QTest::addColumn<QString>("message"); // empty when the dialog closes
+        QTest::addColumn<QList<qint32>>("languages");
+        const QString noFile = "Please select an output file!";
+        const QString twoLanguages = "Please select at least 2 languages";
+        const QList<qint32> none;
+        QTest::newRow("no file") << "" << QList<int>{} << noFile << none;
+        QTest::newRow("file before languages") << "" << QList<int>{0, 1} << noFile << none;
+        QTest::newRow("one language") << "out.txt" << QList<int>{0, 2} << twoLanguages << none;
+        QTest::newRow("no language") << "out.txt" << QList<int>{0, 1, 2} << twoLanguages << none;
+        QTest::newRow("two languages")
+            << "out.txt" << QList<int>{1} << "" << QList<qint32>{kFrench, kGerman};
+    }
+
+    void exportRefusals() {
+        QFETCH(QString, path);
+        QFETCH(QList<int>, unchecked);
+        QFETCH(QString, message);
+        const CQuestionnaire q = MakeSample();
+        TestExportDialog dialog(q);
+        Show(dialog);
+        QTest::keyClicks(Child<QLineEdit>(dialog, "path"), path);
+        for (int row : unchecked)
+            ToggleRow(Child<QTreeWidget>(dialog, "languages"), row);
+        ClickOk(dialog);
+        QCOMPARE(dialog.messages, message.isEmpty() ? QStringList() : QStringList{message});
+        QCOMPARE(dialog.isVisible(), !message.isEmpty());
+        QCOMPARE(dialog.Path(), path);
+        if (message.isEmpty()) {
+            QCOMPARE(dialog.result(), int(QDialog::Accepted));
+            QTEST(dialog.Options().languages, "languages");
+        }
+    }
+
+    void moves_data() {
+        QTest::addColumn<int>("row"); // selected and unchecked first; -1 for no selection
+        QTest::addColumn<bool>("up");
+        QTest::addColumn<QStringList>("order");
+        QTest::addColumn<int>("selected");
+        QTest::newRow("up") << 1 << true << QStringList{"ENU", "FRA", "DEU"} << 0;
+        QTest::newRow("down") << 1 << false << QStringList{"FRA", "DEU", "ENU"} << 2;
+        QTest::newRow("first down") << 0 << false << QStringList{"ENU", "FRA", "DEU"} << 1;
+        QTest::newRow("first up") << 0 << true << QStringList{"FRA", "ENU", "DEU"} << 0;
+        QTest::newRow("last down") << 2 << false << QStringList{"FRA", "ENU", "DEU"} << 2;
+        QTest::newRow("no selection") << -1 << false << QStringList{"FRA", "ENU", "DEU"} << -1;
+    }
+
+    void moves() {
+        QFETCH(int, row);
+        QFETCH(bool, up);
+        QFETCH(QStringList, order);
+        QFETCH(int, selected);
+        const CQuestionnaire q = MakeSample();
+        TestExportDialog dialog(q);
+        Show(dialog);
+        auto* list = Child<QTreeWidget>(dialog, "languages");
+        const QString moved = row < 0 ? QString() : list->topLevelItem(row)->text(0);
+        if (row >= 0)
+            ToggleRow(list, row);
+        QTest::mouseClick(Child<QToolButton>(dialog, up ? "moveUp" : "moveDown"), Qt::LeftButton);
+        QCOMPARE(Abbreviations(list), order);
+        QList<qint32> checked;
+        for (int i = 0; i < list->topLevelItemCount(); ++i) {
+            const QTreeWidgetItem* item = list->topLevelItem(i);
+            QCOMPARE(item->checkState(0) == Qt::Checked, item->text(0) != moved);
+            QCOMPARE(item->isSelected(), i == selected);
+            if (item->text(0) != moved)
+                checked.append(kIds.value(item->text(0)));
+        }
+        QCOMPARE(dialog.Options().languages, checked);
+    }
+
+    void exportOptions_data() {
+        QTest::addColumn<int>("box");
+        for (int i = 0; i < kExportBoxes.size(); ++i)
+            QTest::newRow(qPrintable(kExportBoxes[i])) << i;
+    }
+
+    // Each box sets its own option and no other; the version list hands over its choice.
+    void exportOptions() {
+        QFETCH(int, box);
+        const CQuestionnaire q = MakeSample();
+        TestExportDialog dialog(q);
+        Show(dialog);
+        QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "out.txt");
+        ClickBox(Box(dialog, kExportBoxes[box]));
+        auto* versions = Child<ui::VersionComboBox>(dialog, "versions");
+        versions->showPopup();
+        ToggleVersion(*versions, 2, false);
+        versions->hidePopup();
+        ClickOk(dialog);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QList<bool> flags(kExportBoxes.size(), false);
+        flags[box] = true;
+        QCOMPARE(Flags(dialog.Options()), flags);
+        QCOMPARE(dialog.Options().versions, QList<qint32>{2});
+    }
+
+    // "..." starts from the typed path and replaces it unless cancelled.
+    void browse() {
+        const CQuestionnaire q = MakeSample();
+        TestExportDialog exportDialog(q);
+        TestImportDialog importDialog(q);
+        BrowseIn(exportDialog);
+        BrowseIn(importDialog);
+    }
+
+    void versionRules_data() {
+        QTest::addColumn<QList<qint32>>("preselected");
+        QTest::addColumn<QList<int>>("toggles");
+        QTest::addColumn<bool>("byKey");
+        QTest::addColumn<QList<int>>("checked");
+        QTest::addColumn<QList<qint32>>("chosen");
+        QTest::addColumn<QString>("text");
+        const QList<qint32> all;
+        QTest::newRow("opened") << all << QList<int>{} << false << QList<int>{0} << all
+                                << "All versions";
+        QTest::newRow("preselected") << QList<qint32>{2} << QList<int>{} << false << QList<int>{2}
+                                     << QList<qint32>{2} << "Phone";
+        QTest::newRow("unknown preselected")
+            << QList<qint32>{99} << QList<int>{} << false << QList<int>{0} << all << "All versions";
+        QTest::newRow("a version clears all")
+            << all << QList<int>{2} << false << QList<int>{2} << QList<qint32>{2} << "Phone";
+        QTest::newRow("by space bar")
+            << all << QList<int>{1} << true << QList<int>{1} << QList<qint32>{1} << "Web";
+        QTest::newRow("every version")
+            << all << QList<int>{2, 1} << false << QList<int>{1, 2} << all << "Web; Phone";
+        QTest::newRow("all clears versions") << QList<qint32>{1, 2} << QList<int>{0} << true
+                                             << QList<int>{0} << all << "All versions";
+        QTest::newRow("all unchecked")
+            << all << QList<int>{0} << false << QList<int>{} << all << QString();
+        QTest::newRow("version unchecked")
+            << QList<qint32>{1} << QList<int>{1} << true << QList<int>{} << all << QString();
+    }
+
+    void versionRules() {
+        QFETCH(QList<qint32>, preselected);
+        QFETCH(QList<int>, toggles);
+        QFETCH(bool, byKey);
+        const CQuestionnaire q = MakeSample();
+        ui::VersionComboBox combo;
+        combo.Fill(q, {1});
+        combo.Fill(q, preselected); // a second fill starts afresh
+        Show(combo);
+        combo.showPopup();
+        QTest::qWait(40);
+        for (int item : toggles) {
+            ToggleVersion(combo, item, byKey);
+            QVERIFY(combo.view()->isVisible());
+        }
+        QTEST(CheckedItems(combo), "checked");
+        QTEST(combo.ChosenVersions(q), "chosen");
+        QTEST(combo.DisplayText(), "text");
+        QTest::keyClick(combo.view(), Qt::Key_Escape);
+        QTRY_VERIFY(!combo.view()->isVisible());
+    }
+
+    void noVersions() {
+        ui::VersionComboBox combo;
+        combo.Fill(CQuestionnaire(), {1});
+        QCOMPARE(combo.count(), 1);
+        QCOMPARE(CheckedItems(combo), QList<int>{0});
+        QVERIFY(combo.ChosenVersions(CQuestionnaire()).isEmpty());
+    }
+
+    // The locale's separator loses its trailing spaces and gains one; ";" when it has none.
+    void joinSeparator() {
+        QCOMPARE(ui::VersionComboBox::JoinSeparator(QString()), "; ");
+        QCOMPARE(ui::VersionComboBox::JoinSeparator(","), ", ");
+        QCOMPARE(ui::VersionComboBox::JoinSeparator(";  "), "; ");
+    }
+
+    // Up and down are mirror images, drawn rather than blank.
+    void arrowIcons() {
+        const QImage up = ui::ArrowIcon(Qt::UpArrow).pixmap(32).toImage();
+        const QImage down = ui::ArrowIcon(Qt::DownArrow).pixmap(32).toImage();
+        QVERIFY(qAlpha(up.pixel(16, 6)) > 0);
+        QVERIFY(qAlpha(up.pixel(4, 28)) == 0);
+        // Equal but for rounding in the antialiased edges.
+        const QImage mirrored = up.mirrored(false, true);
+        for (int y = 0; y < 32; ++y)
+            for (int x = 0; x < 32; ++x)
+                QVERIFY(qAbs(qAlpha(mirrored.pixel(x, y)) - qAlpha(down.pixel(x, y))) <= 2);
+        QVERIFY(ui::ArrowIcon(Qt::NoArrow).isNull());
+    }
+
+    void importDefaults() {
+        const CQuestionnaire q = MakeSample();
+        TestImportDialog dialog(q);
+        Show(dialog);
+        QCOMPARE(dialog.windowTitle(), "Import file");
+        QVERIFY(dialog.Path().isEmpty());
+        QVERIFY(!dialog.OnlyUnchanged() && !dialog.CopyIdentical());
+        auto* reference = Child<QComboBox>(dialog, "reference");
+        QCOMPARE(reference->count(), 3);
+        QCOMPARE(reference->itemText(0), "FRA - " + q.GetLanguage(0).m_name);
+        QCOMPARE(reference->currentText(), "ENU - " + q.GetLanguage(1).m_name);
+        QVERIFY(!reference->isEnabled());
+        QCOMPARE(dialog.ReferenceLanguage(), kEnglish);
+        ClickOk(dialog);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+
+        CQuestionnaire noMain = MakeSample();
+        noMain.SetDefaultLanguage(0);
+        QCOMPARE(TestImportDialog(noMain).ReferenceLanguage(), 0);
+    }
+
+    void importOptions_data() {
+        QTest::addColumn<bool>("onlyUnchanged");
+        QTest::addColumn<bool>("copyIdentical");
+        QTest::newRow("only unchanged") << true << false;
+        QTest::newRow("copy identical") << false << true;
+        QTest::newRow("both") << true << true;
+    }
+
+    // The reference list is enabled while a box is on, and keeps its choice once disabled again.
+    void importOptions() {
+        QFETCH(bool, onlyUnchanged);
+        QFETCH(bool, copyIdentical);
+        const CQuestionnaire q = MakeSample();
+        TestImportDialog dialog(q);
+        Show(dialog);
+        auto* reference = Child<QComboBox>(dialog, "reference");
+        QCheckBox* only = Box(dialog, "Only import unchanged captions since the export");
+        QCheckBox* copy = Box(dialog, "Copy over identical strings");
+        for (auto [box, on] : {std::pair{only, onlyUnchanged}, std::pair{copy, copyIdentical}})
+            if (on)
+                ClickBox(box);
+        QVERIFY(reference->isEnabled());
+        QTest::keyClick(reference, Qt::Key_Down); // English to German
+        QCOMPARE(dialog.OnlyUnchanged(), onlyUnchanged);
+        QCOMPARE(dialog.CopyIdentical(), copyIdentical);
+        QCOMPARE(dialog.ReferenceLanguage(), kGerman);
+        if (onlyUnchanged)
+            ClickBox(only);
+        QCOMPARE(reference->isEnabled(), copyIdentical);
+        if (copyIdentical)
+            ClickBox(copy);
+        QVERIFY(!reference->isEnabled());
+        QCOMPARE(dialog.ReferenceLanguage(), kGerman);
+    }
+};
+
+TRANSLATOR_UI_TEST_MAIN(ExportImportDialogTest)
+
+#include "ExportImportDialogTest.moc"
