@@ -1,0 +1,99 @@
+#include "ui/support/ProgressDialog.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QProgressDialog>
+
+#include <algorithm>
+#include <limits>
+
+namespace ui {
+
+namespace {
+
+// A progress dialog that, when the work may not be stopped, ignores Escape and the window's
+// close button instead of hiding itself while the work goes on.
+class WorkDialog : public QProgressDialog {
+public:
+    WorkDialog(QWidget* parent, bool cancellable)
+        : QProgressDialog(parent), m_cancellable(cancellable) {}
+
+    void reject() override {
+        if (m_cancellable)
+            cancel();
+    }
+
+protected:
+    void closeEvent(QCloseEvent* event) override {
+        if (m_cancellable)
+            QProgressDialog::closeEvent(event);
+        else
+            event->ignore();
+    }
+
+private:
+    bool m_cancellable;
+};
+
+} // namespace
+
+ProgressDialog::ProgressDialog(QWidget* parent, Cancel cancel, std::chrono::milliseconds showAfter)
+    : m_parent(parent), m_cancel(cancel), m_showAfter(showAfter) {}
+
+ProgressDialog::~ProgressDialog() {
+    delete m_dialog;
+}
+
+QProgressDialog* ProgressDialog::Dialog() const {
+    return m_dialog;
+}
+
+void ProgressDialog::Begin(const QString& what, qint64 total) {
+    const bool cancellable = m_cancel == Cancel::Offered;
+    delete m_dialog;
+    m_dialog = new WorkDialog(m_parent, cancellable);
+    m_dialog->setWindowModality(Qt::WindowModal);
+    m_dialog->setWindowTitle(QCoreApplication::applicationName());
+    m_dialog->setLabelText(what);
+    if (!cancellable)
+        m_dialog->setCancelButton(nullptr);
+    // The dialog stays up until End, whatever the values the work reports.
+    m_dialog->setAutoReset(false);
+    m_dialog->setAutoClose(false);
+
+    constexpr qint64 kIntMax = std::numeric_limits<int>::max();
+    total = std::max<qint64>(total, 0);
+    m_divisor = std::max<qint64>(1, (total + kIntMax - 1) / kIntMax);
+    // A range of 0 to 0 makes the bar a busy indicator for work of unknown length.
+    m_dialog->setRange(0, int(total / m_divisor));
+    m_dialog->setMinimumDuration(int(m_showAfter.count()));
+    // Starts the clock after which the dialog shows itself.
+    m_dialog->setValue(0);
+    m_shown = 0;
+}
+
+bool ProgressDialog::Advance(qint64 done) {
+    if (!m_dialog)
+        return true;
+    if (m_dialog->maximum() > 0) {
+        const int value = int(std::clamp<qint64>(done / m_divisor, 0, m_dialog->maximum()));
+        // Setting the minimum again would restart the clock before the dialog shows.
+        if (value != m_shown && value > 0) {
+            m_shown = value;
+            m_dialog->setValue(value);
+        }
+    }
+    // Repaints, runs the timer that shows the dialog and lets Cancel be pressed; the window
+    // modality keeps the rest of the window out of reach meanwhile.
+    QCoreApplication::processEvents();
+    return !m_dialog->wasCanceled();
+}
+
+void ProgressDialog::End() {
+    if (!m_dialog)
+        return;
+    m_dialog->hide();
+    delete m_dialog;
+}
+
+} // namespace ui
