@@ -5,7 +5,8 @@ BUILD_TYPE ?= RelWithDebInfo
 
 PACKAGES := cmake ninja-build g++ pkg-config ccache \
 	qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libzip-dev libicu-dev \
-	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3 postgresql
+	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3 postgresql \
+	libx11-dev fonts-dejavu-core xvfb xauth x11-utils poppler-utils imagemagick
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 

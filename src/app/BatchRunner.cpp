@@ -271,12 +271,17 @@ BatchOptions ParseBatchOptions(const QStringList& arguments) {
     return o;
 }
 
-bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& messages,
-              QTextStream& out, util::Progress* progress) {
+bool IsBatchWork(const QStringList& arguments) {
     const BatchOptions o = ParseBatchOptions(arguments);
     const bool needsPath = o.operation == Operation::Export || o.operation == Operation::Translate;
-    if (o.operation == Operation::None || (needsPath && o.path.isEmpty()))
+    return o.operation != Operation::None && !(needsPath && o.path.isEmpty());
+}
+
+bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& messages,
+              QTextStream& out, util::Progress* progress) {
+    if (!IsBatchWork(arguments))
         return false;
+    const BatchOptions o = ParseBatchOptions(arguments);
     Batch batch(app, o, messages, out, progress);
     switch (o.operation) {
     case Operation::Export:

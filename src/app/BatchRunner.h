@@ -47,6 +47,9 @@ struct BatchOptions {
 // are ignored without a word, and the last of repeated options wins.
 BatchOptions ParseBatchOptions(const QStringList& arguments);
 
+// Whether the command line asks for batch work; otherwise the program opens its window.
+bool IsBatchWork(const QStringList& arguments);
+
 // Does the batch work the command line asks for. Returns false when it asks for none (the file
 // then opens in the window); otherwise the exit code is in `app.exitCode`. Messages that the
 // window would show go to `messages`; long work reports to `progress` when given.

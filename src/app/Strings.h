@@ -14,8 +14,6 @@ inline constexpr char kRowsLeftOut[] =
                              "conflict with one, which needs a choice.");
 inline constexpr char kCannotSaveDictionary[] =
     QT_TRANSLATE_NOOP("app", "Cannot save the dictionary '%1'.");
-inline constexpr char kNoWindow[] =
-    QT_TRANSLATE_NOOP("app", "This build has no window: give an operation (translator --help).");
 
 } // namespace app::strings
 

@@ -4,6 +4,8 @@
 #include "app/AppContext.h"
 #include "app/BatchRunner.h"
 #include "app/Strings.h"
+#include "ui/Strings.h"
+#include "ui/WindowProgram.h"
 #include "util/Messages.h"
 #include "util/Progress.h"
 
@@ -50,12 +52,42 @@ const char kUsage[] =
     "file), N >= 0 captions imported,\n"
     "-10 to -19 the translated file was refused.\n"
     "\n"
-    "  translator --help | --version\n";
+    "  translator --help | --version\n"
+    "\n"
+    "Without an operation, translator opens its window (with FILE when given); exit status 3\n"
+    "when no display can be reached.\n";
+
+// The exit status when the window cannot be shown.
+constexpr int kNoDisplayStatus = 3;
+
+// The arguments as the application object would give them, before one exists.
+QStringList Arguments(int argc, char** argv) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+
+int RunWindow(int argc, char** argv, const QStringList& arguments) {
+    QString why;
+    if (!ui::DisplayReachable(why)) {
+        QTextStream(stderr) << ui::Tr(ui::strings::kNoDisplay).arg(why) << '\n';
+        return kNoDisplayStatus;
+    }
+    QCoreApplication::setOrganizationName(QString::fromLatin1(buildinfo::kCompany));
+    QCoreApplication::setApplicationName(QString::fromLatin1(buildinfo::kProduct));
+    return ui::RunWindow(argc, argv, arguments.value(1));
+}
 
 } // namespace
 
 int main(int argc, char** argv) {
-    // Batch work needs no display: no widget may exist before it is done.
+    // The window needs a QApplication and batch work must not: the choice comes first.
+    const QStringList early = Arguments(argc, argv);
+    const bool informational = early.size() == 2 && (early[1] == QLatin1String("--help") ||
+                                                     early[1] == QLatin1String("--version"));
+    if (!informational && !app::IsBatchWork(early))
+        return RunWindow(argc, argv, early);
     QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QString::fromLatin1(buildinfo::kCompany));
     QCoreApplication::setApplicationName(QString::fromLatin1(buildinfo::kProduct));
@@ -77,12 +109,8 @@ int main(int argc, char** argv) {
     std::unique_ptr<util::TerminalProgress> progress;
     if (util::TerminalProgress::Wanted())
         progress = std::make_unique<util::TerminalProgress>();
-    if (app::RunBatch(context, arguments, messages, out, progress.get())) {
-        out << "result=" << context.exitCode << '\n';
-        out.flush();
-        return app::PosixStatus(context.exitCode);
-    }
-    QTextStream err(stderr);
-    err << app::Tr(app::strings::kNoWindow) << '\n';
-    return 2;
+    app::RunBatch(context, arguments, messages, out, progress.get());
+    out << "result=" << context.exitCode << '\n';
+    out.flush();
+    return app::PosixStatus(context.exitCode);
 }

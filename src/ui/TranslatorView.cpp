@@ -1,0 +1,113 @@
+#include "ui/TranslatorView.h"
+
+#include "dictionary/Dictionary.h"
+#include "dictionary/DictionaryPasses.h"
+#include "dictionary/Strings.h"
+#include "exchange/ExportFile.h"
+#include "exchange/ImportFile.h"
+#include "ui/CaptionGrid.h"
+#include "ui/CaptionModel.h"
+#include "ui/OpenDocument.h"
+#include "ui/dialogs/ExportDialog.h"
+#include "ui/dialogs/ImportDialog.h"
+#include "ui/support/ConflictDialog.h"
+
+#include <QItemSelectionModel>
+#include <QVBoxLayout>
+
+namespace ui {
+
+TranslatorView::TranslatorView(std::shared_ptr<OpenDocument> document, DictionaryHolder& dictionary,
+                               QWidget* parent)
+    : QWidget(parent), m_document(std::move(document)), m_dictionary(dictionary),
+      m_grid(new CaptionGrid(this)), m_model(new CaptionModel(m_document->Captions(), this)) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_grid);
+    m_grid->setModel(m_model);
+    setFocusProxy(m_grid);
+    connect(m_grid->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &TranslatorView::SelectionChanged);
+    // A refill makes a new selection model's worth of state: the commands must look again.
+    connect(m_model, &QAbstractItemModel::modelReset, this, &TranslatorView::SelectionChanged);
+    connect(m_grid, &CaptionGrid::ContextMenuWanted, this, &TranslatorView::ContextMenuWanted);
+}
+
+TranslatorView::~TranslatorView() = default;
+
+bool TranslatorView::CanSendToDictionary() const {
+    return m_grid->HasSelection();
+}
+
+void TranslatorView::ExportStrings() {
+    CQuestionnaire* q = m_document->Document().Questionnaire();
+    if (!q)
+        return;
+    ExportDialog dialog(*q, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    ProgressDialog& progress = m_document->Progress();
+    progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped export keeps the old file
+    exchange::ExportStringsForTranslation(dialog.Path(), *q, dialog.Options(),
+                                          m_document->Captions().Rows(), m_document->Messages(),
+                                          nullptr, &progress);
+}
+
+void TranslatorView::ImportTranslation() {
+    CQuestionnaire* q = m_document->Document().Questionnaire();
+    if (!q)
+        return;
+    ImportDialog dialog(*q, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    questionnaire::CaptionTable& table = m_document->Captions();
+    exchange::ImportOptions options;
+    options.onlyUnchanged = dialog.OnlyUnchanged();
+    options.referenceLanguage = dialog.ReferenceLanguage();
+    options.copyIdentical = dialog.CopyIdentical();
+    options.languages = table.Languages();
+    ProgressDialog& progress = m_document->Progress();
+    progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped import changes nothing
+    const qint32 imported = exchange::ImportTranslatedFile(
+        *q, dialog.Path(), options, table.Rows(), m_document->Messages(), nullptr, &progress);
+    if (imported > 0)
+        table.QuestionnaireChanged(); // marks the document modified and refills every view
+}
+
+void TranslatorView::SendToDictionary() {
+    if (!m_grid->HasSelection())
+        return;
+    qsizetype first = -1;
+    qsizetype last = -1;
+    for (const QItemSelectionRange& range : m_grid->selectionModel()->selection()) {
+        first = first < 0 ? range.top() : std::min<qsizetype>(first, range.top());
+        last = std::max<qsizetype>(last, range.bottom());
+    }
+    if (first < 0)
+        return;
+    CDictionary& dictionary = m_dictionary.Get();
+    DialogConflictChooser chooser(this);
+    ProgressDialog& progress = m_document->Progress();
+    progress.SetCancel(ProgressDialog::Cancel::NotOffered);
+    int added = 0;
+    if (!dictionary::SendToDictionary(m_document->Captions(), first, last, dictionary, chooser,
+                                      added, &progress))
+        return; // the user cancelled a conflict: no count
+    m_document->Messages().Inform(
+        util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), added));
+}
+
+void TranslatorView::AutoTranslate() {
+    CDictionary& dictionary = m_dictionary.Get();
+    ProgressDialog& progress = m_document->Progress();
+    progress.SetCancel(ProgressDialog::Cancel::Offered); // what was stored so far is kept
+    const int count = dictionary::AutoTranslate(m_document->Captions(), dictionary, &progress);
+    m_document->Messages().Inform(
+        util::WithCount(dictionary::Tr(dictionary::strings::kCaptionsTranslated), count));
+}
+
+void TranslatorView::PrintTo(QPrinter& printer) {
+    m_grid->Print(printer);
+}
+
+} // namespace ui

@@ -1,0 +1,450 @@
+#include "app/AppContext.h"
+#include "common/SampleQuestionnaire.h"
+#include "dictionary/Dictionary.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/formats/XmlFile.h"
+#include "ui/CaptionGrid.h"
+#include "ui/CaptionModel.h"
+#include "ui/MainWindow.h"
+#include "ui/OpenDocument.h"
+#include "ui/Strings.h"
+#include "ui/TranslatorView.h"
+#include "ui/UiTestMain.h"
+
+#include <QAbstractButton>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPrinter>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <memory>
+
+using testutil::kEnglish;
+using testutil::kFrench;
+using testutil::kGerman;
+
+namespace {
+
+// Answers the message boxes that the code under test shows, as a user would click them, and
+// keeps their texts.
+class BoxAnswerer : public QObject {
+public:
+    explicit BoxAnswerer(QMessageBox::StandardButton button = QMessageBox::Ok) : m_button(button) {
+        m_timer.setInterval(20);
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box)
+                return;
+            texts.append(box->text());
+            QAbstractButton* button = box->button(m_button);
+            if (!button)
+                button = box->buttons().value(0);
+            button->click();
+        });
+        m_timer.start();
+    }
+    QStringList texts;
+
+private:
+    QMessageBox::StandardButton m_button;
+    QTimer m_timer;
+};
+
+} // namespace
+
+class WindowTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<app::AppContext> m_context;
+    std::unique_ptr<ui::MainWindow> m_window;
+    QString m_path;
+
+    ui::TranslatorView& View() { return *m_window->ActiveView(); }
+    ui::CaptionGrid& Grid() { return View().Grid(); }
+    questionnaire::CaptionTable& Table() { return View().Document().Captions(); }
+    CQuestionnaire& Q() { return *View().Document().Document().Questionnaire(); }
+    int RowOf(qint32 questionId, qint32 responseId) {
+        for (qsizetype row = 0; row < Table().RowCount(); ++row)
+            if (Table().QuestionId(row) == questionId && Table().ResponseId(row) == responseId)
+                return int(row);
+        return -1;
+    }
+    QModelIndex Cell(qint32 questionId, qint32 responseId, int column) {
+        return View().Model().index(RowOf(questionId, responseId), column);
+    }
+    QString Stored(qint32 questionId, qint32 responseId, qint32 language) {
+        return questionnaire::ReadCaption(Q(), questionId, responseId, language);
+    }
+    void ClickCell(const QModelIndex& index, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        Grid().scrollTo(index);
+        QTest::mouseClick(Grid().viewport(), Qt::LeftButton, modifiers,
+                          Grid().visualRect(index).center());
+    }
+    QLineEdit* Editor() { return Grid().findChild<QLineEdit*>(); }
+    // Typing into the current cell: the first key opens the editor, which has the focus after.
+    void Type(const QString& text) {
+        QTest::keyClicks(&Grid(), text.left(1));
+        QVERIFY(Editor());
+        QTest::keyClicks(Editor(), text.mid(1));
+    }
+    QStringList MenuTitles() {
+        QStringList titles;
+        for (QAction* action : m_window->menuBar()->actions())
+            titles.append(action->text());
+        return titles;
+    }
+
+private Q_SLOTS:
+    void init() {
+        m_path = m_dir.filePath(QStringLiteral("survey.xml"));
+        QFile::remove(m_path);
+        QVERIFY(questionnaire::WriteXmlFile(m_path, testutil::MakeSample()));
+        m_context = std::make_unique<app::AppContext>();
+        m_context->dictionaryPath = m_dir.filePath(QStringLiteral("memory.dic"));
+        m_window = std::make_unique<ui::MainWindow>(*m_context);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QApplication::setActiveWindow(m_window.get()); // the shortcuts work in the active window
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(m_window->OpenFile(m_path));
+        Grid().setFocus();
+    }
+
+    void cleanup() {
+        // Nothing saved by a test leaks into the next: the answers are "No".
+        BoxAnswerer no(QMessageBox::No);
+        m_window->close();
+        m_window.reset();
+        m_context.reset();
+        QFile::remove(m_dir.filePath(QStringLiteral("memory.dic")));
+    }
+
+    // The grid shows the table: the default language first, titles, labels and escaped cells.
+    void showsTheCaptions() {
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [survey.xml]"));
+        const QAbstractItemModel& model = View().Model();
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("ENU"));
+        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("FRA"));
+        QCOMPARE(Grid().columnWidth(2), 200);
+        QCOMPARE(model.headerData(RowOf(10, -1), Qt::Vertical).toString(), QStringLiteral("Q1"));
+        QVERIFY(!model.headerData(RowOf(10, -3), Qt::Vertical, Qt::DecorationRole)
+                     .value<QIcon>()
+                     .isNull());
+        QCOMPARE(Cell(10, -3, 0).data().toString(), QStringLiteral("Read out\\nthe scale"));
+    }
+
+    // Every rule of writing back, through the grid as a user types: the text is typed over the
+    // cell, then Enter.
+    void writeBack_data() {
+        QTest::addColumn<int>("questionId");
+        QTest::addColumn<int>("responseId");
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("typed"); // empty: the cell is cleared with Delete
+        QTest::addColumn<qint32>("language");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<bool>("modified");
+        QTest::newRow("first column refuses empty")
+            << 10 << -1 << 0 << QString() << kEnglish << QStringLiteral("How satisfied are you?")
+            << false;
+        QTest::newRow("other column may be emptied")
+            << 10 << -1 << 1 << QString() << kFrench << QString() << true;
+        QTest::newRow("escapes undone") << 10 << 1 << 2 << QStringLiteral("a\\nb\\\\n") << kGerman
+                                        << QStringLiteral("a\nb\\\n") << true;
+        QTest::newRow("case alone is a change")
+            << 10 << 1 << 0 << QStringLiteral("very") << kEnglish << QStringLiteral("very") << true;
+        QTest::newRow("routing message")
+            << -2 << 5 << 1 << QStringLiteral("Saut") << kFrench << QStringLiteral("Saut") << true;
+        QTest::newRow("system message back to standard")
+            << -1 << 3 << 0 << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << kEnglish
+            << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << true;
+        QTest::newRow("system message emptied")
+            << -1 << 3 << 0 << QString() << kEnglish
+            << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << true;
+    }
+    void writeBack() {
+        QFETCH(int, questionId);
+        QFETCH(int, responseId);
+        QFETCH(int, column);
+        QFETCH(QString, typed);
+        QFETCH(qint32, language);
+        QFETCH(QString, stored);
+        QFETCH(bool, modified);
+        const QModelIndex index = Cell(questionId, responseId, column);
+        QVERIFY(index.isValid());
+        ClickCell(index);
+        if (typed.isEmpty()) {
+            QTest::keyClick(&Grid(), Qt::Key_Delete);
+        } else {
+            Type(typed);
+            QTest::keyClick(Editor(), Qt::Key_Return);
+        }
+        QCOMPARE(Stored(questionId, responseId, language), stored);
+        QCOMPARE(View().Document().IsModified(), modified);
+        // The cell shows what the questionnaire holds, escaped: a refused edit is undone.
+        QCOMPARE(index.data().toString(), Table().Text(index.row(), column));
+        if (questionId == -1) // a system message back to its standard text is no longer custom
+            QVERIFY(Q().GetCustomErrorMessages(responseId).Get(language).isEmpty());
+    }
+
+    // How each key or click opens an edit, and how each key ends it.
+    void editKeys_data() {
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<int>("rowMove");
+        QTest::addColumn<int>("columnMove");
+        // The cell holds "Very"; "Z" is typed once the editor is open.
+        QTest::newRow("enter, caret at end") << "enter"
+                                             << "enter"
+                                             << "VeryZ" << 0 << 0;
+        QTest::newRow("click on the current cell") << "click"
+                                                   << "enter"
+                                                   << "VeryZ" << 0 << 0;
+        QTest::newRow("backspace deletes the last") << "backspace"
+                                                    << "enter"
+                                                    << "VerZ" << 0 << 0;
+        QTest::newRow("space selects all") << "space"
+                                           << "enter"
+                                           << "Z" << 0 << 0;
+        QTest::newRow("a character replaces") << "x"
+                                              << "enter"
+                                              << "xZ" << 0 << 0;
+        QTest::newRow("escape puts the text back") << "x"
+                                                   << "escape"
+                                                   << "Very" << 0 << 0;
+        QTest::newRow("tab keeps and moves on") << "enter"
+                                                << "tab"
+                                                << "VeryZ" << 0 << 1;
+        QTest::newRow("focus loss keeps") << "enter"
+                                          << "focus"
+                                          << "VeryZ" << 0 << 0;
+        QTest::newRow("arrow ends an edit begun by a key") << "x"
+                                                           << "down"
+                                                           << "xZ" << 1 << 0;
+        // After a click the arrow moves the caret: the edit goes on until Enter.
+        QTest::newRow("arrow after a click moves the caret") << "click"
+                                                             << "down-enter"
+                                                             << "VeryZ" << 0 << 0;
+        QTest::newRow("ctrl+arrow ends any edit") << "click"
+                                                  << "ctrl-down"
+                                                  << "VeryZ" << 1 << 0;
+    }
+    void editKeys() {
+        QFETCH(QString, start);
+        QFETCH(QString, end);
+        QFETCH(QString, stored);
+        QFETCH(int, rowMove);
+        QFETCH(int, columnMove);
+        const QModelIndex index = Cell(10, 1, 0);
+        ClickCell(index);
+        if (start == QLatin1String("enter"))
+            QTest::keyClick(&Grid(), Qt::Key_Return);
+        else if (start == QLatin1String("click"))
+            ClickCell(index);
+        else if (start == QLatin1String("backspace"))
+            QTest::keyClick(&Grid(), Qt::Key_Backspace);
+        else if (start == QLatin1String("space"))
+            QTest::keyClick(&Grid(), Qt::Key_Space);
+        else
+            QTest::keyClicks(&Grid(), start);
+        QLineEdit* editor = Editor();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, QStringLiteral("Z"));
+        if (end == QLatin1String("enter"))
+            QTest::keyClick(editor, Qt::Key_Return);
+        else if (end == QLatin1String("escape"))
+            QTest::keyClick(editor, Qt::Key_Escape);
+        else if (end == QLatin1String("tab"))
+            QTest::keyClick(editor, Qt::Key_Tab);
+        else if (end == QLatin1String("down"))
+            QTest::keyClick(editor, Qt::Key_Down);
+        else if (end == QLatin1String("ctrl-down"))
+            QTest::keyClick(editor, Qt::Key_Down, Qt::ControlModifier);
+        else if (end == QLatin1String("down-enter")) {
+            QTest::keyClick(editor, Qt::Key_Down);
+            QVERIFY(Editor()); // still editing
+            QTest::keyClick(Editor(), Qt::Key_Return);
+        } else if (end == QLatin1String("focus")) {
+            Grid().setFocus(); // the grid takes the focus back, as a click beside the editor does
+            QApplication::processEvents();
+        }
+        QTRY_VERIFY(!Editor());
+        QCOMPARE(Stored(10, 1, kEnglish), stored);
+        QCOMPARE(View().Document().IsModified(), stored != QLatin1String("Very"));
+        QCOMPARE(Grid().currentIndex().row(), index.row() + rowMove);
+        QCOMPARE(Grid().currentIndex().column(), index.column() + columnMove);
+    }
+
+    // Copy lays out the block by tabs and line feeds, with empty texts for unselected cells in
+    // it; cut and paste go cell by cell, and the first column refuses to lose its text.
+    void clipboard() {
+        const int row = RowOf(10, -1);
+        ClickCell(View().Model().index(row, 0));
+        ClickCell(View().Model().index(row + 1, 1), Qt::ShiftModifier);
+        QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(),
+                 QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?\nSatisfaction\t"));
+        // A cell left out of the selection inside the block copies as empty.
+        ClickCell(View().Model().index(row, 0));
+        ClickCell(View().Model().index(row + 1, 1), Qt::ControlModifier);
+        QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("How satisfied are you?\t\n\t"));
+
+        // Cut: the French caption goes, the English one of the first column stays.
+        ClickCell(View().Model().index(row, 0));
+        ClickCell(View().Model().index(row, 1), Qt::ShiftModifier);
+        QTest::keyClick(&Grid(), Qt::Key_X, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(),
+                 QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?"));
+        QCOMPARE(Stored(10, -1, kEnglish), QStringLiteral("How satisfied are you?"));
+        QCOMPARE(Stored(10, -1, kFrench), QString());
+
+        // Paste from a spreadsheet (CR LF, a last line feed): an empty first-column cell is
+        // refused, the others are written.
+        QApplication::clipboard()->setText(QStringLiteral("\tQuel\\tplaisir\r\nShort\tCourt\r\n"));
+        ClickCell(View().Model().index(row, 0));
+        QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ShiftModifier);
+        QCOMPARE(Stored(10, -1, kEnglish), QStringLiteral("How satisfied are you?"));
+        QCOMPARE(Stored(10, -1, kFrench), QStringLiteral("Quel\tplaisir"));
+        QCOMPARE(Stored(10, -2, kEnglish), QStringLiteral("Short"));
+        QCOMPARE(Stored(10, -2, kFrench), QStringLiteral("Court"));
+        QVERIFY(View().Document().IsModified());
+
+        // Text dropped on a cell is pasted there.
+        auto* data = new QMimeData;
+        data->setText(QStringLiteral("Dropped"));
+        const QModelIndex target = View().Model().index(row, 2);
+        const QPoint at = Grid().visualRect(target).center();
+        QDragEnterEvent enter(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(Grid().viewport(), &enter);
+        QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(Grid().viewport(), &drop);
+        QCOMPARE(Stored(10, -1, kGerman), QStringLiteral("Dropped"));
+        delete data;
+    }
+
+    // The menu bar follows the active child; the commands that need a selection follow it.
+    void menusFollowTheChild() {
+        QCOMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&Edit"),
+                                            QStringLiteral("&View"), QStringLiteral("&Window")}));
+        Grid().clearSelection();
+        QVERIFY(!m_window->Action(ui::strings::kSendToDictionary)->isEnabled());
+        ClickCell(Cell(10, 1, 0));
+        QVERIFY(m_window->Action(ui::strings::kSendToDictionary)->isEnabled());
+        QVERIFY(!m_window->Action(ui::strings::kUndo)->isEnabled());
+
+        // A second window on the same document: numbered titles, one question at the end.
+        m_window->Action(ui::strings::kNewWindow)->trigger();
+        QCOMPARE(m_window->Area()->subWindowList().size(), 2);
+        QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(),
+                 QStringLiteral("survey.xml:2"));
+        ClickCell(Cell(10, 1, 1));
+        Type(QStringLiteral("Tout"));
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        // The first window shows the edit made in the second.
+        auto* first =
+            qobject_cast<ui::TranslatorView*>(m_window->Area()->subWindowList().front()->widget());
+        QCOMPARE(first->Model().index(RowOf(10, 1), 1).data().toString(), QStringLiteral("Tout"));
+        {
+            BoxAnswerer none(QMessageBox::Cancel);
+            m_window->Area()->activeSubWindow()->close(); // not the last: no question
+            QTRY_COMPARE(m_window->Area()->subWindowList().size(), 1);
+            QVERIFY(none.texts.isEmpty());
+        }
+        {
+            BoxAnswerer cancel(QMessageBox::Cancel);
+            m_window->Area()->activeSubWindow()->close();
+            QCOMPARE(cancel.texts, QStringList{QStringLiteral("Save changes to survey.xml?")});
+            QCOMPARE(m_window->Area()->subWindowList().size(), 1);
+        }
+        {
+            BoxAnswerer yes(QMessageBox::Yes);
+            m_window->Area()->activeSubWindow()->close();
+            QTRY_COMPARE(m_window->Area()->subWindowList().size(), 0);
+        }
+        CQuestionnaire saved;
+        QVERIFY(questionnaire::ReadXmlFile(m_path, saved));
+        QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), QStringLiteral("Tout"));
+        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View")}));
+        // The file is now the most recent one.
+        QVERIFY(m_window->findChildren<QAction*>().size() > 0);
+        QCOMPARE(m_context->recentFiles.Files().value(0), m_path);
+        QVERIFY(m_window->OpenFile(m_path));
+    }
+
+    // Auto-translate counts each hit it stores, a later source language's over an earlier one;
+    // sending rows counts the new entries.
+    void dictionaryCommands() {
+        {
+            CDictionary dictionary;
+            dictionary.AddEntry(
+                {{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}});
+            dictionary.AddEntry(
+                {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}});
+            util::NoMessages silent;
+            QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
+        }
+        {
+            BoxAnswerer ok;
+            m_window->Action(ui::strings::kAutoTranslate)->trigger();
+            QCOMPARE(ok.texts, QStringList{QStringLiteral("2 captions have been translated")});
+        }
+        QCOMPARE(Stored(10, 1, kGerman), QStringLiteral("Sehr viel"));
+        QVERIFY(View().Document().IsModified());
+        QCOMPARE(Cell(10, 1, 2).data().toString(), QStringLiteral("Sehr viel")); // refilled
+
+        // Rows 10/-1 and 10/-2: the first has two languages and is new, the second only one.
+        ClickCell(Cell(10, -1, 0));
+        ClickCell(Cell(10, -2, 0), Qt::ShiftModifier);
+        {
+            BoxAnswerer ok;
+            m_window->Action(ui::strings::kSendToDictionary)->trigger();
+            QCOMPARE(ok.texts,
+                     QStringList{QStringLiteral("1 entrie(s) have been added to the dictionary")});
+        }
+        {
+            BoxAnswerer no(QMessageBox::No);
+            m_window->close();
+            // The questionnaire and then the dictionary are offered for saving.
+            QCOMPARE(no.texts, (QStringList{QStringLiteral("Save changes to survey.xml?"),
+                                            QStringLiteral("Dictionary has been modified. Do "
+                                                           "you want to save?")}));
+        }
+    }
+
+    // Printing ends every page with its number and the count.
+    void printsPages() {
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        const QString pdf = m_dir.filePath(QStringLiteral("grid.pdf"));
+        printer.setOutputFileName(pdf);
+        View().PrintTo(printer);
+        QProcess text;
+        text.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+        QVERIFY2(text.waitForFinished(30000), "pdftotext did not run");
+        const QString out = QString::fromUtf8(text.readAllStandardOutput());
+        const QStringList pages = out.split(QLatin1Char('\f'), Qt::SkipEmptyParts);
+        QVERIFY(pages.size() >= 2);
+        for (int page = 1; page <= pages.size(); ++page)
+            QVERIFY2(pages[page - 1].contains(
+                         QStringLiteral("Page %1 of %2").arg(page).arg(pages.size())),
+                     qPrintable(pages[page - 1]));
+        QVERIFY(
+            out.contains(QStringLiteral("Read out\\nthe scale"))); // escaped, as the grid shows it
+    }
+};
+
+TRANSLATOR_UI_TEST_MAIN(WindowTest)
+#include "WindowTest.moc"
