@@ -10,7 +10,7 @@ PACKAGES := cmake ninja-build g++ pkg-config ccache \
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: all deps configure build test run clean
+.PHONY: all deps configure build test run screenshots clean
 
 all: build
 
@@ -38,6 +38,11 @@ test: build
 
 run: build
 	examples/round-trip.sh $(BUILD_DIR)
+
+# The pictures of the window in docs/screenshots, drawn without any display.
+screenshots: build
+	QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/tools/translator_screenshots docs/screenshots \
+	  examples/customer-satisfaction.xml
 
 clean:
 	rm -rf $(BUILD_DIR)

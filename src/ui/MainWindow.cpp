@@ -87,6 +87,17 @@ LockKeys ReadLockKeys() {
     return keys;
 }
 
+// The file dialog separates the patterns of a filter with spaces; the program's filter texts
+// separate them with semicolons.
+QString FileDialogFilters() {
+    QString files = Tr(strings::kOpenFilter);
+    const qsizetype open = files.lastIndexOf(QLatin1Char('('));
+    if (open >= 0)
+        files.replace(open, files.size() - open,
+                      files.mid(open).replace(QLatin1Char(';'), QLatin1Char(' ')));
+    return files + QStringLiteral(";;") + Tr(strings::kAllFilesFilter);
+}
+
 } // namespace
 
 MainWindow::MainWindow(app::AppContext& app, QWidget* parent)
@@ -422,9 +433,8 @@ bool MainWindow::OpenFile(const QString& path) {
 }
 
 void MainWindow::Open() {
-    const QString filter =
-        Tr(strings::kOpenFilter) + QStringLiteral(";;") + Tr(strings::kAllFilesFilter);
-    const QString path = QFileDialog::getOpenFileName(this, QString(), QString(), filter);
+    const QString path =
+        QFileDialog::getOpenFileName(this, QString(), QString(), FileDialogFilters());
     if (!path.isEmpty())
         OpenFile(path);
 }
@@ -450,10 +460,8 @@ void MainWindow::SaveAs() {
     TranslatorView* view = ActiveView();
     if (!view)
         return;
-    const QString filter =
-        Tr(strings::kOpenFilter) + QStringLiteral(";;") + Tr(strings::kAllFilesFilter);
-    const QString target =
-        QFileDialog::getSaveFileName(this, QString(), view->Document().Document().Path(), filter);
+    const QString target = QFileDialog::getSaveFileName(
+        this, QString(), view->Document().Document().Path(), FileDialogFilters());
     if (!target.isEmpty())
         SaveDocument(view->Document(), target);
 }
