@@ -463,13 +463,13 @@ void CaptionGrid::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
 }
 
-void CaptionGrid::Print(QPrinter& printer) {
+bool CaptionGrid::Print(QPrinter& printer) {
     QAbstractItemModel* source = model();
     if (!source)
-        return;
+        return false;
     QPainter painter;
     if (!painter.begin(&printer))
-        return;
+        return false;
     painter.setFont(font());
     const QRect page = printer.pageLayout().paintRectPixels(printer.resolution());
     const QRect area(0, 0, page.width(), page.height());
@@ -536,7 +536,7 @@ void CaptionGrid::Print(QPrinter& printer) {
                              Qt::AlignHCenter | Qt::AlignBottom, footerText);
         }
     }
-    painter.end();
+    return painter.end();
 }
 
 } // namespace ui

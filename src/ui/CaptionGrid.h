@@ -66,8 +66,9 @@ public:
     // Empties every selected cell.
     void ClearSelectedCells();
 
-    // Prints every cell, page by page, each page ending with its number.
-    void Print(QPrinter& printer);
+    // Prints every cell, page by page, each page ending with its number. False when the printer
+    // could not be opened.
+    bool Print(QPrinter& printer);
 
     bool StartedByKey() const { return m_start != EditStart::Click; }
 

@@ -51,6 +51,8 @@ inline constexpr char kAllFilesFilter[] = QT_TRANSLATE_NOOP("ui", "All files (*.
 inline constexpr char kSaveChanges[] = QT_TRANSLATE_NOOP("ui", "Save changes to %1?");
 inline constexpr char kSaveDictionary[] =
     QT_TRANSLATE_NOOP("ui", "Dictionary has been modified. Do you want to save?");
+inline constexpr char kCannotPrint[] =
+    QT_TRANSLATE_NOOP("ui", "Cannot print: the printer '%1' could not be opened.");
 inline constexpr char kNoDisplay[] = QT_TRANSLATE_NOOP(
     "ui", "Translator cannot open its window: no display could be reached%1. Run it in a desktop "
           "session, or give it a batch operation (translator --help).");

@@ -8,11 +8,13 @@
 #include "ui/CaptionGrid.h"
 #include "ui/CaptionModel.h"
 #include "ui/OpenDocument.h"
+#include "ui/Strings.h"
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/support/ConflictDialog.h"
 
 #include <QItemSelectionModel>
+#include <QPrinter>
 #include <QVBoxLayout>
 
 namespace ui {
@@ -33,7 +35,11 @@ TranslatorView::TranslatorView(std::shared_ptr<OpenDocument> document, Dictionar
     connect(m_grid, &CaptionGrid::ContextMenuWanted, this, &TranslatorView::ContextMenuWanted);
 }
 
-TranslatorView::~TranslatorView() = default;
+TranslatorView::~TranslatorView() {
+    // The grid and the model go before the document they read from, which a member keeps.
+    delete m_grid;
+    delete m_model;
+}
 
 bool TranslatorView::CanSendToDictionary() const {
     return m_grid->HasSelection();
@@ -106,8 +112,13 @@ void TranslatorView::AutoTranslate() {
         util::WithCount(dictionary::Tr(dictionary::strings::kCaptionsTranslated), count));
 }
 
-void TranslatorView::PrintTo(QPrinter& printer) {
-    m_grid->Print(printer);
+bool TranslatorView::PrintTo(QPrinter& printer) {
+    if (m_grid->Print(printer))
+        return true;
+    const QString name =
+        printer.outputFileName().isEmpty() ? printer.printerName() : printer.outputFileName();
+    m_document->Messages().Error(Tr(strings::kCannotPrint).arg(name));
+    return false;
 }
 
 } // namespace ui

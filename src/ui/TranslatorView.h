@@ -33,7 +33,8 @@ public:
     void ImportTranslation();
     void SendToDictionary();
     void AutoTranslate();
-    void PrintTo(QPrinter& printer);
+    // Shows why when the printer could not be opened.
+    bool PrintTo(QPrinter& printer);
 
     // "Send to dictionary" needs cells to send.
     bool CanSendToDictionary() const;

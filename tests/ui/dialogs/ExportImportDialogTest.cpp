@@ -6,6 +6,8 @@
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/dialogs/VersionComboBox.h"
 
+#include <algorithm>
+
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -314,8 +316,15 @@ private Q_SLOTS:
             ToggleVersion(combo, item, byKey);
             QVERIFY(combo.view()->isVisible());
         }
-        QTEST(CheckedItems(combo), "checked");
-        QTEST(combo.ChosenVersions(q), "chosen");
+        // Element by element: Qt's list comparison hands null pointers to memcmp for empty lists.
+        QFETCH(QList<int>, checked);
+        QFETCH(QList<qint32>, chosen);
+        const QList<int> checkedNow = CheckedItems(combo);
+        const QList<qint32> chosenNow = combo.ChosenVersions(q);
+        QCOMPARE(checkedNow.size(), checked.size());
+        QVERIFY(std::equal(checked.begin(), checked.end(), checkedNow.begin()));
+        QCOMPARE(chosenNow.size(), chosen.size());
+        QVERIFY(std::equal(chosen.begin(), chosen.end(), chosenNow.begin()));
         QTEST(combo.DisplayText(), "text");
         QTest::keyClick(combo.view(), Qt::Key_Escape);
         QTRY_VERIFY(!combo.view()->isVisible());

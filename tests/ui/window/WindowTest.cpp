@@ -10,9 +10,12 @@
 #include "ui/Strings.h"
 #include "ui/TranslatorView.h"
 #include "ui/UiTestMain.h"
+#include "ui/dialogs/ExportDialog.h"
+#include "ui/dialogs/ImportDialog.h"
 
 #include <QAbstractButton>
 #include <QClipboard>
+#include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -22,6 +25,7 @@
 #include <QMimeData>
 #include <QPrinter>
 #include <QProcess>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -59,6 +63,25 @@ private:
     QMessageBox::StandardButton m_button;
     QTimer m_timer;
 };
+
+// Fills in the next dialog of type T that opens, as a user would, and presses OK.
+template <typename T> void WhenOpen(const QString& path) {
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, path] {
+        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        auto* edit = dialog->template findChild<QLineEdit*>(QStringLiteral("path"));
+        edit->clear();
+        QTest::keyClicks(edit, path);
+        auto* buttons = dialog->template findChild<QDialogButtonBox*>();
+        QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
+    });
+    timer->start();
+}
 
 } // namespace
 
@@ -422,6 +445,39 @@ private Q_SLOTS:
                                             QStringLiteral("Dictionary has been modified. Do "
                                                            "you want to save?")}));
         }
+    }
+
+    // The export and import run from their dialogs; an import that changed captions refills
+    // the grid and marks the document modified.
+    void exportThenImport() {
+        const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
+        QFile::remove(file);
+        WhenOpen<ui::ExportDialog>(file);
+        m_window->Action(ui::strings::kExport)->trigger();
+        QFile exported(file);
+        QVERIFY(exported.open(QIODevice::ReadOnly));
+        QString text = QString::fromUtf16(
+            reinterpret_cast<const char16_t*>(exported.readAll().constData()) + 1,
+            (exported.size() - 2) / 2);
+        exported.close();
+        QVERIFY(text.startsWith(
+            QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\t1031(DEU)")));
+        QVERIFY(text.contains(QStringLiteral("10\t1\tTrès\tVery")));
+        QVERIFY(!View().Document().IsModified());
+
+        text.replace(QStringLiteral("10\t1\tTrès\tVery"),
+                     QStringLiteral("10\t1\tExtrêmement\tVery"));
+        QVERIFY(exported.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        exported.write("\xFF\xFE");
+        exported.write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+        exported.close();
+        BoxAnswerer ok;
+        WhenOpen<ui::ImportDialog>(file);
+        m_window->Action(ui::strings::kImport)->trigger();
+        QCOMPARE(ok.texts, QStringList{QStringLiteral("1 captions have been modified!")});
+        QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
+        QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
+        QVERIFY(View().Document().IsModified());
     }
 
     // Printing ends every page with its number and the count.
