@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exchange/WorkingFolder.h"
+#include "app/VersionInfo.h"
 #include "questionnaire/store/QuestionnaireStore.h"
 
 #include <QString>
@@ -35,6 +36,7 @@ public:
     qint32 exitCode = 0;
     QString dictionaryPath;
     RecentFiles recentFiles;
+    VersionInfo versionInfo; // read when the window starts
 };
 
 // The stamp number of a run: the clock starts the random generator, the first number is thrown

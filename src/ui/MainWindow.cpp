@@ -1,7 +1,9 @@
 #include "ui/MainWindow.h"
 
 #include "app/AppContext.h"
+#include "ui/AboutDialog.h"
 #include "ui/CaptionGrid.h"
+#include "ui/DictionaryView.h"
 #include "ui/OpenDocument.h"
 #include "ui/RowIcons.h"
 #include "ui/Strings.h"
@@ -101,8 +103,8 @@ QString FileDialogFilters() {
 } // namespace
 
 MainWindow::MainWindow(app::AppContext& app, QWidget* parent)
-    : QMainWindow(parent), m_app(app), m_dictionary(std::make_unique<DictionaryHolder>(app, this)),
-      m_area(new QMdiArea(this)) {
+    : QMainWindow(parent), m_app(app), m_messages(std::make_unique<WidgetMessages>(this)),
+      m_dictionary(std::make_unique<DictionaryHolder>(app, this)), m_area(new QMdiArea(this)) {
     setWindowTitle(QCoreApplication::applicationName());
     m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_area->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -120,6 +122,8 @@ MainWindow::MainWindow(app::AppContext& app, QWidget* parent)
     m_toolbar->addAction(m_paste);
     m_toolbar->addSeparator();
     m_toolbar->addAction(m_print);
+    m_toolbar->addSeparator();
+    m_toolbar->addAction(m_about);
 
     m_capsPane = new QLabel(this);
     m_numPane = new QLabel(this);
@@ -175,8 +179,8 @@ void MainWindow::CreateActions() {
     };
     auto onGrid = [this](void (CaptionGrid::*command)()) {
         return [this, command] {
-            if (TranslatorView* view = ActiveView())
-                (view->Grid().*command)();
+            if (CaptionGrid* grid = ActiveGrid())
+                (grid->*command)();
         };
     };
     const QStyle* s = style();
@@ -251,6 +255,14 @@ void MainWindow::CreateActions() {
     m_sendToDictionary =
         make(strings::kSendToDictionary, onView(&TranslatorView::SendToDictionary));
     m_autoTranslate = make(strings::kAutoTranslate, onView(&TranslatorView::AutoTranslate));
+    m_dictionaryToggle = make(strings::kDictionary, &MainWindow::ToggleDictionary);
+    m_delete = make(strings::kDelete, [this] {
+        if (DictionaryView* view = Dictionary();
+            view && m_area->activeSubWindow() == m_dictionaryWindow)
+            view->DeleteSelected();
+    });
+    m_about = make(strings::kAbout, &MainWindow::ShowAbout);
+    m_about->setIcon(DrawnIcon(CommandIcon::About));
     UpdateRecentFiles();
 }
 
@@ -292,6 +304,7 @@ void MainWindow::BuildMenus() {
     QMenu* view = bar->addMenu(Tr(strings::kViewMenu));
     view->addAction(m_showToolbar);
     view->addAction(m_showStatusBar);
+    view->addAction(m_dictionaryToggle);
     if (questionnaire) {
         QMenu* window = bar->addMenu(Tr(strings::kWindowMenu));
         window->addAction(m_newWindow);
@@ -317,6 +330,8 @@ void MainWindow::BuildMenus() {
             }
         });
     }
+    QMenu* help = bar->addMenu(Tr(strings::kHelpMenu));
+    help->addAction(m_about);
 }
 
 QAction* MainWindow::Action(const char* text) const {
@@ -331,17 +346,70 @@ TranslatorView* MainWindow::ActiveView() const {
     return ViewOf(m_area->activeSubWindow());
 }
 
+DictionaryView* MainWindow::Dictionary() const {
+    return m_dictionaryWindow ? qobject_cast<DictionaryView*>(m_dictionaryWindow->widget())
+                              : nullptr;
+}
+
+CaptionGrid* MainWindow::ActiveGrid() const {
+    if (TranslatorView* view = ActiveView())
+        return &view->Grid();
+    if (m_dictionaryWindow && m_area->activeSubWindow() == m_dictionaryWindow)
+        return &Dictionary()->Grid();
+    return nullptr;
+}
+
+void MainWindow::ToggleDictionary() {
+    if (m_dictionaryWindow) {
+        m_dictionaryWindow->close();
+        return;
+    }
+    CDictionary& dictionary = m_dictionary->Get();
+    auto* view = new DictionaryView(dictionary, *m_messages, nullptr);
+    auto* frame = new QMdiSubWindow;
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    frame->setWidget(view);
+    frame->setWindowTitle(Tr(strings::kDictionaryTitle));
+    frame->setWindowIcon(DrawnIcon(CommandIcon::Dictionary));
+    m_area->addSubWindow(frame);
+    m_dictionaryWindow = frame;
+    connect(view, &DictionaryView::SelectionChanged, this, &MainWindow::UpdateCommands);
+    connect(view, &DictionaryView::ContextMenuWanted, this, [this](const QPoint& at) {
+        UpdateCommands();
+        QMenu menu(this);
+        menu.addAction(m_delete);
+        menu.exec(at);
+    });
+    connect(m_dictionary.get(), &DictionaryHolder::Sent, view, &DictionaryView::DictionaryChanged);
+    connect(frame, &QObject::destroyed, this, [this] {
+        m_dictionaryWindow = nullptr;
+        QTimer::singleShot(0, this, [this] {
+            BuildMenus();
+            UpdateCommands();
+        });
+    });
+    frame->showMaximized();
+    view->setFocus();
+}
+
+void MainWindow::ShowAbout() {
+    AboutDialog about(m_app.versionInfo, this);
+    about.exec();
+}
+
 void MainWindow::UpdateCommands() {
     TranslatorView* view = ActiveView();
-    const bool selection = view && view->Grid().HasSelection();
+    CaptionGrid* grid = ActiveGrid();
+    const bool selection = grid && grid->HasSelection();
     for (QAction* action :
          {m_close, m_save, m_saveAs, m_export, m_import, m_print, m_printDirect, m_printPreview,
           m_selectAll, m_newWindow, m_cascade, m_tile, m_arrange, m_autoTranslate})
         action->setEnabled(view != nullptr);
     m_cut->setEnabled(selection);
     m_copy->setEnabled(selection);
-    m_sendToDictionary->setEnabled(selection);
-    m_paste->setEnabled(view && !QApplication::clipboard()->text().isEmpty());
+    m_sendToDictionary->setEnabled(view && selection);
+    m_delete->setEnabled(!view && selection);
+    m_paste->setEnabled(grid && !QApplication::clipboard()->text().isEmpty());
 }
 
 void MainWindow::UpdateRecentFiles() {
@@ -532,8 +600,12 @@ void MainWindow::PrintPreview() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    // Each document asks about its changes once, whatever the number of its windows; one kept
-    // open, or a dictionary left unsaved on Cancel, keeps the program open.
+    // The dictionary is offered first, then each document once, whatever the number of its
+    // windows; Cancel anywhere, or a failed save, keeps the program open.
+    if (!m_dictionary->CloseQuery()) {
+        event->ignore();
+        return;
+    }
     std::vector<OpenDocument*> documents;
     for (QMdiSubWindow* window : m_area->subWindowList())
         if (TranslatorView* view = ViewOf(window);
@@ -545,10 +617,6 @@ void MainWindow::closeEvent(QCloseEvent* event) {
             event->ignore();
             return;
         }
-    if (!m_dictionary->CloseQuery()) {
-        event->ignore();
-        return;
-    }
     for (QMdiSubWindow* window : m_area->subWindowList())
         delete window; // the questions were asked above
     event->accept();

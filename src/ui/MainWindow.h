@@ -15,10 +15,15 @@ class QToolBar;
 namespace app {
 class AppContext;
 }
+namespace util {
+class Messages;
+}
 
 namespace ui {
 
+class CaptionGrid;
 class DictionaryHolder;
+class DictionaryView;
 class OpenDocument;
 class TranslatorView;
 
@@ -35,8 +40,12 @@ public:
     bool OpenFile(const QString& path);
 
     QMdiArea* Area() const { return m_area; }
-    // The view of the active child window, null when none.
+    // The view of the active child window, null when none or when it is the dictionary's.
     TranslatorView* ActiveView() const;
+    // The dictionary window's view, null while it is closed.
+    DictionaryView* Dictionary() const;
+    // Opens the dictionary window, or closes it when it is open.
+    void ToggleDictionary();
     // A command by its menu text without accelerators, for tests and scripting.
     QAction* Action(const char* text) const;
 
@@ -66,8 +75,12 @@ private:
     void PrintPreview();
     void ShowContextMenu(const QPoint& globalPosition);
     std::vector<QMdiSubWindow*> WindowsOf(const OpenDocument& document) const;
+    // The grid of the active child, whichever kind it is.
+    CaptionGrid* ActiveGrid() const;
+    void ShowAbout();
 
     app::AppContext& m_app;
+    std::unique_ptr<util::Messages> m_messages; // boxes over this window
     std::unique_ptr<DictionaryHolder> m_dictionary;
     QMdiArea* m_area;
     QToolBar* m_toolbar = nullptr;
@@ -102,6 +115,10 @@ private:
     QAction* m_previousPane = nullptr;
     QAction* m_sendToDictionary = nullptr;
     QAction* m_autoTranslate = nullptr;
+    QAction* m_dictionaryToggle = nullptr;
+    QAction* m_delete = nullptr;
+    QAction* m_about = nullptr;
+    QMdiSubWindow* m_dictionaryWindow = nullptr;
     bool m_closingAll = false;
 };
 

@@ -47,16 +47,22 @@ private:
 };
 
 // The dictionary of the run, loaded on first use and offered for saving at exit.
-class DictionaryHolder {
+class DictionaryHolder : public QObject {
+    Q_OBJECT
 public:
     DictionaryHolder(app::AppContext& app, QWidget* window);
-    ~DictionaryHolder();
+    ~DictionaryHolder() override;
     // Loads the dictionary the first time; a missing file is an empty dictionary.
     CDictionary& Get();
     bool IsLoaded() const { return m_dictionary != nullptr; }
     // At exit: asks whether a modified dictionary is saved. False when the user cancelled or
     // the save failed, and the program then stays open.
     bool CloseQuery();
+    // Rows were sent to the dictionary; `entriesAdded` when some became new entries.
+    void NotifySent(bool entriesAdded) { Q_EMIT Sent(entriesAdded); }
+
+Q_SIGNALS:
+    void Sent(bool entriesAdded);
 
 private:
     app::AppContext& m_app;

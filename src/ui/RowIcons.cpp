@@ -167,6 +167,28 @@ QPixmap DrawCommand(CommandIcon command, int size) {
         p.setPen(QPen(QColor(40, 160, 60), 1));
         p.drawPoint(QPointF(12.5, 8.5));
         break;
+    case CommandIcon::About:
+        // A question mark in a circle.
+        p.setPen(QPen(QColor(30, 90, 170), 1));
+        p.setBrush(QColor(225, 238, 255));
+        p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
+        p.setPen(QPen(QColor(30, 90, 170), 1.8, Qt::SolidLine, Qt::RoundCap));
+        p.setBrush(Qt::NoBrush);
+        p.drawArc(QRectF(5.5, 3.8, 5, 4.5), 150 * 16, -240 * 16);
+        p.drawLine(QPointF(8, 8.3), QPointF(8, 9.5));
+        p.drawPoint(QPointF(8, 12));
+        break;
+    case CommandIcon::Dictionary:
+        // A closed book with two language marks on its cover.
+        p.setPen(QPen(QColor(90, 40, 20), 1));
+        p.setBrush(QColor(170, 60, 40));
+        p.drawRoundedRect(QRectF(3, 1.5, 10.5, 13), 1, 1);
+        p.setBrush(QColor(245, 240, 225));
+        p.drawRect(QRectF(3, 12.5, 10.5, 2));
+        p.setPen(QPen(QColor(255, 235, 160), 1.2));
+        p.drawLine(QPointF(5.5, 5), QPointF(11, 5));
+        p.drawLine(QPointF(5.5, 8), QPointF(9.5, 8));
+        break;
     }
     return pixmap;
 }

@@ -11,7 +11,7 @@ namespace ui {
 const QIcon& RowIcon(questionnaire::RowKind kind);
 
 // The toolbar's pictures for the commands that the icon theme may not have.
-enum class CommandIcon { Cut, Copy, Paste, Print };
+enum class CommandIcon { Cut, Copy, Paste, Print, About, Dictionary };
 QIcon DrawnIcon(CommandIcon command);
 
 } // namespace ui

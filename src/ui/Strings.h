@@ -38,6 +38,18 @@ inline constexpr char kArrangeIcons[] = QT_TRANSLATE_NOOP("ui", "&Arrange Icons"
 inline constexpr char kSendToDictionary[] = QT_TRANSLATE_NOOP("ui", "Send to dictionary");
 inline constexpr char kAutoTranslate[] = QT_TRANSLATE_NOOP("ui", "Auto-translate");
 
+inline constexpr char kHelpMenu[] = QT_TRANSLATE_NOOP("ui", "&Help");
+inline constexpr char kAbout[] = QT_TRANSLATE_NOOP("ui", "&About Translator...");
+inline constexpr char kDictionary[] = QT_TRANSLATE_NOOP("ui", "Dictionary");
+inline constexpr char kDelete[] = QT_TRANSLATE_NOOP("ui", "Delete");
+
+// The about box and the dictionary window.
+inline constexpr char kAboutTitle[] = QT_TRANSLATE_NOOP("ui", "About Translator");
+inline constexpr char kInvalidDate[] = QT_TRANSLATE_NOOP("ui", "Invalid DateTime");
+inline constexpr char kDictionaryTitle[] = QT_TRANSLATE_NOOP("ui", "Dictionary");
+inline constexpr char kDeleteEntries[] =
+    QT_TRANSLATE_NOOP("ui", "Are you sure you want to delete these entrie(s) ?");
+
 // Status bar.
 inline constexpr char kReady[] = QT_TRANSLATE_NOOP("ui", "Ready");
 inline constexpr char kCapsLock[] = QT_TRANSLATE_NOOP("ui", "CAP");

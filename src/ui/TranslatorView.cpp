@@ -98,7 +98,8 @@ void TranslatorView::SendToDictionary() {
     int added = 0;
     if (!dictionary::SendToDictionary(m_document->Captions(), first, last, dictionary, chooser,
                                       added, &progress))
-        return; // the user cancelled a conflict: no count
+        return;                         // the user cancelled a conflict: no count
+    m_dictionary.NotifySent(added > 0); // the dictionary window lists the new entries
     m_document->Messages().Inform(
         util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), added));
 }

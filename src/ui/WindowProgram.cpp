@@ -38,6 +38,7 @@ bool DisplayReachable(QString& why) {
 int RunWindow(int& argc, char** argv, const QString& file) {
     QApplication application(argc, argv);
     app::AppContext context;
+    context.versionInfo.Load(); // for the about box; a failure leaves its lines empty
     MainWindow window(context);
     window.show();
     if (!file.isEmpty())

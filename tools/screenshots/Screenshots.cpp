@@ -4,6 +4,7 @@
 #include "app/AppContext.h"
 #include "dictionary/ConflictList.h"
 #include "dictionary/Dictionary.h"
+#include "ui/AboutDialog.h"
 #include "ui/CaptionGrid.h"
 #include "ui/CaptionModel.h"
 #include "ui/MainWindow.h"
@@ -12,6 +13,7 @@
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/support/ConflictDialog.h"
+#include "util/Messages.h"
 
 #include <QApplication>
 #include <QDir>
@@ -55,6 +57,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     app::AppContext context;
+    context.versionInfo.Load();
     context.dictionaryPath = home.filePath(QStringLiteral("memory.dic"));
     ui::MainWindow window(context);
     window.resize(1100, 640);
@@ -89,5 +92,27 @@ int main(int argc, char** argv) {
     const ConflictList list({0, 1}, row, dictionary);
     ui::ConflictDialog conflict(list, nullptr, &window);
     ok = Save(conflict, folder, QStringLiteral("conflict-dialog.png")) && ok;
+    conflict.hide();
+
+    // The dictionary window over a memory filled from the questionnaire's rows.
+    {
+        CDictionary memory;
+        const questionnaire::CaptionTable& table = view->Document().Captions();
+        for (qsizetype r = 0; r < table.RowCount(); ++r) {
+            CDicEntry::Texts texts;
+            for (int c = 0; c < table.ColumnCount(); ++c)
+                if (const QString text = table.Text(r, c); !text.isEmpty())
+                    texts[table.ColumnLanguage(c)] = text;
+            if (texts.size() > 1)
+                memory.AddEntry(texts);
+        }
+        util::NoMessages silent;
+        if (!memory.Save(context.dictionaryPath, silent))
+            return 1;
+    }
+    window.ToggleDictionary();
+    ok = Save(window, folder, QStringLiteral("dictionary-window.png")) && ok;
+    ui::AboutDialog about(context.versionInfo, &window);
+    ok = Save(about, folder, QStringLiteral("about-box.png")) && ok;
     return ok ? 0 : 1;
 }

@@ -3,8 +3,10 @@
 #include "dictionary/Dictionary.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/formats/XmlFile.h"
+#include "ui/AboutDialog.h"
 #include "ui/CaptionGrid.h"
 #include "ui/CaptionModel.h"
+#include "ui/DictionaryView.h"
 #include "ui/MainWindow.h"
 #include "ui/OpenDocument.h"
 #include "ui/Strings.h"
@@ -30,6 +32,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QToolBar>
 
 #include <memory>
 
@@ -361,7 +364,14 @@ private Q_SLOTS:
     // The menu bar follows the active child; the commands that need a selection follow it.
     void menusFollowTheChild() {
         QCOMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&Edit"),
-                                            QStringLiteral("&View"), QStringLiteral("&Window")}));
+                                            QStringLiteral("&View"), QStringLiteral("&Window"),
+                                            QStringLiteral("&Help")}));
+        // The toolbar: open, save | cut, copy, paste | print | about.
+        QStringList tools;
+        for (QAction* action : m_window->findChild<QToolBar*>()->actions())
+            tools.append(action->isSeparator() ? QStringLiteral("|") : action->toolTip());
+        QCOMPARE(tools.join(QLatin1Char(' ')),
+                 QStringLiteral("Open... Save | Cut Copy Paste | Print... | About Translator..."));
         Grid().clearSelection();
         QVERIFY(!m_window->Action(ui::strings::kSendToDictionary)->isEnabled());
         ClickCell(Cell(10, 1, 0));
@@ -400,7 +410,8 @@ private Q_SLOTS:
         CQuestionnaire saved;
         QVERIFY(questionnaire::ReadXmlFile(m_path, saved));
         QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), QStringLiteral("Tout"));
-        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View")}));
+        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View"),
+                                                QStringLiteral("&Help")}));
         // The file is now the most recent one.
         QVERIFY(m_window->findChildren<QAction*>().size() > 0);
         QCOMPARE(m_context->recentFiles.Files().value(0), m_path);
@@ -440,11 +451,127 @@ private Q_SLOTS:
         {
             BoxAnswerer no(QMessageBox::No);
             m_window->close();
-            // The questionnaire and then the dictionary are offered for saving.
-            QCOMPARE(no.texts, (QStringList{QStringLiteral("Save changes to survey.xml?"),
-                                            QStringLiteral("Dictionary has been modified. Do "
-                                                           "you want to save?")}));
+            // The dictionary and then the questionnaire are offered for saving.
+            QCOMPARE(no.texts, (QStringList{QStringLiteral("Dictionary has been modified. Do "
+                                                           "you want to save?"),
+                                            QStringLiteral("Save changes to survey.xml?")}));
         }
+        // "No" left the file as it was: two entries.
+        CDictionary saved;
+        util::NoMessages silent;
+        QVERIFY(saved.Load(m_context->dictionaryPath, silent));
+        QCOMPARE(saved.GetEntryCount(), 2);
+    }
+
+    // The dictionary window: every live entry by language, edits merged into their entry,
+    // whole rows deleted after one question, new entries listed after sending, and the save
+    // question at exit with its three answers.
+    void dictionaryWindow() {
+        {
+            CDictionary dictionary;
+            for (int i = 0; i < 6; ++i)
+                dictionary.AddEntry({{kEnglish, QStringLiteral("e%1").arg(i)},
+                                     {kGerman, QStringLiteral("d%1").arg(i)}});
+            util::NoMessages silent;
+            QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
+        }
+        QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
+        m_window->Action(ui::strings::kDictionary)->trigger();
+        ui::DictionaryView* view = m_window->Dictionary();
+        QVERIFY(view);
+        QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(), QStringLiteral("Dictionary"));
+        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View"),
+                                                QStringLiteral("&Help")}));
+        ui::DictionaryModel& model = view->Model();
+        ui::CaptionGrid& grid = view->Grid();
+        QCOMPARE(model.rowCount(), 6);
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("DEU"));
+        QCOMPARE(model.headerData(5, Qt::Vertical).toString(), QStringLiteral("6"));
+        auto click = [&](int row, int column, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+            const QModelIndex index = model.index(row, column);
+            grid.scrollTo(index);
+            QTest::mouseClick(grid.viewport(), Qt::LeftButton, modifiers,
+                              grid.visualRect(index).center());
+        };
+
+        // A text typed into a cell is merged into its entry; the cell shows the entry's text.
+        click(0, 0);
+        QTest::keyClicks(&grid, QStringLiteral("B"));
+        QTest::keyClicks(grid.findChild<QLineEdit*>(), QStringLiteral("rot"));
+        QTest::keyClick(grid.findChild<QLineEdit*>(), Qt::Key_Return);
+        QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("Brot"));
+        QCOMPARE(model.index(0, 1).data().toString(), QStringLiteral("e0"));
+
+        // Cells in rows 3 and 5 selected: rows 3, 4 and 5 go, after one question.
+        click(2, 0);
+        click(4, 1, Qt::ControlModifier);
+        {
+            BoxAnswerer no(QMessageBox::No);
+            m_window->Action(ui::strings::kDelete)->trigger();
+            QCOMPARE(no.texts, QStringList{QStringLiteral(
+                                   "Are you sure you want to delete these entrie(s) ?")});
+            QCOMPARE(model.rowCount(), 6);
+        }
+        {
+            BoxAnswerer yes(QMessageBox::Yes);
+            m_window->Action(ui::strings::kDelete)->trigger();
+            QCOMPARE(yes.texts.size(), 1);
+        }
+        QCOMPARE(model.rowCount(), 3);
+        QCOMPARE(model.index(2, 1).data().toString(), QStringLiteral("e5"));
+
+        // Rows sent from the questionnaire appear in the dictionary window at once.
+        m_window->Area()->setActiveSubWindow(questionnaire);
+        ClickCell(Cell(10, -1, 0));
+        {
+            BoxAnswerer ok;
+            m_window->Action(ui::strings::kSendToDictionary)->trigger();
+            QCOMPARE(ok.texts,
+                     QStringList{QStringLiteral("1 entrie(s) have been added to the dictionary")});
+        }
+        QCOMPARE(model.rowCount(), 4);
+
+        // At exit: Cancel keeps the program open, Yes saves the dictionary.
+        {
+            BoxAnswerer cancel(QMessageBox::Cancel);
+            m_window->close();
+            QCOMPARE(cancel.texts, QStringList{QStringLiteral(
+                                       "Dictionary has been modified. Do you want to save?")});
+            QVERIFY(m_window->isVisible());
+            QVERIFY(m_window->Dictionary());
+        }
+        {
+            BoxAnswerer yes(QMessageBox::Yes);
+            m_window->close();
+            QVERIFY(!m_window->isVisible());
+        }
+        CDictionary saved;
+        util::NoMessages silent;
+        QVERIFY(saved.Load(m_context->dictionaryPath, silent));
+        int live = 0;
+        for (int i = 0; i < saved.GetEntryCount(); ++i)
+            live += saved.GetEntry(i).m_deleted ? 0 : 1;
+        QCOMPARE(live, 4);
+        QVERIFY(saved.GetEntry(0).m_texts.at(kGerman) == QStringLiteral("Brot"));
+    }
+
+    // The about box: the product and file version, the legal notice, the file's date.
+    void aboutBox() {
+        app::VersionInfo version;
+        QVERIFY(version.Load());
+        ui::AboutDialog about(version);
+        QCOMPARE(about.windowTitle(), QStringLiteral("About Translator"));
+        QVERIFY(about.ProductLine().startsWith(QStringLiteral("Translator 1.")));
+        QCOMPARE(about.ProductLine().count(QLatin1Char('.')), 3); // a four-part file version
+        QCOMPARE(about.LegalLine(), QStringLiteral("Copyright (C) Halvard Quist"));
+        QCOMPARE(
+            about.DateLine(),
+            QLocale().toString(QFileInfo(QCoreApplication::applicationFilePath()).lastModified(),
+                               QLocale::ShortFormat));
+        version.dateStatus = app::VersionInfo::DateStatus::Invalid;
+        QCOMPARE(ui::AboutDialog::FormatDate(version), QStringLiteral("Invalid DateTime"));
+        version.dateStatus = app::VersionInfo::DateStatus::Null;
+        QCOMPARE(ui::AboutDialog::FormatDate(version), QString());
     }
 
     // The export and import run from their dialogs; an import that changed captions refills
