@@ -45,7 +45,8 @@ int DictionaryModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant DictionaryModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
+    if (!index.isValid() ||
+        (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::ToolTipRole))
         return {};
     const CDicEntry& entry = m_dictionary.GetEntry(m_shown[size_t(index.row())]);
     const auto it = entry.m_texts.find(qint32(m_dictionary.GetLanguage(index.column()).m_id));
