@@ -2,6 +2,7 @@
 
 #include "app/AppContext.h"
 #include "ui/MainWindow.h"
+#include "ui/Translations.h"
 
 #include <QApplication>
 
@@ -37,6 +38,7 @@ bool DisplayReachable(QString& why) {
 
 int RunWindow(int& argc, char** argv, const QString& file) {
     QApplication application(argc, argv);
+    SetUpApplication(application);
     app::AppContext context;
     context.versionInfo.Load(); // for the about box; a failure leaves its lines empty
     MainWindow window(context);
