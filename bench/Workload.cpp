@@ -4,19 +4,26 @@
 #include "questionnaire/CaptionList.h"
 #include "util/LocaleTable.h"
 
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <algorithm>
+#include <cstdio>
 #include <random>
+
+#include <malloc.h>
 
 namespace bench {
 
 namespace {
 
 const char* const kWords[] = {
-    "how",     "satisfied", "are",     "you",      "with",      "our",     "service", "please",
-    "rate",    "the",       "quality", "of",       "products",  "in",      "last",    "month",
-    "did",     "visit",     "store",   "website",  "would",     "recommend", "friend", "colleague",
-    "very",    "fairly",    "not",     "at",       "all",       "don't",   "know",    "price",
-    "value",   "delivery",  "staff",   "friendly", "helpful",   "waiting", "time",    "reason",
-    "answer",  "below",     "café",    "résumé",   "naïve",     "\"best\"", "other,",  "specify",
+    "how",    "satisfied", "are",     "you",      "with",     "our",       "service", "please",
+    "rate",   "the",       "quality", "of",       "products", "in",        "last",    "month",
+    "did",    "visit",     "store",   "website",  "would",    "recommend", "friend",  "colleague",
+    "very",   "fairly",    "not",     "at",       "all",      "don't",     "know",    "price",
+    "value",  "delivery",  "staff",   "friendly", "helpful",  "waiting",   "time",    "reason",
+    "answer", "below",     "café",    "résumé",   "naïve",    "\"best\"",  "other,",  "specify",
 };
 
 class Texts {
@@ -87,6 +94,7 @@ bool NamedWorkload(const QString& name, WorkloadSpec& spec) {
     spec.responses = 6000;
     spec.routings = 500;
     spec.languages = 40;
+    spec.dictionaryEntries = 1000000;
     if (name == QLatin1String("stress")) {
         spec.bigQuestionResponses = 15000;
         spec.languages = 120;
@@ -131,9 +139,102 @@ CQuestionnaire MakeQuestionnaire(const WorkloadSpec& spec) {
         questionnaire::WriteCaption(q, qid, rid, languages.first(), source);
         for (qsizetype l = 1; l < languages.size(); ++l)
             if (texts.Chance(spec.translatedShare))
-                questionnaire::WriteCaption(q, qid, rid, languages[l], texts.Target(source, languages[l]));
+                questionnaire::WriteCaption(q, qid, rid, languages[l],
+                                            texts.Target(source, languages[l]));
     }
     return q;
+}
+
+QList<qint32> DictionaryLanguages() {
+    return {1033, 1036, 1031, 3082};
+}
+
+CDictionary MakeDictionary(int entries, QStringList* lookups) {
+    const QList<qint32> languages = DictionaryLanguages();
+    std::mt19937 random(7);
+    CDictionary dictionary;
+    for (int i = 0; i < entries; ++i) {
+        CDicEntry::Texts texts;
+        const QString text =
+            QStringLiteral("Caption %1 of the survey, %2 answers").arg(i).arg(random() % 1000);
+        for (qint32 lcid : languages)
+            texts[lcid] = QStringLiteral("[%1] ").arg(lcid) + text;
+        if (lookups && i % 1000 == 0)
+            lookups->append(texts[languages.first()]);
+        dictionary.AddEntry(texts);
+    }
+    return dictionary;
+}
+
+int ParseOptions(const QStringList& arguments, const char* usage, const char* measures,
+                 Options& options) {
+    QString name = QStringLiteral("large");
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& option = arguments[i];
+        const bool hasValue = i + 1 < arguments.size();
+        if (option == QLatin1String("--help")) {
+            std::printf("%smeasures: %s\n", usage, measures);
+            return 0;
+        }
+        if (option == QLatin1String("--reuse")) {
+            options.reuse = true;
+        } else if (option == QLatin1String("--workload") && hasValue) {
+            name = arguments[++i];
+        } else if (option == QLatin1String("--dir") && hasValue) {
+            options.dir = arguments[++i];
+        } else if (option == QLatin1String("--repeat") && hasValue) {
+            bool ok = false;
+            options.repeat = arguments[++i].toInt(&ok);
+            if (!ok || options.repeat < 1) {
+                std::fprintf(stderr, "--repeat wants a whole number of at least 1\n%s", usage);
+                return 64;
+            }
+        } else {
+            std::fprintf(stderr, "unknown option or missing value: %s\n%s", qPrintable(option),
+                         usage);
+            return 64;
+        }
+    }
+    if (!NamedWorkload(name, options.spec)) {
+        std::fprintf(stderr, "unknown workload (small, large, stress)\n");
+        return 64;
+    }
+    return -1;
+}
+
+qint64 StatusKb(const char* field) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith(field))
+            return line.mid(qstrlen(field)).trimmed().split(' ').value(0).toLongLong();
+    return 0;
+}
+
+void ResetPeak(bool trim) {
+    if (trim)
+        malloc_trim(0);
+    QFile clear(QStringLiteral("/proc/self/clear_refs"));
+    if (clear.open(QIODevice::WriteOnly))
+        clear.write("5");
+}
+
+qint64 HeapKb() {
+    const struct mallinfo2 info = mallinfo2();
+    return qint64((info.uordblks + info.hblkhd) / 1024);
+}
+
+double Median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[values.size() / 2];
+}
+
+double Seconds(const std::function<void()>& step) {
+    QElapsedTimer timer;
+    timer.start();
+    step();
+    return timer.nsecsElapsed() / 1e9;
 }
 
 } // namespace bench

@@ -14,8 +14,6 @@
 #include "util/Messages.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -23,26 +21,15 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <random>
 
 namespace {
-
-double PeakMb() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
-    return 0;
-}
 
 void Print(const char* measure, double seconds, qint64 items, double mb, double cp) {
     QJsonObject o{{QStringLiteral("measure"), QString::fromLatin1(measure)},
                   {QStringLiteral("seconds"), seconds},
                   {QStringLiteral("items"), items},
                   {QStringLiteral("items_per_second"), seconds > 0 ? items / seconds : 0.0},
-                  {QStringLiteral("peak_rss_mb"), PeakMb()}};
+                  {QStringLiteral("peak_rss_mb"), bench::StatusKb("VmHWM:") / 1024.0}};
     if (mb > 0) {
         o.insert(QStringLiteral("mb"), mb);
         o.insert(QStringLiteral("mb_per_second"), seconds > 0 ? mb / seconds : 0.0);
@@ -55,13 +42,6 @@ void Print(const char* measure, double seconds, qint64 items, double mb, double 
     std::fflush(stdout);
 }
 
-template <class F> double Seconds(F&& step) {
-    QElapsedTimer timer;
-    timer.start();
-    step();
-    return timer.nsecsElapsed() / 1e9;
-}
-
 class NoChoice : public ConflictChooser {
 public:
     qint32 Choose(const ConflictList&) override { return ConflictList::kDoNotAdd; }
@@ -70,29 +50,20 @@ public:
 } // namespace
 
 int main(int argc, char** argv) {
+    using bench::Seconds;
     QCoreApplication application(argc, argv);
+    bench::WorkloadSpec spec;
+    bench::NamedWorkload(QStringLiteral("large"), spec);
     const QStringList args = QCoreApplication::arguments();
     const int entries = args.contains(QLatin1String("--entries"))
                             ? args.value(args.indexOf(QLatin1String("--entries")) + 1).toInt()
-                            : 1000000;
+                            : spec.dictionaryEntries;
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("Translator.dic"));
     util::RecordedMessages messages;
-    const qint32 languages[] = {1033, 1036, 1031, 3082};
-    std::mt19937 random(7);
     QStringList sources;
     {
-        CDictionary built;
-        for (int i = 0; i < entries; ++i) {
-            CDicEntry::Texts texts;
-            const QString text =
-                QStringLiteral("Caption %1 of the survey, %2 answers").arg(i).arg(random() % 1000);
-            for (qint32 lcid : languages)
-                texts[lcid] = QStringLiteral("[%1] ").arg(lcid) + text;
-            if (i % 1000 == 0)
-                sources.append(texts[1033]);
-            built.AddEntry(texts);
-        }
+        CDictionary built = bench::MakeDictionary(entries, &sources);
         const double save = Seconds([&] { built.Save(path, messages); });
         const double mb = QFileInfo(path).size() / 1e6;
         const double cp = Seconds([&] {
@@ -118,8 +89,6 @@ int main(int argc, char** argv) {
           }),
           lookups, 0, cp);
 
-    bench::WorkloadSpec spec;
-    bench::NamedWorkload(QStringLiteral("large"), spec);
     CQuestionnaire q = bench::MakeQuestionnaire(spec);
     const questionnaire::CaptionTable table(&q);
     const questionnaire::CaptionList& rows = table.Rows();
