@@ -18,9 +18,8 @@ const QString kTranslationsFolder = QStringLiteral(":/i18n");
 const char kTranslatorName[] = "ui::InstallTranslations";
 
 void RemoveInstalled(QApplication& application) {
-    const auto installed =
-        application.findChildren<QTranslator*>(QLatin1String(kTranslatorName),
-                                               Qt::FindDirectChildrenOnly);
+    const auto installed = application.findChildren<QTranslator*>(QLatin1String(kTranslatorName),
+                                                                  Qt::FindDirectChildrenOnly);
     for (QTranslator* translator : installed) {
         QCoreApplication::removeTranslator(translator);
         delete translator;

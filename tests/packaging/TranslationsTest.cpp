@@ -1,9 +1,9 @@
 // The window in German: the program's set-up reads the user's languages from the environment
 // (this test runs with LANGUAGE=de), installs the embedded translation and Qt's own, and sets
 // the program's icon.
+#include "ui/Translations.h"
 #include "app/AppContext.h"
 #include "ui/MainWindow.h"
-#include "ui/Translations.h"
 
 #include <QApplication>
 #include <QMenuBar>
@@ -28,7 +28,8 @@ private Q_SLOTS:
     void QtsOwnTextsFollow() {
         QCOMPARE(ui::InstallTranslations(*qApp, {QStringLiteral("fr-FR"), QStringLiteral("de-AT")}),
                  QStringLiteral("de_AT"));
-        QCOMPARE(QCoreApplication::translate("ui", "Save &As..."), QStringLiteral("Speichern &unter..."));
+        QCOMPARE(QCoreApplication::translate("ui", "Save &As..."),
+                 QStringLiteral("Speichern &unter..."));
         // A text with its shortcut after the tab keeps the shortcut.
         QCOMPARE(QCoreApplication::translate("ui", "&Open...\tCtrl+O"),
                  QStringLiteral("Ö&ffnen...\tCtrl+O"));
