@@ -167,7 +167,9 @@ CDictionary MakeDictionary(int entries, QStringList* lookups) {
 }
 
 int ParseOptions(const QStringList& arguments, const char* usage, const char* measures,
-                 Options& options) {
+                 Options& options, bool acceptsOnly) {
+    const QStringList known =
+        QString::fromLatin1(measures).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     QString name = QStringLiteral("large");
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         const QString& option = arguments[i];
@@ -182,6 +184,14 @@ int ParseOptions(const QStringList& arguments, const char* usage, const char* me
             name = arguments[++i];
         } else if (option == QLatin1String("--dir") && hasValue) {
             options.dir = arguments[++i];
+        } else if (acceptsOnly && option == QLatin1String("--only") && hasValue) {
+            options.only = arguments[++i].split(QLatin1Char(','));
+            for (const QString& measure : std::as_const(options.only))
+                if (!known.contains(measure)) {
+                    std::fprintf(stderr, "unknown measure %s (%s)\n", qPrintable(measure),
+                                 measures);
+                    return 64;
+                }
         } else if (option == QLatin1String("--repeat") && hasValue) {
             bool ok = false;
             options.repeat = arguments[++i].toInt(&ok);

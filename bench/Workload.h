@@ -48,13 +48,15 @@ struct Options {
     QString dir;        // --dir DIR; empty for a temporary folder
     bool reuse = false; // --reuse: keep the files a previous run left in `dir`
     int repeat = 1;     // --repeat N
+    QStringList only;   // --only MEASURE,...: where the benchmark offers it; empty for all
 };
 
 // Reads the arguments after the program's name. --help prints `usage` and the line
 // "measures: `measures`" that check_bench.sh reads. Returns -1 to go on, else the exit code: 0
 // after --help, 64 for an option refused (said on stderr with the usage).
+// `acceptsOnly` lets --only pick measures among `measures` (space-separated).
 int ParseOptions(const QStringList& arguments, const char* usage, const char* measures,
-                 Options& options);
+                 Options& options, bool acceptsOnly = false);
 
 // A field of /proc/self/status such as "VmRSS:", in kB; 0 where it cannot be read.
 qint64 StatusKb(const char* field);

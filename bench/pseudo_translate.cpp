@@ -49,10 +49,13 @@ int main(int argc, char** argv) {
     while (cutter.Next(cells))
         rows.append(exchange::RowCutter::Strings(cells));
     const QString prefix = args[2] + QLatin1Char('(');
-    const qsizetype column = rows.isEmpty() ? -1 : rows[0].indexOf(QRegularExpression(
-                                                  QRegularExpression::escape(prefix) + QStringLiteral(".*")));
+    const qsizetype column = rows.isEmpty()
+                                 ? -1
+                                 : rows[0].indexOf(QRegularExpression(
+                                       QRegularExpression::escape(prefix) + QStringLiteral(".*")));
     if (column < 3) {
-        std::fprintf(stderr, "no target column %s(...) after the source column\n", qPrintable(args[2]));
+        std::fprintf(stderr, "no target column %s(...) after the source column\n",
+                     qPrintable(args[2]));
         return 1;
     }
     const QString tag = rows[0][column].mid(prefix.size()).chopped(1);

@@ -43,38 +43,10 @@
 
 namespace {
 
-qint64 StatusKb(const char* field) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(field))
-            return line.mid(qstrlen(field)).trimmed().split(' ').value(0).toLongLong();
-    return 0;
-}
-
-// Starts a new high-water mark of resident memory, so each step reports its own peak. Before a
-// load, the memory the allocator keeps from an earlier questionnaire goes back first: the load
-// would otherwise reuse it unseen, and start warmer than in a fresh program.
-void ResetPeak(bool trim) {
-    if (trim)
-        malloc_trim(0);
-    QFile clear(QStringLiteral("/proc/self/clear_refs"));
-    if (clear.open(QIODevice::WriteOnly))
-        clear.write("5");
-}
-
-double Median(std::vector<double> times) {
-    std::sort(times.begin(), times.end());
-    return times.empty() ? 0 : times[times.size() / 2];
-}
-
-double Seconds(const std::function<void()>& step) {
-    QElapsedTimer timer;
-    timer.start();
-    step();
-    return timer.nsecsElapsed() / 1e9;
-}
+using bench::Median;
+using bench::ResetPeak;
+using bench::Seconds;
+using bench::StatusKb;
 
 // The median time of a reference tool over three runs, or nothing when the tool is missing or
 // fails.
@@ -402,53 +374,15 @@ constexpr char kUsage[] =
 
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
-    const QStringList args = QCoreApplication::arguments().mid(1);
-    QString name = QStringLiteral("large");
-    QString dir;
-    QStringList only;
-    bool reuse = false;
-    int repeat = 1;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& option = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (option == QLatin1String("--help")) {
-            std::printf("%smeasures: %s\n", kUsage, qPrintable(kMeasures.join(QLatin1Char(' '))));
-            return 0;
-        }
-        if (option == QLatin1String("--reuse")) {
-            reuse = true;
-        } else if (option == QLatin1String("--workload") && hasValue) {
-            name = args[++i];
-        } else if (option == QLatin1String("--dir") && hasValue) {
-            dir = args[++i];
-        } else if (option == QLatin1String("--only") && hasValue) {
-            only = args[++i].split(QLatin1Char(','));
-            for (const QString& measure : std::as_const(only)) {
-                if (!kMeasures.contains(measure)) {
-                    std::fprintf(stderr, "unknown measure %s (%s)\n", qPrintable(measure),
-                                 qPrintable(kMeasures.join(QStringLiteral(", "))));
-                    return 64;
-                }
-            }
-        } else if (option == QLatin1String("--repeat") && hasValue) {
-            bool ok = false;
-            repeat = args[++i].toInt(&ok);
-            if (!ok || repeat < 1) {
-                std::fprintf(stderr, "--repeat wants a whole number of at least 1\n%s", kUsage);
-                return 64;
-            }
-        } else {
-            std::fprintf(stderr, "unknown option or missing value: %s\n%s", qPrintable(option),
-                         kUsage);
-            return 64;
-        }
-    }
-    bench::WorkloadSpec spec;
-    if (!bench::NamedWorkload(name, spec)) {
-        std::fprintf(stderr, "unknown workload (small, large, stress)\n");
-        return 64;
-    }
+    bench::Options options;
+    const QByteArray measures = kMeasures.join(QLatin1Char(' ')).toLatin1();
+    if (const int status = bench::ParseOptions(QCoreApplication::arguments().mid(1), kUsage,
+                                               measures.constData(), options, true);
+        status >= 0)
+        return status;
     QTemporaryDir temporary;
-    Bench(spec, dir.isEmpty() ? temporary.path() : dir, only, reuse, repeat).Run();
+    Bench(options.spec, options.dir.isEmpty() ? temporary.path() : options.dir, options.only,
+          options.reuse, options.repeat)
+        .Run();
     return 0;
 }
