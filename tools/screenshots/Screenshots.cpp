@@ -9,6 +9,7 @@
 #include "ui/CaptionModel.h"
 #include "ui/MainWindow.h"
 #include "ui/OpenDocument.h"
+#include "ui/Translations.h"
 #include "ui/TranslatorView.h"
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
@@ -46,6 +47,9 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Halvard Quist"));
     QApplication::setApplicationName(QStringLiteral("Translator"));
+    // The pictures show the program in English, with its icon.
+    ui::SetUpApplication(application);
+    ui::InstallTranslations(application, {QStringLiteral("en")});
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 3) {
         QTextStream(stderr) << "usage: translator_screenshots OUTPUT_FOLDER QUESTIONNAIRE\n";
