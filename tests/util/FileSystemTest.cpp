@@ -27,7 +27,7 @@ protected:
 
 TEST_F(FileSystemTest, DeleteFolderRemovesEverythingInsideWithoutFollowingLinks) {
     ASSERT_TRUE(QDir(m_dir.path()).mkpath(QStringLiteral("victim/sub/deeper")));
-    ASSERT_TRUE(QDir(m_dir.path()).mkpath(QStringLiteral("victim/locked")));
+    ASSERT_TRUE(QDir(m_dir.path()).mkpath(QStringLiteral("victim/locked/inner")));
     ASSERT_TRUE(QDir(m_dir.path()).mkpath(QStringLiteral("outside/folder")));
     MakeFile(QStringLiteral("victim/plain.txt"));
     MakeFile(QStringLiteral("victim/no-extension"));
@@ -35,10 +35,16 @@ TEST_F(FileSystemTest, DeleteFolderRemovesEverythingInsideWithoutFollowingLinks)
     MakeFile(QStringLiteral("victim/readonly.txt"));
     MakeFile(QStringLiteral("victim/sub/deeper/file.bin"));
     MakeFile(QStringLiteral("victim/locked/inside.txt"));
+    MakeFile(QStringLiteral("victim/locked/inner/readonly.txt"));
     MakeFile(QStringLiteral("outside/kept.txt"), "kept");
     MakeFile(QStringLiteral("outside/folder/kept.txt"), "kept");
     ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("victim/readonly.txt")),
                                       QFileDevice::ReadOwner | QFileDevice::ReadUser));
+    // Read-only all the way down: a file in a folder in a folder.
+    ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("victim/locked/inner/readonly.txt")),
+                                      QFileDevice::ReadOwner | QFileDevice::ReadUser));
+    ASSERT_TRUE(
+        QFile::setPermissions(Path(QStringLiteral("victim/locked/inner")), kReadOnlyFolder));
     ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("victim/locked")), kReadOnlyFolder));
 #ifdef Q_OS_UNIX
     ASSERT_TRUE(QFile::link(Path(QStringLiteral("outside/kept.txt")),

@@ -1,0 +1,286 @@
+#include "util/Process.h"
+
+#include "common/TestUtil.h"
+#include "util/AnsiCodePage.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using testutil::Utf16Le;
+using util::AnsiCodePage;
+
+namespace {
+
+QStringList Shell(const char* script) {
+    return {QStringLiteral("sh"), QStringLiteral("-c"), QString::fromUtf8(script)};
+}
+
+// Gone, or a zombie nobody has reaped yet: either way no longer running.
+bool ProcessGone(qint64 pid) {
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return true;
+    const QByteArray line = stat.readAll();
+    const qsizetype close = line.lastIndexOf(')');
+    return close < 0 || line.mid(close + 2, 1) == "Z" || line.mid(close + 2, 1) == "X";
+}
+
+struct ExitCase {
+    const char* name;
+    QStringList command;
+    QString commandLine; // used when the command is empty
+    int expected;
+};
+
+TEST(RunProgramTest, PassesExitCodesThroughAndReportsWhatCouldNotStart) {
+    QTemporaryDir dir;
+    const QString notExecutable = dir.filePath(QStringLiteral("plain.txt"));
+    ASSERT_TRUE(testutil::WriteAll(notExecutable, "echo hi\n"));
+    const ExitCase cases[] = {
+        {"success", Shell("exit 0"), {}, 0},
+        {"failure", Shell("exit 3"), {}, 3},
+        {"highest code", Shell("exit 255"), {}, 255},
+        {"command line", {}, QStringLiteral("sh -c \"exit 42\""), 42},
+        {"command line with quoted blanks", {}, QStringLiteral("sh -c \"test 'a b' = 'a b'\""), 0},
+        {"unknown program", {QStringLiteral("/nonexistent/program")}, {}, util::kStartFailed},
+        {"program not in PATH", {QStringLiteral("no-such-program-here")}, {}, util::kStartFailed},
+        {"not executable", {notExecutable}, {}, util::kStartFailed},
+        {"empty command", {}, QString(), util::kStartFailed},
+        {"signal SEGV", Shell("ulimit -c 0; kill -SEGV $$"), {}, util::kCrashed},
+        {"signal ABRT", Shell("ulimit -c 0; kill -ABRT $$"), {}, util::kCrashed},
+        {"killed", Shell("kill -KILL $$"), {}, util::kCrashed},
+    };
+    for (const ExitCase& c : cases) {
+        QString output = QStringLiteral("stale");
+        const int code = c.command.isEmpty()
+                             ? util::RunProgram(c.commandLine, QString(), output, 10000)
+                             : util::RunProgram(c.command, QString(), output, 10000);
+        EXPECT_EQ(code, c.expected) << c.name;
+        EXPECT_NE(output, QStringLiteral("stale")) << c.name;
+    }
+}
+
+TEST(RunProgramTest, RunsInTheWorkingFolderAndCapturesBothStreams) {
+    QTemporaryDir dir;
+    QString output;
+    EXPECT_EQ(util::RunProgram(Shell("pwd; echo to-error >&2; exit 5"), dir.path(), output), 5);
+    EXPECT_EQ(output, QFileInfo(dir.path()).canonicalFilePath() + QStringLiteral("\nto-error\n"));
+
+    EXPECT_EQ(util::RunProgram(Shell("pwd"), dir.filePath(QStringLiteral("missing")), output),
+              util::kStartFailed);
+}
+
+struct OutputCase {
+    const char* name;
+    quint32 codePage;
+    QByteArray bytes;
+    QString text;
+};
+
+TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
+    const QString french = QStringLiteral(u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0");
+    const QString russian = QStringLiteral(u"\u041F\u0440\u0438\u0432\u0435\u0442");
+    QString longText;
+    for (int i = 0; i < 300; ++i)
+        longText += QStringLiteral(u"ligne %1 \u00E9t\u00E9\n").arg(i);
+    QByteArray french1252;
+    ASSERT_TRUE(AnsiCodePage::FromUnicode(french, 1252, french1252));
+    QByteArray long1252;
+    ASSERT_TRUE(AnsiCodePage::FromUnicode(longText, 1252, long1252));
+    const OutputCase cases[] = {
+        {"utf16 with mark", 1252, Utf16Le(french), french},
+        {"utf16 without mark", 1252, Utf16Le(french, false), french},
+        {"code page 1252", 1252, french1252, french},
+        {"utf16 over many chunks", 1252, Utf16Le(longText, false), longText},
+        {"code page over many chunks", 1252, long1252, longText},
+        {"cyrillic utf16 with mark", 1251, Utf16Le(russian), russian},
+        {"code page 1251", 1251, QByteArray("\xCF\xF0\xE8\xE2\xE5\xF2"), russian},
+        {"nothing", 1252, QByteArray(), QString()},
+    };
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("bytes"));
+    for (const OutputCase& c : cases) {
+        AnsiCodePage::SetCurrent(c.codePage);
+        ASSERT_TRUE(testutil::WriteAll(file, c.bytes));
+        QString output;
+        EXPECT_EQ(util::RunProgram({QStringLiteral("cat"), file}, QString(), output), 0) << c.name;
+        EXPECT_EQ(output, c.text) << c.name;
+    }
+    AnsiCodePage::Reset();
+}
+
+TEST(RunProgramTest, PassesNoDescriptorButTheStandardOnes) {
+    // Opened the way careless code does, without O_CLOEXEC.
+    const int file = ::open("/proc/self/status", O_RDONLY);
+    ASSERT_GE(file, 0);
+    int pipeEnds[2];
+    ASSERT_EQ(::pipe(pipeEnds), 0);
+    QString output;
+    const int code = util::RunProgram(
+        {QStringLiteral("ls"), QStringLiteral("-1"), QStringLiteral("/proc/self/fd")}, QString(),
+        output);
+    ::close(file);
+    ::close(pipeEnds[0]);
+    ::close(pipeEnds[1]);
+    EXPECT_EQ(code, 0);
+    // 3 is the folder ls opens to list it.
+    EXPECT_EQ(output.split(QLatin1Char('\n'), Qt::SkipEmptyParts),
+              QStringList({"0", "1", "2", "3"}));
+}
+
+TEST(RunProgramTest, TimeoutKillsTheProgramAndWhatItStarted) {
+    QElapsedTimer clock;
+    clock.start();
+    QString output;
+    const int code = util::RunProgram(Shell("sleep 30 & echo $! $$; wait"), QString(), output, 500);
+    EXPECT_EQ(code, util::kTimedOut);
+    EXPECT_LT(clock.elapsed(), 10000);
+    const QStringList pids = output.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    ASSERT_EQ(pids.size(), 2) << output.toStdString();
+    for (const QString& pid : pids) {
+        // The killed grandchild is reaped by whoever adopted it, which may take a moment.
+        for (int i = 0; i < 200 && !ProcessGone(pid.trimmed().toLongLong()); ++i)
+            QThread::msleep(10);
+        EXPECT_TRUE(ProcessGone(pid.trimmed().toLongLong())) << pid.toStdString();
+    }
+}
+
+TEST(RunProgramTest, EndsWithTheProgramEvenWhenSomethingItStartedHoldsTheOutput) {
+    QElapsedTimer clock;
+    clock.start();
+    QString output;
+    EXPECT_EQ(util::RunProgram(Shell("sleep 30 & echo $!"), QString(), output, 20000), 0);
+    EXPECT_LT(clock.elapsed(), 10000);
+    const qint64 left = output.trimmed().toLongLong();
+    ASSERT_GT(left, 0) << output.toStdString();
+    // Not timed out, so what it started is left alone.
+    EXPECT_FALSE(ProcessGone(left));
+    ::kill(pid_t(left), SIGKILL);
+}
+
+// A child of our own that is ready to be signalled once it said so.
+class Child {
+public:
+    explicit Child(const char* script) {
+        m_process.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromUtf8(script)});
+        m_ready = m_process.waitForStarted() && m_process.waitForReadyRead(10000);
+    }
+    ~Child() {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    bool Ready() const { return m_ready; }
+    qint64 Pid() const { return m_process.processId(); }
+    bool Ended() { return m_process.waitForFinished(5000); }
+
+private:
+    QProcess m_process;
+    bool m_ready = false;
+};
+
+struct CloseCase {
+    const char* name;
+    const char* script;
+    bool force;
+    int timeoutMs;
+    bool closed;
+};
+
+TEST(CloseProcessTest, AsksFirstAndKillsOnlyWhenForced) {
+    // Ignoring SIGTERM survives the exec, so sleep itself ignores it.
+    const CloseCase cases[] = {
+        {"polite", "echo ready; exec sleep 30", false, 5000, true},
+        {"polite, unlimited", "echo ready; exec sleep 30", false, util::kNoTimeout, true},
+        {"polite, forced needlessly", "echo ready; exec sleep 30", true, 5000, true},
+        {"ignores the request", "trap '' TERM; echo ready; exec sleep 30", false, 300, false},
+        {"ignores it, forced", "trap '' TERM; echo ready; exec sleep 30", true, 300, true},
+    };
+    for (const CloseCase& c : cases) {
+        Child child(c.script);
+        ASSERT_TRUE(child.Ready()) << c.name;
+        EXPECT_EQ(util::CloseProcess(child.Pid(), c.force, c.timeoutMs), c.closed) << c.name;
+        if (c.closed) {
+            EXPECT_TRUE(child.Ended()) << c.name;
+        }
+    }
+}
+
+TEST(CloseProcessTest, RefusesProcessesThatDoNotExist) {
+    // The number of a child that has been reaped names no process.
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    ASSERT_GT(child, 0);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    for (const qint64 pid : {qint64(child), qint64(0), qint64(-1), qint64(1) << 40})
+        EXPECT_FALSE(util::CloseProcess(pid, true, 100)) << pid;
+}
+
+struct WaitCase {
+    const char* name;
+    int signalAfterMs; // -1: never
+    int timeoutSeconds;
+    bool signalled;
+    qint64 atLeastMs;
+};
+
+TEST(WaitForObjectTest, ReturnsWhenSignalledOrWhenTheTimeRunsOut) {
+    const WaitCase cases[] = {
+        {"already signalled", 0, 0, true, 0},
+        {"signalled by a timer", 50, 10, true, 40},
+        {"signalled, no limit", 50, -1, true, 40},
+        {"never, no time", -1, 0, false, 0},
+        {"never", -1, 1, false, 1000},
+    };
+    for (const WaitCase& c : cases) {
+        bool flag = c.signalAfterMs == 0;
+        QTimer timer; // fires only when this thread's events go on being handled
+        timer.setSingleShot(true);
+        QObject::connect(&timer, &QTimer::timeout, [&flag] { flag = true; });
+        if (c.signalAfterMs > 0)
+            timer.start(c.signalAfterMs);
+        QElapsedTimer clock;
+        clock.start();
+        EXPECT_EQ(util::WaitForObject([&flag] { return flag; }, c.timeoutSeconds), c.signalled)
+            << c.name;
+        EXPECT_GE(clock.elapsed(), c.atLeastMs) << c.name;
+        EXPECT_LT(clock.elapsed(), c.atLeastMs + 5000) << c.name;
+    }
+}
+
+TEST(ShowInFileManagerTest, StartsTheLauncherOnTheFilesFolder) {
+    QTemporaryDir dir;
+    const QString launcher = dir.filePath(QStringLiteral("launcher"));
+    const QString record = dir.filePath(QStringLiteral("record"));
+    ASSERT_TRUE(testutil::WriteAll(
+        launcher, QStringLiteral("#!/bin/sh\necho \"$1\" > '%1'\n").arg(record).toUtf8()));
+    ASSERT_TRUE(QFile::setPermissions(launcher, QFile::permissions(launcher) |
+                                                    QFileDevice::ExeOwner | QFileDevice::ExeUser));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub folder")));
+    const QString file = dir.filePath(QStringLiteral("sub folder/survey.qes"));
+    ASSERT_TRUE(testutil::WriteAll(file, "x"));
+
+    ASSERT_TRUE(util::ShowInFileManager(file, launcher));
+    EXPECT_TRUE(util::WaitForObject([&] { return QFileInfo(record).size() > 0; }, 10));
+    EXPECT_EQ(testutil::ReadAll(record),
+              dir.filePath(QStringLiteral("sub folder")).toUtf8() + "\n");
+
+    EXPECT_FALSE(util::ShowInFileManager(file, dir.filePath(QStringLiteral("no-launcher"))));
+    EXPECT_FALSE(util::ShowInFileManager(dir.filePath(QStringLiteral("gone/file.txt")), launcher));
+    EXPECT_FALSE(util::ShowInFileManager(QString(), launcher));
+}
+
+} // namespace
