@@ -194,7 +194,10 @@ void MainWindow::CreateActions() {
     m_save->setIcon(s->standardIcon(QStyle::SP_DialogSaveButton));
     m_saveAs = make(strings::kSaveAs, &MainWindow::SaveAs);
     m_export = make(strings::kExport, onView(&TranslatorView::ExportStrings));
-    m_import = make(strings::kImport, onView(&TranslatorView::ImportTranslation));
+    m_import = make(strings::kImport, [this] {
+        if (TranslatorView* view = ActiveView())
+            view->ImportTranslation();
+    });
     m_print =
         make(strings::kPrint, &MainWindow::PrintWithDialog, {QKeySequence(Qt::CTRL | Qt::Key_P)});
     m_print->setIcon(

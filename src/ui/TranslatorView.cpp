@@ -12,9 +12,14 @@
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/support/ConflictDialog.h"
+#include "util/Process.h"
+#include "util/ProcessThreads.h"
 
+#include <QDir>
 #include <QItemSelectionModel>
+#include <QMessageBox>
 #include <QPrinter>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace ui {
@@ -54,16 +59,73 @@ void TranslatorView::ExportStrings() {
         return;
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped export keeps the old file
+    exchange::ExportReport report;
     exchange::ExportStringsForTranslation(dialog.Path(), *q, dialog.Options(),
                                           m_document->Captions().Rows(), m_document->Messages(),
-                                          nullptr, &progress);
+                                          &report, &progress);
+    if (!report.written)
+        return;
+    switch (AskAfterExport(dialog.Path())) {
+    case AfterExport::Open:
+        OpenExported(dialog.Path());
+        break;
+    case AfterExport::ShowFolder:
+        if (!util::ShowInFileManager(dialog.Path()))
+            m_document->Messages().Error(Tr(strings::kCannotShowFolder).arg(dialog.Path()));
+        break;
+    case AfterExport::Nothing:
+        break;
+    }
 }
 
-void TranslatorView::ImportTranslation() {
+TranslatorView::AfterExport TranslatorView::AskAfterExport(const QString& path) {
+    QMessageBox box(QMessageBox::Question, QCoreApplication::applicationName(),
+                    Tr(strings::kExported).arg(QDir::toNativeSeparators(path)),
+                    QMessageBox::NoButton, this);
+    QPushButton* open = box.addButton(Tr(strings::kOpenExported), QMessageBox::AcceptRole);
+    QPushButton* folder = box.addButton(Tr(strings::kShowInFolder), QMessageBox::ActionRole);
+    box.addButton(QMessageBox::Close);
+    box.setDefaultButton(open);
+    box.exec();
+    if (box.clickedButton() == open)
+        return AfterExport::Open;
+    if (box.clickedButton() == folder)
+        return AfterExport::ShowFolder;
+    return AfterExport::Nothing;
+}
+
+void TranslatorView::OpenExported(const QString& path) {
+    // The editing program runs on its own thread; the answer comes back here when it ends, and
+    // is dropped if this window was closed meanwhile.
+    auto done = [this, path](int result) {
+        if (result == util::kFileChanged) {
+            if (m_document->Messages().Ask(
+                    Tr(strings::kImportSaved).arg(QDir::toNativeSeparators(path)),
+                    {util::Answer::Yes, util::Answer::No}) == util::Answer::Yes)
+                ImportTranslation(path);
+        } else if (result == util::kNoAssociatedProgram) {
+            m_document->Messages().Error(
+                Tr(strings::kNoProgramFor).arg(QDir::toNativeSeparators(path)));
+        } else if (result != util::kFileUnchanged) {
+            m_document->Messages().Error(
+                Tr(strings::kCannotStartProgram).arg(QDir::toNativeSeparators(path)));
+        }
+    };
+    const qint64 started = m_editorCommand.isEmpty()
+                               ? util::EditFileOnThread(path, this, done)
+                               : util::EditFileOnThread(path, m_editorCommand, this, done);
+    if (started == 0)
+        m_document->Messages().Error(
+            Tr(strings::kCannotStartProgram).arg(QDir::toNativeSeparators(path)));
+}
+
+void TranslatorView::ImportTranslation(const QString& path) {
     CQuestionnaire* q = m_document->Document().Questionnaire();
     if (!q)
         return;
     ImportDialog dialog(*q, this);
+    if (!path.isEmpty())
+        dialog.SetPath(path);
     if (dialog.exec() != QDialog::Accepted)
         return;
     questionnaire::CaptionTable& table = m_document->Captions();

@@ -46,7 +46,11 @@ namespace {
 // keeps their texts.
 class BoxAnswerer : public QObject {
 public:
-    explicit BoxAnswerer(QMessageBox::StandardButton button = QMessageBox::Ok) : m_button(button) {
+    // `byText`: the buttons to click in the boxes to come, by their text without accelerators;
+    // once they are used up, `button`.
+    explicit BoxAnswerer(QMessageBox::StandardButton button = QMessageBox::Ok,
+                         QStringList byText = {})
+        : m_button(button), m_byText(std::move(byText)) {
         m_timer.setInterval(20);
         connect(&m_timer, &QTimer::timeout, this, [this] {
             auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -54,6 +58,12 @@ public:
                 return;
             texts.append(box->text());
             QAbstractButton* button = box->button(m_button);
+            if (!m_byText.isEmpty()) {
+                const QString wanted = m_byText.takeFirst();
+                for (QAbstractButton* candidate : box->buttons())
+                    if (candidate->text().remove(QLatin1Char('&')) == wanted)
+                        button = candidate;
+            }
             if (!button)
                 button = box->buttons().value(0);
             button->click();
@@ -64,6 +74,7 @@ public:
 
 private:
     QMessageBox::StandardButton m_button;
+    QStringList m_byText;
     QTimer m_timer;
 };
 
@@ -579,8 +590,14 @@ private Q_SLOTS:
     void exportThenImport() {
         const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
         QFile::remove(file);
-        WhenOpen<ui::ExportDialog>(file);
-        m_window->Action(ui::strings::kExport)->trigger();
+        {
+            BoxAnswerer close(QMessageBox::Close);
+            WhenOpen<ui::ExportDialog>(file);
+            m_window->Action(ui::strings::kExport)->trigger();
+            QCOMPARE(
+                close.texts,
+                QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(file)});
+        }
         QFile exported(file);
         QVERIFY(exported.open(QIODevice::ReadOnly));
         QString text = QString::fromUtf16(
@@ -592,16 +609,28 @@ private Q_SLOTS:
         QVERIFY(text.contains(QStringLiteral("10\t1\tTrès\tVery")));
         QVERIFY(!View().Document().IsModified());
 
+        // The translator's work, which the "spreadsheet program" below saves over the export.
         text.replace(QStringLiteral("10\t1\tTrès\tVery"),
                      QStringLiteral("10\t1\tExtrêmement\tVery"));
-        QVERIFY(exported.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        exported.write("\xFF\xFE");
-        exported.write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-        exported.close();
-        BoxAnswerer ok;
+        const QString translated = m_dir.filePath(QStringLiteral("translated.txt"));
+        QFile work(translated);
+        QVERIFY(work.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        work.write("\xFF\xFE");
+        work.write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+        work.close();
+        View().SetEditorCommand({QStringLiteral("sh"), QStringLiteral("-c"),
+                                 QStringLiteral("cp \"$0\" \"$1\""), translated});
+
+        // Export again and open the file: when the program ends with the file changed, the
+        // window offers to import it, and the import dialog starts from that file.
+        BoxAnswerer answers(QMessageBox::Yes, {QStringLiteral("Open for Translation")});
+        WhenOpen<ui::ExportDialog>(file);
+        m_window->Action(ui::strings::kExport)->trigger();
         WhenOpen<ui::ImportDialog>(file);
-        m_window->Action(ui::strings::kImport)->trigger();
-        QCOMPARE(ok.texts, QStringList{QStringLiteral("1 captions have been modified!")});
+        QTRY_COMPARE(answers.texts.size(), 3);
+        QCOMPARE(answers.texts[1],
+                 QStringLiteral("'%1' has been changed. Do you want to import it now?").arg(file));
+        QCOMPARE(answers.texts[2], QStringLiteral("1 captions have been modified!"));
         QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
         QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
         QVERIFY(View().Document().IsModified());
