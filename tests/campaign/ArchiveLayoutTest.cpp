@@ -1,0 +1,202 @@
+// The archive layouts of the volume source description and the wave, against bytes assembled by
+// hand, and what a damaged or misused archive reports.
+#include "campaign/ArchiveVersion.h"
+#include "campaign/Campaign.h"
+#include "common/TestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using namespace varnel_wave;
+
+namespace {
+
+QByteArray I32(qint64 value) {
+    QByteArray b(4, '\0');
+    for (int i = 0; i < 4; ++i)
+        b[i] = char((value >> (8 * i)) & 0xFF);
+    return b;
+}
+QByteArray F64(double value) {
+    quint64 bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    QByteArray b(8, '\0');
+    for (int i = 0; i < 8; ++i)
+        b[i] = char((bits >> (8 * i)) & 0xFF);
+    return b;
+}
+// Short wide strings only: the length fits the byte after the marker.
+QByteArray Wide(const QString& text) {
+    return QByteArray("\xFF\xFE\xFF", 3) + char(text.size()) + testutil::Utf16Le(text, false);
+}
+QByteArray Date(double oleDate) {
+    return I32(0) + F64(oleDate);
+}
+
+template <class T> QByteArray Store(T& object) {
+    CArchiveVersion archive;
+    object.Serialize(archive);
+    EXPECT_FALSE(archive.Failed());
+    return archive.Bytes();
+}
+
+VolumeSourceInfo SampleInfo() {
+    VolumeSourceInfo info;
+    info.m_infoVersion = 7;
+    info.m_sourceType = 3;
+    info.m_location = QStringLiteral("wave1.qes");
+    info.m_codePage = 1252;
+    info.m_options = -5;
+    return info;
+}
+const QByteArray kInfoBytes =
+    I32(7) + I32(3) + Wide(QStringLiteral("wave1.qes")) + I32(1252) + I32(-5);
+
+CWave SampleWave() {
+    CWave wave;
+    wave.m_waveID = 12;
+    wave.m_waveOrder = 2;
+    wave.m_name = QStringLiteral("Spring");
+    wave.m_description = QStringLiteral("2nd");
+    wave.m_waveStart = 45000.5;
+    wave.m_waveEnd = 45010.25;
+    wave.m_waveMidpoint = 45005.375;
+    wave.m_trailingValue = 77;
+    return wave;
+}
+QByteArray WaveBytes(qint32 firstId, const QByteArray& volumes) {
+    return I32(firstId) + I32(12) + I32(2) + Wide(QStringLiteral("Spring")) +
+           Wide(QStringLiteral("2nd")) + Date(45000.5) + Date(45010.25) + Date(45005.375) +
+           volumes + I32(77);
+}
+
+TEST(ArchiveLayoutTest, SourceInfoIsStoredFieldByField) {
+    VolumeSourceInfo info = SampleInfo();
+    EXPECT_EQ(Store(info), kInfoBytes);
+}
+
+TEST(ArchiveLayoutTest, SourceInfoLoadKeepsItsFirstField) {
+    VolumeSourceInfo loaded;
+    loaded.m_infoVersion = 42;
+    CArchiveVersion archive(kInfoBytes);
+    loaded.Serialize(archive);
+    ASSERT_FALSE(archive.Failed());
+    EXPECT_TRUE(archive.AtEnd());
+    VolumeSourceInfo expected = SampleInfo();
+    expected.m_infoVersion = 42;
+    EXPECT_EQ(loaded, expected);
+}
+
+TEST(ArchiveLayoutTest, WaveWithoutVolumesMatchesHandMadeBytes) {
+    CWave wave = SampleWave();
+    EXPECT_EQ(Store(wave), WaveBytes(12, I32(0)));
+}
+
+TEST(ArchiveLayoutTest, WaveLoadTakesTheSecondIdAndEveryField) {
+    CWave loaded;
+    CArchiveVersion archive(WaveBytes(5, I32(0)));
+    loaded.Serialize(archive);
+    ASSERT_FALSE(archive.Failed());
+    EXPECT_TRUE(archive.AtEnd());
+    CWave expected = SampleWave();
+    EXPECT_EQ(Store(loaded), Store(expected));
+}
+
+TEST(ArchiveLayoutTest, WaveCarriesItsVolumesBetweenDatesAndTrailer) {
+    CWave wave = SampleWave();
+    CVolume first;
+    first.m_volumeID = 100;
+    first.m_name = QStringLiteral("A");
+    first.m_isMainVolume = true;
+    first.m_sourceInfo = SampleInfo();
+    first.m_sourceInfo.m_infoVersion = 0; // a loaded info keeps its own, which is 0 here
+    CVolume second;
+    second.m_volumeID = 101;
+    second.m_reconciliationSourceQuestionIDs = QStringLiteral("1;2");
+    wave.AddVolume(&first);
+    wave.AddVolume(&second);
+    const QByteArray bytes = Store(wave);
+    EXPECT_EQ(bytes, WaveBytes(12, I32(2) + Store(first) + Store(second)));
+
+    CWave loaded;
+    CArchiveVersion archive(bytes);
+    loaded.Serialize(archive);
+    ASSERT_FALSE(archive.Failed());
+    ASSERT_EQ(loaded.Volumes().size(), 2u);
+    for (const CVolume* volume : loaded.Volumes())
+        EXPECT_EQ(volume->m_wave, &loaded);
+    EXPECT_EQ(loaded.Volumes()[1]->m_reconciliationSourceQuestionIDs, QStringLiteral("1;2"));
+    EXPECT_EQ(Store(loaded), bytes);
+
+    // A copy owns copies of the volumes it read, pointing back to it.
+    const CWave copy(loaded);
+    ASSERT_EQ(copy.Volumes().size(), 2u);
+    EXPECT_NE(copy.Volumes()[0], loaded.Volumes()[0]);
+    EXPECT_EQ(copy.Volumes()[0]->m_wave, &copy);
+    std::vector<std::unique_ptr<CVolume>> taken = loaded.TakeLoadedVolumes();
+    EXPECT_EQ(taken.size(), 2u);
+    EXPECT_EQ(loaded.Volumes()[0], taken[0].get());
+}
+
+TEST(ArchiveLayoutTest, EveryShortBufferEndsAtEndOfFile) {
+    CVolume volume;
+    volume.m_volumeID = 3;
+    volume.m_name = QStringLiteral("V");
+    CWave wave = SampleWave();
+    wave.AddVolume(&volume);
+    const QByteArray bytes = Store(wave);
+    for (const QByteArray& whole : {kInfoBytes, bytes}) {
+        for (qsizetype size = 0; size < whole.size(); ++size) {
+            CArchiveVersion archive(whole.left(size));
+            if (whole == kInfoBytes) {
+                VolumeSourceInfo info;
+                info.Serialize(archive);
+            } else {
+                CWave loaded;
+                loaded.Serialize(archive);
+            }
+            EXPECT_EQ(archive.GetCause(), CArchiveVersion::kEndOfFile) << size;
+        }
+    }
+}
+
+TEST(ArchiveLayoutTest, MisuseReportsItsCauseAndTheFirstOneStays) {
+    CArchiveVersion loading(I32(1));
+    loading.WriteInt32(5);
+    EXPECT_EQ(loading.GetCause(), CArchiveVersion::kReadOnly);
+    qint32 value = -1;
+    loading.ReadInt32(value);
+    EXPECT_EQ(value, -1) << "a failed archive reads nothing";
+    EXPECT_EQ(loading.GetCause(), CArchiveVersion::kReadOnly);
+
+    CArchiveVersion storing;
+    storing.ReadInt32(value);
+    EXPECT_EQ(storing.GetCause(), CArchiveVersion::kWriteOnly);
+    storing.WriteInt32(1);
+    EXPECT_TRUE(storing.Bytes().isEmpty());
+
+    // A storing object on a loading archive writes nothing and says why.
+    VolumeSourceInfo info = SampleInfo();
+    CArchiveVersion misused(kInfoBytes);
+    misused.WriteString(info.m_location);
+    EXPECT_EQ(misused.GetCause(), CArchiveVersion::kReadOnly);
+}
+
+TEST(ArchiveLayoutTest, NegativeCountIsRefusedBeforeAnyVolume) {
+    CWave loaded;
+    CArchiveVersion archive(WaveBytes(12, I32(-1)));
+    loaded.Serialize(archive);
+    EXPECT_EQ(archive.GetCause(), CArchiveVersion::kGeneric);
+    EXPECT_TRUE(loaded.Volumes().empty());
+}
+
+TEST(ArchiveLayoutTest, InvalidDateLoadsAsZero) {
+    CArchiveVersion archive(I32(1) + F64(45000.5));
+    double date = 3;
+    archive.ReadDateTime(date);
+    EXPECT_FALSE(archive.Failed());
+    EXPECT_EQ(date, 0);
+}
+
+} // namespace
