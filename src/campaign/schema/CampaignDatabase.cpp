@@ -1,0 +1,212 @@
+#include "campaign/schema/CampaignDatabase.h"
+
+#include "campaign/schema/SchemaStrings.h"
+#include "util/FileSystem.h"
+
+#include <QAtomicInt>
+#include <QCoreApplication>
+#include <QFile>
+#include <QSet>
+
+namespace campaign {
+
+namespace {
+
+using util::Outcome;
+using util::sql::Connection;
+using util::sql::Dialect;
+
+QString TypeName(const Column& column, const Connection& db) {
+    if (db.GetDialect() == Dialect::PostgreSql) {
+        if (column.type == kText && column.size > 0)
+            return QStringLiteral("VARCHAR(%1)").arg(column.size);
+        if (column.type == kInteger)
+            return QStringLiteral("SMALLINT");
+        if (column.type == kGuid)
+            return QStringLiteral("UUID");
+    }
+    return db.TypeName(ColumnTypeOf(column.type));
+}
+
+QString ColumnDefinition(const Table& table, const Column& column, const Connection& db) {
+    const QString name = db.Quote(column.name);
+    QString sql = name + QLatin1Char(' ') + TypeName(column, db);
+    const bool server = db.GetDialect() == Dialect::PostgreSql;
+    if (!IsNullable(table, column, db.GetDialect()))
+        sql += QLatin1String(" NOT NULL");
+    if (server && column.type == kYesNo)
+        sql += QLatin1String(" DEFAULT FALSE");
+    if (!server && column.type == kText && column.size > 0)
+        sql += QStringLiteral(" CHECK (length(%1) <= %2)").arg(name).arg(column.size);
+    if (IsTextCode(column.type) && !column.allowZeroLength)
+        sql += QStringLiteral(" CHECK (%1 <> '')").arg(name);
+    return sql;
+}
+
+QString ColumnList(const Table& table, const QStringList& names, const Connection& db) {
+    QStringList quoted;
+    for (const QString& name : names) {
+        // An index may name a column in another case; a server matches quoted names exactly.
+        const QString declared = table.ResolveColumn(name);
+        quoted.append(db.Quote(declared.isEmpty() ? name : declared));
+    }
+    return quoted.join(QStringLiteral(", "));
+}
+
+QString RuleText(Rule rule) {
+    return rule == Rule::Cascade ? QStringLiteral("CASCADE") : QStringLiteral("NO ACTION");
+}
+
+QString ForeignKey(const Relation& relation, const Connection& db) {
+    return QStringLiteral("CONSTRAINT %1 FOREIGN KEY (%2) REFERENCES %3 (%4) ON UPDATE %5 "
+                          "ON DELETE %6")
+        .arg(db.Quote(relation.name), db.Quote(relation.foreignColumn),
+             db.Quote(relation.primaryTable), db.Quote(relation.primaryColumn),
+             RuleText(relation.updateRule), RuleText(relation.deleteRule));
+}
+
+const Index* PrimaryIndex(const Table& table) {
+    for (const Index& index : table.indexes)
+        if (index.primary)
+            return &index;
+    return nullptr;
+}
+
+QString CreateTable(const Schema& schema, const Table& table, const Connection& db) {
+    const bool sqlite = db.GetDialect() == Dialect::Sqlite;
+    QStringList parts;
+    for (const Column& column : table.columns)
+        parts.append(ColumnDefinition(table, column, db));
+    const Index* primary = PrimaryIndex(table);
+    if (primary)
+        parts.append(QStringLiteral("CONSTRAINT %1 PRIMARY KEY (%2)")
+                         .arg(db.Quote(DatabaseIndexName(table, *primary)),
+                              ColumnList(table, primary->columns, db)));
+    // SQLite cannot add a relation to an existing table: it is declared with the table.
+    if (sqlite)
+        for (const Relation& relation : schema.relations)
+            if (relation.foreignTable == table.name)
+                parts.append(ForeignKey(relation, db));
+    QString sql = QStringLiteral("CREATE TABLE %1 (%2)")
+                      .arg(db.Quote(table.name), parts.join(QStringLiteral(", ")));
+    if (sqlite)
+        sql += primary ? QStringLiteral(" WITHOUT ROWID, STRICT") : QStringLiteral(" STRICT");
+    return sql;
+}
+
+QString CreateIndex(const Table& table, const Index& index, const Connection& db) {
+    return QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")
+        .arg(index.unique ? QStringLiteral("UNIQUE ") : QString(),
+             db.Quote(DatabaseIndexName(table, index)), db.Quote(table.name),
+             ColumnList(table, index.columns, db));
+}
+
+Outcome CheckNames(const Schema& schema) {
+    QSet<QString> names;
+    for (const Table& table : schema.tables) {
+        const QString key = table.name.toLower();
+        if (names.contains(key))
+            return Outcome::Failure(SchemaTr(schemastrings::kTableTwice).arg(table.name));
+        names.insert(key);
+    }
+    return {};
+}
+
+// Children before parents, so that no relation stands in the way. Only tables that exist, so
+// that a server has nothing to remark.
+Outcome DropTables(const Schema& schema, Connection& db) {
+    const QStringList existing = db.Tables();
+    const Qt::CaseSensitivity sensitivity =
+        db.GetDialect() == Dialect::Sqlite ? Qt::CaseInsensitive : Qt::CaseSensitive;
+    for (auto it = schema.tables.rbegin(); it != schema.tables.rend(); ++it) {
+        if (!existing.contains(it->name, sensitivity))
+            continue;
+        if (const Outcome dropped =
+                db.Exec(QStringLiteral("DROP TABLE %1").arg(db.Quote(it->name)));
+            !dropped)
+            return dropped;
+    }
+    return {};
+}
+
+QString TemporaryName(const QString& path) {
+    static QAtomicInt counter;
+    return QStringLiteral("%1.new-%2-%3")
+        .arg(path)
+        .arg(QCoreApplication::applicationPid())
+        .arg(counter.fetchAndAddRelaxed(1));
+}
+
+void RemoveDatabaseFile(const QString& path) {
+    QFile::remove(path);
+    QFile::remove(path + QLatin1String("-journal"));
+}
+
+} // namespace
+
+Outcome EnableForeignKeys(Connection& db) {
+    if (db.GetDialect() != Dialect::Sqlite)
+        return {};
+    return db.Exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+}
+
+QStringList CreateStatements(const Schema& schema, const Connection& db) {
+    QStringList statements;
+    for (const Table& table : schema.tables) {
+        statements.append(CreateTable(schema, table, db));
+        for (const Index& index : table.indexes)
+            if (!index.primary)
+                statements.append(CreateIndex(table, index, db));
+    }
+    if (db.GetDialect() == Dialect::PostgreSql)
+        for (const Relation& relation : schema.relations)
+            statements.append(QStringLiteral("ALTER TABLE %1 ADD %2")
+                                  .arg(db.Quote(relation.foreignTable), ForeignKey(relation, db)));
+    return statements;
+}
+
+Outcome CreateDatabase(Connection& db, const Schema& schema) {
+    if (const Outcome checked = CheckNames(schema); !checked)
+        return checked;
+    if (const Outcome enabled = EnableForeignKeys(db); !enabled)
+        return enabled;
+    util::sql::Transaction transaction(db);
+    if (const Outcome begun = transaction.Begin(); !begun)
+        return begun;
+    if (const Outcome dropped = DropTables(schema, db); !dropped)
+        return dropped;
+    for (const QString& statement : CreateStatements(schema, db))
+        if (const Outcome done = db.Exec(statement); !done)
+            return done;
+    return transaction.Commit();
+}
+
+Outcome CreateDatabase(const QString& location, const Schema& schema) {
+    Outcome outcome;
+    if (util::sql::IsServerLocation(location)) {
+        Connection db;
+        outcome = db.Open(location);
+        if (outcome)
+            outcome = CreateDatabase(db, schema);
+    } else {
+        const QString temporary = TemporaryName(location);
+        RemoveDatabaseFile(temporary);
+        {
+            Connection db;
+            outcome = db.Open(temporary, Connection::Mode::ReadWrite, true);
+            if (outcome)
+                outcome = CreateDatabase(db, schema);
+        }
+        QString renameError;
+        if (outcome && !util::ReplaceFile(temporary, location, &renameError))
+            outcome = Outcome::Failure(renameError);
+        if (!outcome)
+            RemoveDatabaseFile(temporary);
+    }
+    if (!outcome)
+        return Outcome::Failure(
+            SchemaTr(schemastrings::kCannotCreateCampaignDatabase).arg(location, outcome.Reason()));
+    return {};
+}
+
+} // namespace campaign

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QCoreApplication>
+
+// The texts of the campaign schema that users read, kept together so that they are easy to find
+// and translate ("%1" and "%2" are filled by QString::arg).
+namespace campaign::schemastrings {
+
+inline constexpr char kContext[] = "campaign";
+
+inline constexpr char kCannotCreateCampaignDatabase[] =
+    QT_TRANSLATE_NOOP("campaign", "Cannot create the campaign database '%1': %2");
+inline constexpr char kTableTwice[] =
+    QT_TRANSLATE_NOOP("campaign", "the table '%1' is described twice");
+
+} // namespace campaign::schemastrings
+
+namespace campaign {
+// A text of the campaign schema in the user's language.
+inline QString SchemaTr(const char* text) {
+    return QCoreApplication::translate(schemastrings::kContext, text);
+}
+} // namespace campaign
