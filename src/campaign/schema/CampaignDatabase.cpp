@@ -47,8 +47,8 @@ QString ColumnList(const Table& table, const QStringList& names, const Connectio
     QStringList quoted;
     for (const QString& name : names) {
         // An index may name a column in another case; a server matches quoted names exactly.
-        const QString declared = table.ResolveColumn(name);
-        quoted.append(db.Quote(declared.isEmpty() ? name : declared));
+        // CheckSchema made sure that the column exists.
+        quoted.append(db.Quote(table.ResolveColumn(name)));
     }
     return quoted.join(QStringLiteral(", "));
 }
@@ -101,13 +101,40 @@ QString CreateIndex(const Table& table, const Index& index, const Connection& db
              ColumnList(table, index.columns, db));
 }
 
-Outcome CheckNames(const Schema& schema) {
+Outcome CheckColumn(const Table& table, const QString& column) {
+    if (table.FindColumn(column))
+        return {};
+    return Outcome::Failure(SchemaTr(schemastrings::kColumnMissing).arg(table.name, column));
+}
+
+Outcome CheckRelationEnd(const Schema& schema, const Relation& relation, const QString& table,
+                         const QString& column) {
+    const Table* found = schema.FindTable(table);
+    if (!found)
+        return Outcome::Failure(SchemaTr(schemastrings::kTableMissing).arg(relation.name, table));
+    return CheckColumn(*found, column);
+}
+
+// SQLite takes a quoted name it does not know for a string, so that a misspelt column would
+// quietly index or check a constant: every name is checked before any statement runs.
+Outcome CheckSchema(const Schema& schema) {
     QSet<QString> names;
     for (const Table& table : schema.tables) {
         const QString key = table.name.toLower();
         if (names.contains(key))
             return Outcome::Failure(SchemaTr(schemastrings::kTableTwice).arg(table.name));
         names.insert(key);
+        for (const Index& index : table.indexes)
+            for (const QString& column : index.columns)
+                if (const Outcome checked = CheckColumn(table, column); !checked)
+                    return checked;
+    }
+    for (const Relation& relation : schema.relations) {
+        for (const auto& [table, column] :
+             {std::pair{relation.primaryTable, relation.primaryColumn},
+              std::pair{relation.foreignTable, relation.foreignColumn}})
+            if (const Outcome checked = CheckRelationEnd(schema, relation, table, column); !checked)
+                return checked;
     }
     return {};
 }
@@ -166,7 +193,7 @@ QStringList CreateStatements(const Schema& schema, const Connection& db) {
 }
 
 Outcome CreateDatabase(Connection& db, const Schema& schema) {
-    if (const Outcome checked = CheckNames(schema); !checked)
+    if (const Outcome checked = CheckSchema(schema); !checked)
         return checked;
     if (const Outcome enabled = EnableForeignKeys(db); !enabled)
         return enabled;

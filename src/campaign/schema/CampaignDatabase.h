@@ -29,11 +29,12 @@ namespace campaign {
 util::Outcome EnableForeignKeys(util::sql::Connection& db);
 
 // The statements that create the schema's tables, indexes and relations in the connection's
-// dialect, in order.
+// dialect, in order. The schema's names are taken as checked by CreateDatabase.
 QStringList CreateStatements(const Schema& schema, const util::sql::Connection& db);
 
 // Creates the schema on an open connection in one transaction, replacing the schema's tables
-// where they exist: on failure the database is as it was.
+// where they exist: on failure the database is as it was. A schema that names a missing table or
+// column, or a table twice, is refused before anything is changed.
 util::Outcome CreateDatabase(util::sql::Connection& db, const Schema& schema = CampaignSchema());
 
 // Creates a new campaign database at `location`: a file, which is built beside it and renamed

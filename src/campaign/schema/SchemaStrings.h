@@ -12,6 +12,10 @@ inline constexpr char kCannotCreateCampaignDatabase[] =
     QT_TRANSLATE_NOOP("campaign", "Cannot create the campaign database '%1': %2");
 inline constexpr char kTableTwice[] =
     QT_TRANSLATE_NOOP("campaign", "the table '%1' is described twice");
+inline constexpr char kColumnMissing[] =
+    QT_TRANSLATE_NOOP("campaign", "the table '%1' has no column '%2'");
+inline constexpr char kTableMissing[] =
+    QT_TRANSLATE_NOOP("campaign", "the relation '%1' names the missing table '%2'");
 
 } // namespace campaign::schemastrings
 

@@ -655,11 +655,55 @@ TEST_P(CampaignDatabaseTest, AFailedCreationChangesNothing) {
     EXPECT_FALSE(m_db.HasTable(QStringLiteral("Broken")));
     EXPECT_EQ(Count(m_db, QStringLiteral("Modalities")), 2);
     EXPECT_EQ(Count(m_db, QStringLiteral("ModalityMergings")), 1);
-    // A table described twice is refused before anything is touched.
-    broken = campaign::CampaignSchema();
-    broken.tables.push_back(broken.tables.front());
-    EXPECT_FALSE(CreateDatabase(m_db, broken));
-    EXPECT_EQ(Count(m_db, QStringLiteral("Volumes")), 2);
+    // Schemas that name what is not there are refused before anything is touched.
+    const auto missingIndexColumn = [] {
+        campaign::Schema schema = campaign::CampaignSchema();
+        schema.tables[1].indexes[1].columns = QStringList{QStringLiteral("WaveRank")};
+        return schema;
+    };
+    const auto missingRelationTable = [] {
+        campaign::Schema schema = campaign::CampaignSchema();
+        schema.relations.back().primaryTable = QStringLiteral("Volume");
+        return schema;
+    };
+    const auto missingRelationColumn = [] {
+        campaign::Schema schema = campaign::CampaignSchema();
+        schema.relations.front().foreignColumn = QStringLiteral("Wave");
+        return schema;
+    };
+    const auto tableTwice = [] {
+        campaign::Schema schema = campaign::CampaignSchema();
+        schema.tables.push_back(schema.tables.front());
+        schema.tables.back().name = QStringLiteral("CAMPAIGNS");
+        return schema;
+    };
+    const struct {
+        campaign::Schema schema;
+        const char* named;
+    } cases[] = {
+        {missingIndexColumn(), "WaveRank"},
+        {missingRelationTable(), "Volume"},
+        {missingRelationColumn(), "Wave"},
+        {tableTwice(), "CAMPAIGNS"},
+    };
+    for (const auto& c : cases) {
+        const util::Outcome refused = CreateDatabase(m_db, c.schema);
+        EXPECT_FALSE(refused) << c.named;
+        EXPECT_TRUE(refused.Reason().contains(QLatin1String(c.named)))
+            << refused.Reason().toStdString();
+        EXPECT_EQ(Count(m_db, QStringLiteral("Volumes")), 2) << c.named;
+    }
+}
+
+TEST_P(CampaignDatabaseTest, YesNoIsFalseUnlessSetOnAServer) {
+    ASSERT_TRUE(Insert(QStringLiteral("Waves"),
+                       {QStringLiteral("WaveID"), QStringLiteral("WaveOrder")}, {1, 1}));
+    ASSERT_TRUE(Insert(QStringLiteral("Volumes"),
+                       {QStringLiteral("VolumeID"), QStringLiteral("WaveID")}, {1, 1}));
+    const QStringList flags = Rows(
+        m_db, QStringLiteral("SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\""));
+    // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
+    EXPECT_EQ(flags, QStringList{Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false")});
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, CampaignDatabaseTest,
