@@ -1,0 +1,584 @@
+#include "campaign/store/CampaignStore.h"
+#include "campaign/schema/CampaignDatabase.h"
+#include "common/PostgresServer.h"
+#include "common/TestUtil.h"
+
+#include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+using campaign::LoadCampaign;
+using campaign::SaveCampaign;
+using util::sql::Connection;
+using util::sql::Dialect;
+using namespace varnel_wave;
+
+namespace {
+
+// --- a campaign written out field by field, so that two campaigns compare line by line ---
+
+QString Line(std::initializer_list<QVariant> fields) {
+    QStringList parts;
+    for (const QVariant& field : fields)
+        parts.append(field.toString());
+    return parts.join(QLatin1Char('|'));
+}
+
+QStringList Describe(const CCampaign& c) {
+    QStringList lines{Line({c.m_name, c.m_description, c.m_versionNumber})};
+    for (const auto& w : c.Waves()) {
+        lines.append(QStringLiteral("wave ") +
+                     Line({w->m_waveID, w->m_waveOrder, w->m_name, w->m_description, w->m_waveStart,
+                           w->m_waveEnd, w->m_waveMidpoint}));
+        for (const CVolume* v : w->Volumes())
+            lines.append(QStringLiteral(" lists volume %1").arg(v->m_volumeID));
+    }
+    for (const auto& v : c.Volumes())
+        lines.append(QStringLiteral("volume ") + Line({v->m_volumeID,
+                                                       v->m_name,
+                                                       v->m_waveID,
+                                                       v->m_inheritsFromVolumeID,
+                                                       v->m_sourceType,
+                                                       v->m_metaData,
+                                                       v->m_caseData,
+                                                       v->m_isMatchingStrict,
+                                                       v->m_questionMatchingMethods,
+                                                       v->m_responseMatchingMethods,
+                                                       v->m_isMainVolume,
+                                                       v->m_interviewMergeMethod,
+                                                       v->m_mainVolumeLinkQuestionID,
+                                                       v->m_thisVolumeLinkQuestionID,
+                                                       v->m_status,
+                                                       v->m_caseSensitiveMatching,
+                                                       v->m_matchUsingAncestorValues,
+                                                       v->m_addNoNewQuestions,
+                                                       v->m_reconciliationSourceQuestionIDs,
+                                                       v->m_wave ? v->m_wave->m_waveID : -1}));
+    for (const auto& q : c.Questions()) {
+        lines.append(QStringLiteral("question ") + Line({q->m_questionID,
+                                                         q->m_isDeleted,
+                                                         q->m_order,
+                                                         q->m_shortcut,
+                                                         q->m_indent,
+                                                         q->m_elementType,
+                                                         q->m_questionType,
+                                                         q->m_isDontKnow,
+                                                         q->m_isSemiOpen,
+                                                         q->m_isScale,
+                                                         q->m_isMultiple,
+                                                         q->m_isRanked,
+                                                         q->m_maxResponseCount,
+                                                         q->m_decimals,
+                                                         q->m_minValue,
+                                                         q->m_maxValue,
+                                                         q->m_isLevelLink,
+                                                         q->m_linkQuestionID,
+                                                         q->m_isProbabilityQuestion,
+                                                         q->m_dateType,
+                                                         q->m_questionClassID,
+                                                         q->m_versions,
+                                                         q->m_userData,
+                                                         q->m_isDevelopLevels,
+                                                         q->m_appearanceVolumeID,
+                                                         q->m_deletionWaveID,
+                                                         q->m_isVisibleInAnalyse,
+                                                         q->m_tags}));
+        for (const auto& x : q->m_captions)
+            lines.append(QStringLiteral(" caption ") + Line({x->m_questionID, x->m_languageID,
+                                                             x->m_longCaption, x->m_shortCaption}));
+        for (const auto& x : q->m_matchings)
+            lines.append(QStringLiteral(" matching ") +
+                         Line({x->m_questionID, x->m_volumeID, x->m_sourceID, x->m_startVolumeID,
+                               x->m_endVolumeID}));
+        for (const auto& m : q->m_modalities) {
+            lines.append(QStringLiteral(" response ") +
+                         Line({m->m_modalityID, m->m_questionID, m->m_isDeleted, m->m_modalityOrder,
+                               m->m_value, m->m_entryCode, m->m_isExclusive, m->m_rotationBehaviour,
+                               m->m_versions, m->m_userData, m->m_appearanceVolumeID,
+                               m->m_deletionWaveID, m->m_baseType, m->m_tags}));
+            for (const auto& x : m->m_captions)
+                lines.append(
+                    QStringLiteral("  caption ") +
+                    Line({x->m_modalityID, x->m_questionID, x->m_languageID, x->m_shortCaption}));
+            for (const auto& x : m->m_matchings)
+                lines.append(QStringLiteral("  matching ") +
+                             Line({x->m_modalityID, x->m_questionID, x->m_volumeID,
+                                   x->m_modalitySourceID, x->m_startVolumeID, x->m_endVolumeID}));
+            for (const auto& x : m->m_mergings)
+                lines.append(
+                    QStringLiteral("  merging ") +
+                    Line({x->m_masterModalityID, x->m_childModalityID, x->m_mergeVolumeID}));
+        }
+    }
+    for (const CModality* m : c.Modalities())
+        lines.append(QStringLiteral("listed response %1").arg(m->m_modalityID));
+    for (const auto& x : c.QuestionClasses())
+        lines.append(QStringLiteral("class ") + Line({x->m_questionClassID, x->m_caption}));
+    for (const auto& x : c.Languages())
+        lines.append(QStringLiteral("language ") +
+                     Line({x->m_languageID, x->m_isDefault, x->m_languageName}));
+    for (const auto& x : c.Versions())
+        lines.append(QStringLiteral("version ") +
+                     Line({x->m_versionID, x->m_longCaption, x->m_shortCaption}));
+    for (const auto& x : c.Tags())
+        lines.append(QStringLiteral("tag ") + Line({x->m_tagID, x->m_caption, x->m_description}));
+    return lines;
+}
+
+// --- a campaign built in memory ---
+
+std::unique_ptr<CQuestionCaption> QuestionCaption(qint32 question, qint32 language,
+                                                  const char* longCaption,
+                                                  const char* shortCaption) {
+    auto caption = std::make_unique<CQuestionCaption>();
+    caption->m_questionID = question;
+    caption->m_languageID = language;
+    caption->m_longCaption = QString::fromUtf8(longCaption);
+    caption->m_shortCaption = QString::fromUtf8(shortCaption);
+    return caption;
+}
+
+std::unique_ptr<CModality> Response(qint32 id, qint32 question, qint32 order, const char* en,
+                                    const char* fr) {
+    auto m = std::make_unique<CModality>();
+    m->m_modalityID = id;
+    m->m_questionID = question;
+    m->m_modalityOrder = order;
+    m->m_value = order + 0.5;
+    m->m_entryCode = QStringLiteral("E%1").arg(id);
+    m->m_isExclusive = order == 2;
+    m->m_rotationBehaviour = 3;
+    m->m_userData = QStringLiteral("data of %1").arg(id);
+    m->m_appearanceVolumeID = 11;
+    m->m_deletionWaveID = id % 2 ? 0 : 2;
+    m->m_isDeleted = id % 2 == 0;
+    m->m_baseType = -7;
+    m->m_tags = QStringLiteral("t%1").arg(id);
+    const struct {
+        qint32 language;
+        const char* text;
+    } captions[] = {{1033, en}, {1036, fr}};
+    for (const auto& c : captions) {
+        auto caption = std::make_unique<CModalityCaption>();
+        caption->m_modalityID = id;
+        caption->m_questionID = question;
+        caption->m_languageID = c.language;
+        caption->m_shortCaption = QString::fromUtf8(c.text);
+        m->AddCaption(std::move(caption));
+    }
+    auto matching = std::make_unique<CModalityMatching>();
+    matching->m_modalityID = id;
+    matching->m_questionID = question;
+    matching->m_volumeID = 11;
+    matching->m_modalitySourceID = QStringLiteral("S%1").arg(id);
+    matching->m_startVolumeID = 11;
+    matching->m_endVolumeID = 999999999;
+    m->AddMatching(std::move(matching));
+    return m;
+}
+
+std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volume) {
+    auto q = std::make_unique<CQuestion>();
+    q->m_questionID = id;
+    q->m_order = order;
+    q->m_shortcut = QStringLiteral("Q%1").arg(id);
+    q->m_indent = 1;
+    q->m_elementType = 2;
+    q->m_questionType = 3;
+    q->m_isDontKnow = true;
+    q->m_isScale = true;
+    q->m_isRanked = true;
+    q->m_maxResponseCount = 4;
+    q->m_decimals = 2;
+    q->m_minValue = -1.25;
+    q->m_maxValue = 1e6;
+    q->m_isLevelLink = true;
+    q->m_linkQuestionID = 7;
+    q->m_dateType = 5;
+    q->m_questionClassID = 1;
+    q->m_versions = QStringLiteral("1;2");
+    q->m_isDevelopLevels = true;
+    q->m_appearanceVolumeID = volume;
+    q->m_isVisibleInAnalyse = true;
+    q->m_tags = QStringLiteral("a,b");
+    // Languages in id order, as they come back.
+    q->AddCaption(QuestionCaption(id, 1033, "How old are you?", "Age"));
+    q->AddCaption(QuestionCaption(id, 1036, "Quel \xC3\xA2ge avez-vous ?", ""));
+    auto matching = std::make_unique<CQuestionMatching>();
+    matching->m_questionID = id;
+    matching->m_volumeID = volume;
+    matching->m_sourceID = QStringLiteral("SRC%1").arg(id);
+    matching->m_startVolumeID = volume;
+    matching->m_endVolumeID = 999999999;
+    q->AddMatching(std::move(matching));
+    return q;
+}
+
+// Two waves and three volumes; questions 100 and 200 with responses, 300 without (left out of
+// the smaller campaign, as is the second tag).
+std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
+    auto c = std::make_unique<CCampaign>();
+    c->m_name = QStringLiteral("Panel");
+    c->m_description = QStringLiteral("A panel\nin two waves");
+    c->m_versionNumber = QStringLiteral("5,6,1,0");
+    for (qint32 w : {1, 2}) {
+        auto wave = std::make_unique<CWave>();
+        wave->m_waveID = w;
+        wave->m_waveOrder = w;
+        wave->m_name = QStringLiteral("Wave %1").arg(w);
+        wave->m_description = w == 1 ? QStringLiteral("first") : QString();
+        wave->m_waveStart = 45000.25 + w;
+        wave->m_waveEnd = 45030.5 + w;
+        wave->m_waveMidpoint = 45015.75 + w;
+        c->AddWave(std::move(wave));
+    }
+    for (qint32 v : {11, 12, 21}) {
+        auto volume = std::make_unique<CVolume>();
+        volume->m_volumeID = v;
+        volume->m_name = QStringLiteral("Volume %1").arg(v);
+        volume->m_waveID = v / 10;
+        volume->m_inheritsFromVolumeID = v == 21 ? 11 : 0;
+        volume->m_sourceType = 2;
+        volume->m_metaData = QStringLiteral("meta %1").arg(v);
+        volume->m_caseData = QStringLiteral("cases %1").arg(v);
+        volume->m_isMatchingStrict = v == 12;
+        volume->m_questionMatchingMethods = QStringLiteral("name");
+        volume->m_isMainVolume = v == 11;
+        volume->m_interviewMergeMethod = 1;
+        volume->m_mainVolumeLinkQuestionID = 100;
+        volume->m_thisVolumeLinkQuestionID = QStringLiteral("ID");
+        volume->m_status = 4;
+        volume->m_caseSensitiveMatching = true;
+        volume->m_matchUsingAncestorValues = true;
+        volume->m_addNoNewQuestions = true;
+        volume->m_reconciliationSourceQuestionIDs = QStringLiteral("1,2");
+        c->AddVolume(std::move(volume));
+    }
+    auto first = Question(100, 1, 11);
+    first->AddModality(Response(1001, 100, 1, "Yes", "Oui"));
+    first->AddModality(Response(1002, 100, 2, "No", ""));
+    auto merging = std::make_unique<CModalityMerging>();
+    merging->m_masterModalityID = 1001;
+    merging->m_childModalityID = 1002;
+    merging->m_mergeVolumeID = 12;
+    first->m_modalities[0]->AddMerging(std::move(merging));
+    c->AddQuestion(std::move(first));
+    auto second = Question(200, 2, 21);
+    second->AddModality(Response(2001, 200, 1, "Maybe", "Peut-\xC3\xAAtre"));
+    c->AddQuestion(std::move(second));
+    if (full)
+        c->AddQuestion(Question(300, 3, 12));
+    auto questionClass = std::make_unique<CQuestionClass>();
+    questionClass->m_questionClassID = 1;
+    questionClass->m_caption = QStringLiteral("Demography");
+    c->AddQuestionClass(std::move(questionClass));
+    const struct {
+        qint32 id;
+        bool isDefault;
+        const char* name;
+    } languages[] = {{1033, true, "English"}, {1036, false, "French"}};
+    for (const auto& l : languages) {
+        auto language = std::make_unique<CLanguage>();
+        language->m_languageID = l.id;
+        language->m_isDefault = l.isDefault;
+        language->m_languageName = QString::fromLatin1(l.name);
+        c->AddLanguage(std::move(language));
+    }
+    auto version = std::make_unique<CVersion>();
+    version->m_versionID = 1;
+    version->m_longCaption = QStringLiteral("Long");
+    version->m_shortCaption = QStringLiteral("L");
+    c->AddVersion(std::move(version));
+    for (qint32 t = 1; t <= (full ? 2 : 1); ++t) {
+        auto tag = std::make_unique<CQuelSurveyTag>();
+        tag->m_tagID = t;
+        tag->m_caption = QStringLiteral("tag %1").arg(t);
+        tag->m_description = QStringLiteral("about %1").arg(t);
+        c->AddTag(std::move(tag));
+    }
+    return c;
+}
+
+QStringList Load(const QString& location) {
+    CCampaign loaded;
+    const util::Outcome read = LoadCampaign(location, loaded);
+    EXPECT_TRUE(read) << read.Reason().toStdString();
+    return Describe(loaded);
+}
+
+class CampaignStoreTest : public ::testing::TestWithParam<Dialect> {
+protected:
+    static void SetUpTestSuite() {
+        s_server = std::make_unique<testutil::PostgresServer>();
+        s_serverStarted = s_server->Start();
+    }
+    static void TearDownTestSuite() { s_server.reset(); }
+
+    void SetUp() override {
+        if (GetParam() == Dialect::Sqlite) {
+            m_location = m_dir.filePath(QStringLiteral("campaign.qew"));
+        } else {
+            ASSERT_TRUE(s_serverStarted) << s_server->Error().toStdString();
+            m_location = s_server->CreateDatabase(QStringLiteral("campaign"));
+            ASSERT_FALSE(m_location.isEmpty()) << s_server->Error().toStdString();
+        }
+        const util::Outcome created = campaign::CreateDatabase(m_location);
+        ASSERT_TRUE(created) << created.Reason().toStdString();
+    }
+
+    void Save(const CCampaign& c) {
+        const util::Outcome saved = SaveCampaign(m_location, c);
+        ASSERT_TRUE(saved) << saved.Reason().toStdString();
+    }
+
+    qint64 Count(const QString& sql) {
+        Connection db;
+        EXPECT_TRUE(db.Open(m_location));
+        QSqlQuery query = db.Query();
+        EXPECT_TRUE(query.exec(sql)) << query.lastError().text().toStdString();
+        EXPECT_TRUE(query.next());
+        return query.value(0).toLongLong();
+    }
+
+    static inline std::unique_ptr<testutil::PostgresServer> s_server;
+    static inline bool s_serverStarted = false;
+    QTemporaryDir m_dir;
+    QString m_location;
+};
+
+TEST_P(CampaignStoreTest, SavedCampaignLoadsBackEqual) {
+    const auto built = BuildCampaign();
+    Save(*built);
+    const QStringList expected = Describe(*built);
+    EXPECT_EQ(Load(m_location), expected);
+    // The empty French short caption and wave description are no text, not a changed one.
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"QuestionCaptions\"")), 6);
+}
+
+TEST_P(CampaignStoreTest, SavingAgainRewritesInPlaceAndDropsWhatIsGone) {
+    Save(*BuildCampaign());
+    const auto smaller = BuildCampaign(false);
+    smaller->m_name = QStringLiteral("Renamed");
+    Save(*smaller);
+    EXPECT_EQ(Load(m_location), Describe(*smaller));
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"Campaigns\"")), 1);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"Tags\"")), 1);
+    // Question 300 went with its captions and matching.
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"QuestionCaptions\"")), 4);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"QuestionMatchings\"")), 2);
+}
+
+TEST_P(CampaignStoreTest, RowsComeBackInTheirTablesSortOrders) {
+    auto c = std::make_unique<CCampaign>();
+    c->m_versionNumber = QStringLiteral("5.6.1.0");
+    // Wave 7 comes first by its order, though added last.
+    for (const auto& [id, order] : {std::pair{3, 2}, std::pair{7, 1}}) {
+        auto wave = std::make_unique<CWave>();
+        wave->m_waveID = id;
+        wave->m_waveOrder = order;
+        c->AddWave(std::move(wave));
+    }
+    for (const auto& [id, wave] : {std::pair{11, 3}, std::pair{4, 3}, std::pair{8, 7}}) {
+        auto volume = std::make_unique<CVolume>();
+        volume->m_volumeID = id;
+        volume->m_waveID = wave;
+        c->AddVolume(std::move(volume));
+    }
+    for (const auto& [id, order] : {std::pair{10, 3}, std::pair{30, 1}, std::pair{20, 2}}) {
+        auto question = Question(id, order, 4);
+        question->AddModality(Response(id * 10 + 1, id, 2, "b", "b"));
+        question->AddModality(Response(id * 10 + 2, id, 1, "a", "a"));
+        // French first: captions come back by language within a question.
+        std::reverse(question->m_captions.begin(), question->m_captions.end());
+        c->AddQuestion(std::move(question));
+    }
+    Save(*c);
+
+    CCampaign loaded;
+    ASSERT_TRUE(LoadCampaign(m_location, loaded));
+    QStringList order;
+    for (const auto& wave : loaded.Waves()) {
+        order.append(QStringLiteral("w%1:").arg(wave->m_waveID));
+        for (const CVolume* volume : wave->Volumes())
+            order.append(QString::number(volume->m_volumeID));
+    }
+    for (const auto& question : loaded.Questions()) {
+        order.append(QStringLiteral("q%1:").arg(question->m_questionID));
+        for (const auto& caption : question->m_captions)
+            order.append(QString::number(caption->m_languageID));
+    }
+    for (const CModality* modality : loaded.Modalities())
+        order.append(QString::number(modality->m_modalityID));
+    EXPECT_EQ(order.join(QLatin1Char(' ')),
+              QStringLiteral("w7: 8 w3: 4 11 q30: 1033 1036 q20: 1033 1036 q10: 1033 1036 "
+                             "102 101 202 201 302 301"));
+}
+
+struct Gate {
+    const char* version;
+    bool tags;
+    bool ancestorValues;
+    bool caseSensitive;
+    bool noNewQuestions; // with the reconciliation ids
+};
+
+class CampaignStoreGateTest : public CampaignStoreTest {};
+
+TEST_P(CampaignStoreGateTest, ColumnsNewerThanTheFileAreNotRead) {
+    const Gate gates[] = {
+        {"5.6.1.0", true, true, true, true},      {"5,5,2,4", true, true, true, true},
+        {"5.5.2.3", false, true, true, true},     {"5.3.0.0", false, true, true, true},
+        {"5.2.3.8", false, true, true, false},    {"5.2.0.0", false, true, true, false},
+        {"5.1.9.4", false, true, false, false},   {"5.1.6.15", false, true, false, false},
+        {"5.1.6.14", false, false, false, false}, {"", false, false, false, false},
+    };
+    for (const Gate& gate : gates) {
+        SCOPED_TRACE(gate.version);
+        const auto c = BuildCampaign();
+        c->m_versionNumber = QString::fromLatin1(gate.version);
+        Save(*c);
+        CCampaign loaded;
+        ASSERT_TRUE(LoadCampaign(m_location, loaded));
+        EXPECT_EQ(loaded.Tags().size(), gate.tags ? 2u : 0u);
+        ASSERT_EQ(loaded.Volumes().size(), 3u);
+        for (const auto& volume : loaded.Volumes()) {
+            EXPECT_EQ(volume->m_matchUsingAncestorValues, gate.ancestorValues);
+            EXPECT_EQ(volume->m_caseSensitiveMatching, gate.caseSensitive);
+            EXPECT_EQ(volume->m_addNoNewQuestions, gate.noNewQuestions);
+            EXPECT_EQ(volume->m_reconciliationSourceQuestionIDs.isEmpty(), !gate.noNewQuestions);
+            // Columns every version has are read whatever the version.
+            EXPECT_EQ(volume->m_status, 4);
+        }
+    }
+}
+
+TEST_P(CampaignStoreTest, CaptionRowsOfUnknownOwnersAreSkipped) {
+    const auto built = BuildCampaign();
+    Save(*built);
+    // Rows no relation would let in, as a damaged file may hold them.
+    QStringList statements;
+    if (GetParam() == Dialect::PostgreSql)
+        statements.append(QStringLiteral("SET session_replication_role = replica"));
+    statements.append(QStringLiteral("INSERT INTO \"QuestionCaptions\" (\"QuestionID\", "
+                                     "\"LanguageID\", \"LongCaption\") VALUES (999, 1033, 'x')"));
+    statements.append(QStringLiteral("INSERT INTO \"ModalityCaptions\" (\"ModalityID\", "
+                                     "\"QuestionID\", \"LanguageID\", \"ShortCaption\") VALUES "
+                                     "(9999, 100, 1033, 'y')"));
+    ASSERT_TRUE(testutil::Sql(m_location, statements));
+    EXPECT_EQ(Load(m_location), Describe(*built));
+}
+
+TEST_P(CampaignStoreTest, AFailedSaveLeavesTheDatabaseAsItWas) {
+    const auto built = BuildCampaign();
+    Save(*built);
+    const QStringList before = Describe(*built);
+
+    CCampaign changed(*built);
+    changed.m_name = QStringLiteral("Changed");
+    changed.Questions()[0]->m_captions[0]->m_longCaption = QStringLiteral("Changed caption");
+    // Appearing in a volume the campaign does not hold breaks a relation.
+    changed.AddQuestion(Question(400, 4, 77));
+    const util::Outcome saved = SaveCampaign(m_location, changed);
+    ASSERT_FALSE(saved);
+    EXPECT_TRUE(saved.Reason().contains(QLatin1String("CDBAccessADO::SaveQuestions")))
+        << saved.Reason().toStdString();
+    EXPECT_EQ(Load(m_location), before);
+}
+
+TEST_P(CampaignStoreTest, CaptionsAreWrittenInPlacePerLanguage) {
+    const auto built = BuildCampaign();
+    Save(*built);
+    CQuestion question(*built->Questions()[0]);
+    CModality response(*built->Questions()[0]->m_modalities[0]);
+    // English changed, French left out (its row must stay), German new.
+    question.m_captions.erase(question.m_captions.begin() + 1);
+    question.m_captions[0]->m_longCaption = QStringLiteral("Your age?");
+    question.AddCaption(QuestionCaption(100, 1031, "Wie alt sind Sie?", "Alter"));
+    response.m_captions.erase(response.m_captions.begin() + 1);
+    auto german = std::make_unique<CModalityCaption>();
+    german->m_modalityID = 1001;
+    german->m_questionID = 100;
+    german->m_languageID = 1031;
+    german->m_shortCaption = QStringLiteral("Ja");
+    response.AddCaption(std::move(german));
+    {
+        Connection db;
+        ASSERT_TRUE(db.Open(m_location));
+        for (int time = 0; time < 2; ++time) {
+            ASSERT_TRUE(campaign::SaveQuestionCaptions(db, question));
+            ASSERT_TRUE(campaign::SaveModalityCaptions(db, response));
+        }
+    }
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"QuestionCaptions\" WHERE "
+                                   "\"QuestionID\" = 100")),
+              3);
+    EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"ModalityCaptions\" WHERE "
+                                   "\"ModalityID\" = 1001")),
+              3);
+    CCampaign loaded;
+    ASSERT_TRUE(LoadCampaign(m_location, loaded));
+    const CQuestion* read = loaded.FindQuestion(100);
+    ASSERT_NE(read, nullptr);
+    ASSERT_NE(read->FindCaption(1033), nullptr);
+    EXPECT_EQ(read->FindCaption(1033)->m_longCaption, QStringLiteral("Your age?"));
+    ASSERT_NE(read->FindCaption(1036), nullptr);
+    EXPECT_EQ(read->FindCaption(1036)->m_longCaption,
+              built->Questions()[0]->FindCaption(1036)->m_longCaption);
+    ASSERT_NE(read->FindCaption(1031), nullptr);
+    EXPECT_EQ(read->FindCaption(1031)->m_shortCaption, QStringLiteral("Alter"));
+    const CModality* readResponse = loaded.FindModality(1001);
+    ASSERT_NE(readResponse, nullptr);
+    ASSERT_NE(readResponse->FindCaption(1031), nullptr);
+    EXPECT_EQ(readResponse->FindCaption(1031)->m_shortCaption, QStringLiteral("Ja"));
+    ASSERT_NE(readResponse->FindCaption(1036), nullptr);
+    EXPECT_EQ(readResponse->FindCaption(1036)->m_shortCaption, QStringLiteral("Oui"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, CampaignStoreTest,
+                         ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql),
+                         [](const auto& info) {
+                             return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
+                         });
+INSTANTIATE_TEST_SUITE_P(Each, CampaignStoreGateTest,
+                         ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql),
+                         [](const auto& info) {
+                             return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
+                         });
+
+TEST(CampaignStoreClosed, ReadsAndSavesOnAClosedConnectionFailUnderTheirNames) {
+    Connection closed;
+    CCampaign c;
+    const util::Outcome read = LoadCampaign(closed, c);
+    ASSERT_FALSE(read);
+    EXPECT_TRUE(read.Reason().contains(QLatin1String("CDBAccessADO::ReadCampaign")));
+    const auto built = BuildCampaign();
+    const struct {
+        const char* name;
+        util::Outcome outcome;
+    } saves[] = {
+        {"CDBAccessADO::SaveCampaign", SaveCampaign(closed, *built)},
+        {"CDBAccessADO::SaveQuestionCaptions",
+         campaign::SaveQuestionCaptions(closed, *built->Questions()[0])},
+        {"CDBAccessADO::SaveModalityCaptions",
+         campaign::SaveModalityCaptions(closed, *built->Modalities()[0])},
+    };
+    for (const auto& save : saves) {
+        EXPECT_FALSE(save.outcome) << save.name;
+        EXPECT_TRUE(save.outcome.Reason().contains(QLatin1String(save.name))) << save.name;
+    }
+}
+
+TEST(CampaignStoreClosed, AMissingFileIsNotCreatedByLoading) {
+    QTemporaryDir dir;
+    const QString location = dir.filePath(QStringLiteral("missing.qew"));
+    CCampaign c;
+    EXPECT_FALSE(LoadCampaign(location, c));
+    EXPECT_FALSE(QFileInfo::exists(location));
+}
+
+} // namespace
