@@ -457,6 +457,57 @@ TEST_P(CampaignStoreGateTest, ColumnsNewerThanTheFileAreNotRead) {
     }
 }
 
+TEST_P(CampaignStoreTest, AFileOlderThanTagsIsReadWithoutATagTable) {
+    const auto c = BuildCampaign();
+    c->m_versionNumber = QStringLiteral("5.5.2.0");
+    Save(*c);
+    ASSERT_TRUE(testutil::Sql(m_location, {QStringLiteral("DROP TABLE \"Tags\"")}));
+    CCampaign loaded;
+    const util::Outcome read = LoadCampaign(m_location, loaded);
+    ASSERT_TRUE(read) << read.Reason().toStdString();
+    EXPECT_TRUE(loaded.Tags().empty());
+    EXPECT_EQ(loaded.Questions().size(), 3u);
+}
+
+TEST_P(CampaignStoreTest, AMissingTableFailsUnderTheOperationThatNeedsIt) {
+    const struct {
+        const char* table;
+        const char* read;
+        const char* save;
+    } cases[] = {
+        {"Languages", "CDBAccessADO::ReadLanguages", "CDBAccessADO::SaveLanguages"},
+        {"QuestionClasses", "CDBAccessADO::ReadQuestionClasses",
+         "CDBAccessADO::SaveQuestionClasses"},
+        {"Versions", "CDBAccessADO::ReadVersions", "CDBAccessADO::SaveVersions"},
+    };
+    const auto built = BuildCampaign();
+    for (const auto& item : cases) {
+        SCOPED_TRACE(item.table);
+        ASSERT_TRUE(campaign::CreateDatabase(m_location));
+        Save(*built);
+        ASSERT_TRUE(testutil::Sql(
+            m_location, {QStringLiteral("DROP TABLE \"%1\"").arg(QLatin1String(item.table))}));
+        CCampaign loaded;
+        const util::Outcome read = LoadCampaign(m_location, loaded);
+        ASSERT_FALSE(read);
+        EXPECT_TRUE(read.Reason().contains(QLatin1String(item.read)))
+            << read.Reason().toStdString();
+        CCampaign renamed(*built);
+        renamed.m_name = QStringLiteral("Renamed");
+        const util::Outcome saved = SaveCampaign(m_location, renamed);
+        ASSERT_FALSE(saved);
+        EXPECT_TRUE(saved.Reason().contains(QLatin1String(item.save)))
+            << saved.Reason().toStdString();
+        // The campaign row written before the failure went with it.
+        Connection db;
+        ASSERT_TRUE(db.Open(m_location));
+        QSqlQuery name = db.Query();
+        ASSERT_TRUE(name.exec(QStringLiteral("SELECT \"Name\" FROM \"Campaigns\"")));
+        ASSERT_TRUE(name.next());
+        EXPECT_EQ(name.value(0).toString(), QStringLiteral("Panel"));
+    }
+}
+
 TEST_P(CampaignStoreTest, CaptionRowsOfUnknownOwnersAreSkipped) {
     const auto built = BuildCampaign();
     Save(*built);
