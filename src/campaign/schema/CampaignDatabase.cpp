@@ -16,33 +16,6 @@ using util::Outcome;
 using util::sql::Connection;
 using util::sql::Dialect;
 
-QString TypeName(const Column& column, const Connection& db) {
-    if (db.GetDialect() == Dialect::PostgreSql) {
-        if (column.type == kText && column.size > 0)
-            return QStringLiteral("VARCHAR(%1)").arg(column.size);
-        if (column.type == kInteger)
-            return QStringLiteral("SMALLINT");
-        if (column.type == kGuid)
-            return QStringLiteral("UUID");
-    }
-    return db.TypeName(ColumnTypeOf(column.type));
-}
-
-QString ColumnDefinition(const Table& table, const Column& column, const Connection& db) {
-    const QString name = db.Quote(column.name);
-    QString sql = name + QLatin1Char(' ') + TypeName(column, db);
-    const bool server = db.GetDialect() == Dialect::PostgreSql;
-    if (!IsNullable(table, column, db.GetDialect()))
-        sql += QLatin1String(" NOT NULL");
-    if (server && column.type == kYesNo)
-        sql += QLatin1String(" DEFAULT FALSE");
-    if (!server && column.type == kText && column.size > 0)
-        sql += QStringLiteral(" CHECK (length(%1) <= %2)").arg(name).arg(column.size);
-    if (IsTextCode(column.type) && !column.allowZeroLength)
-        sql += QStringLiteral(" CHECK (%1 <> '')").arg(name);
-    return sql;
-}
-
 QString ColumnList(const Table& table, const QStringList& names, const Connection& db) {
     QStringList quoted;
     for (const QString& name : names) {
@@ -57,48 +30,11 @@ QString RuleText(Rule rule) {
     return rule == Rule::Cascade ? QStringLiteral("CASCADE") : QStringLiteral("NO ACTION");
 }
 
-QString ForeignKey(const Relation& relation, const Connection& db) {
-    return QStringLiteral("CONSTRAINT %1 FOREIGN KEY (%2) REFERENCES %3 (%4) ON UPDATE %5 "
-                          "ON DELETE %6")
-        .arg(db.Quote(relation.name), db.Quote(relation.foreignColumn),
-             db.Quote(relation.primaryTable), db.Quote(relation.primaryColumn),
-             RuleText(relation.updateRule), RuleText(relation.deleteRule));
-}
-
 const Index* PrimaryIndex(const Table& table) {
     for (const Index& index : table.indexes)
         if (index.primary)
             return &index;
     return nullptr;
-}
-
-QString CreateTable(const Schema& schema, const Table& table, const Connection& db) {
-    const bool sqlite = db.GetDialect() == Dialect::Sqlite;
-    QStringList parts;
-    for (const Column& column : table.columns)
-        parts.append(ColumnDefinition(table, column, db));
-    const Index* primary = PrimaryIndex(table);
-    if (primary)
-        parts.append(QStringLiteral("CONSTRAINT %1 PRIMARY KEY (%2)")
-                         .arg(db.Quote(DatabaseIndexName(table, *primary)),
-                              ColumnList(table, primary->columns, db)));
-    // SQLite cannot add a relation to an existing table: it is declared with the table.
-    if (sqlite)
-        for (const Relation& relation : schema.relations)
-            if (relation.foreignTable == table.name)
-                parts.append(ForeignKey(relation, db));
-    QString sql = QStringLiteral("CREATE TABLE %1 (%2)")
-                      .arg(db.Quote(table.name), parts.join(QStringLiteral(", ")));
-    if (sqlite)
-        sql += primary ? QStringLiteral(" WITHOUT ROWID, STRICT") : QStringLiteral(" STRICT");
-    return sql;
-}
-
-QString CreateIndex(const Table& table, const Index& index, const Connection& db) {
-    return QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")
-        .arg(index.unique ? QStringLiteral("UNIQUE ") : QString(),
-             db.Quote(DatabaseIndexName(table, index)), db.Quote(table.name),
-             ColumnList(table, index.columns, db));
 }
 
 Outcome CheckColumn(const Table& table, const QString& column) {
@@ -171,24 +107,104 @@ void RemoveDatabaseFile(const QString& path) {
 
 } // namespace
 
+QString ZeroLengthCheck(const QString& column, const Connection& db) {
+    return QStringLiteral("CHECK (%1 <> '')").arg(db.Quote(column));
+}
+
+QString LengthCheck(const QString& column, int size, const Connection& db) {
+    return QStringLiteral("CHECK (length(%1) <= %2)").arg(db.Quote(column)).arg(size);
+}
+
+QString ColumnTypeName(const Column& column, const Connection& db) {
+    if (db.GetDialect() == Dialect::PostgreSql) {
+        if (column.type == kText && column.size > 0)
+            return QStringLiteral("VARCHAR(%1)").arg(column.size);
+        if (column.type == kInteger)
+            return QStringLiteral("SMALLINT");
+        if (column.type == kGuid)
+            return QStringLiteral("UUID");
+    }
+    return db.TypeName(ColumnTypeOf(column.type));
+}
+
+QString ColumnDefinition(const Table& table, const Column& column, const Connection& db) {
+    const QString name = db.Quote(column.name);
+    QString sql = name + QLatin1Char(' ') + ColumnTypeName(column, db);
+    const bool server = db.GetDialect() == Dialect::PostgreSql;
+    if (!IsNullable(table, column, db.GetDialect()))
+        sql += QLatin1String(" NOT NULL");
+    if (server && column.type == kYesNo)
+        sql += QLatin1String(" DEFAULT FALSE");
+    if (!server && column.type == kText && column.size > 0)
+        sql += QLatin1Char(' ') + LengthCheck(column.name, column.size, db);
+    if (IsTextCode(column.type) && !column.allowZeroLength)
+        sql += QLatin1Char(' ') + ZeroLengthCheck(column.name, db);
+    return sql;
+}
+
+QString ForeignKey(const Relation& relation, const Connection& db) {
+    return QStringLiteral("CONSTRAINT %1 FOREIGN KEY (%2) REFERENCES %3 (%4) ON UPDATE %5 "
+                          "ON DELETE %6")
+        .arg(db.Quote(relation.name), db.Quote(relation.foreignColumn),
+             db.Quote(relation.primaryTable), db.Quote(relation.primaryColumn),
+             RuleText(relation.updateRule), RuleText(relation.deleteRule));
+}
+
+QString CreateTableStatement(const Schema& schema, const Table& table, const Connection& db) {
+    const bool sqlite = db.GetDialect() == Dialect::Sqlite;
+    QStringList parts;
+    for (const Column& column : table.columns)
+        parts.append(ColumnDefinition(table, column, db));
+    const Index* primary = PrimaryIndex(table);
+    if (primary)
+        parts.append(QStringLiteral("CONSTRAINT %1 PRIMARY KEY (%2)")
+                         .arg(db.Quote(DatabaseIndexName(table, *primary)),
+                              ColumnList(table, primary->columns, db)));
+    // SQLite cannot add a relation to an existing table: it is declared with the table.
+    if (sqlite)
+        for (const Relation& relation : schema.relations)
+            if (relation.foreignTable == table.name)
+                parts.append(ForeignKey(relation, db));
+    QString sql = QStringLiteral("CREATE TABLE %1 (%2)")
+                      .arg(db.Quote(table.name), parts.join(QStringLiteral(", ")));
+    if (sqlite)
+        sql += primary ? QStringLiteral(" WITHOUT ROWID, STRICT") : QStringLiteral(" STRICT");
+    return sql;
+}
+
+QString CreateIndexStatement(const Table& table, const Index& index, const Connection& db) {
+    return QStringLiteral("CREATE %1INDEX %2 ON %3 (%4)")
+        .arg(index.unique ? QStringLiteral("UNIQUE ") : QString(),
+             db.Quote(DatabaseIndexName(table, index)), db.Quote(table.name),
+             ColumnList(table, index.columns, db));
+}
+
 Outcome EnableForeignKeys(Connection& db) {
     if (db.GetDialect() != Dialect::Sqlite)
         return {};
     return db.Exec(QStringLiteral("PRAGMA foreign_keys = ON"));
 }
 
+QStringList TableStatements(const Schema& schema, const Table& table, const Connection& db) {
+    QStringList statements{CreateTableStatement(schema, table, db)};
+    for (const Index& index : table.indexes)
+        if (!index.primary)
+            statements.append(CreateIndexStatement(table, index, db));
+    return statements;
+}
+
+QString AddRelationStatement(const Relation& relation, const Connection& db) {
+    return QStringLiteral("ALTER TABLE %1 ADD %2")
+        .arg(db.Quote(relation.foreignTable), ForeignKey(relation, db));
+}
+
 QStringList CreateStatements(const Schema& schema, const Connection& db) {
     QStringList statements;
-    for (const Table& table : schema.tables) {
-        statements.append(CreateTable(schema, table, db));
-        for (const Index& index : table.indexes)
-            if (!index.primary)
-                statements.append(CreateIndex(table, index, db));
-    }
+    for (const Table& table : schema.tables)
+        statements += TableStatements(schema, table, db);
     if (db.GetDialect() == Dialect::PostgreSql)
         for (const Relation& relation : schema.relations)
-            statements.append(QStringLiteral("ALTER TABLE %1 ADD %2")
-                                  .arg(db.Quote(relation.foreignTable), ForeignKey(relation, db)));
+            statements.append(AddRelationStatement(relation, db));
     return statements;
 }
 

@@ -32,6 +32,26 @@ util::Outcome EnableForeignKeys(util::sql::Connection& db);
 // dialect, in order. The schema's names are taken as checked by CreateDatabase.
 QStringList CreateStatements(const Schema& schema, const util::sql::Connection& db);
 
+// The pieces the statements are built from, shared with the migrations of older databases.
+QString ColumnTypeName(const Column& column, const util::sql::Connection& db);
+// A column's definition in CREATE TABLE or ADD COLUMN; `table` tells whether an index keeps it
+// from being null.
+QString ColumnDefinition(const Table& table, const Column& column, const util::sql::Connection& db);
+// The checks that refuse an empty text and, on SQLite, a text longer than its size.
+QString ZeroLengthCheck(const QString& column, const util::sql::Connection& db);
+QString LengthCheck(const QString& column, int size, const util::sql::Connection& db);
+QString ForeignKey(const Relation& relation, const util::sql::Connection& db);
+// CREATE TABLE, with the relations of which the table is the foreign side on SQLite.
+QString CreateTableStatement(const Schema& schema, const Table& table,
+                             const util::sql::Connection& db);
+QString CreateIndexStatement(const Table& table, const Index& index,
+                             const util::sql::Connection& db);
+// The table and its indexes other than the primary key.
+QStringList TableStatements(const Schema& schema, const Table& table,
+                            const util::sql::Connection& db);
+// A relation added to an existing table, on a server only: SQLite declares it with the table.
+QString AddRelationStatement(const Relation& relation, const util::sql::Connection& db);
+
 // Creates the schema on an open connection in one transaction, replacing the schema's tables
 // where they exist: on failure the database is as it was. A schema that names a missing table or
 // column, or a table twice, is refused before anything is changed.

@@ -17,6 +17,9 @@ inline constexpr char kColumnMissing[] =
 inline constexpr char kTableMissing[] =
     QT_TRANSLATE_NOOP("campaign", "the relation '%1' names the missing table '%2'");
 
+// A migration step that failed: the step, then the database's two texts ("%1" to "%3").
+inline constexpr char kAdoError[] = QT_TRANSLATE_NOOP("campaign", "ADO error %1 - %2 - %3");
+
 } // namespace campaign::schemastrings
 
 namespace campaign {
