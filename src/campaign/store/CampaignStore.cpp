@@ -673,6 +673,14 @@ Outcome SaveCampaignRow(Connection& db, const CCampaign& campaign) {
 }
 
 Outcome SaveWaves(Connection& db, const CCampaign& campaign) {
+    // Wave orders are unique row by row: two waves that exchange their places would collide
+    // while rewritten one after the other, so the stored orders are first moved out of the way
+    // (orders are positions, never negative).
+    const QString order = db.Quote(QStringLiteral("WaveOrder"));
+    QSqlQuery park = db.Query();
+    if (!park.exec(QStringLiteral("UPDATE %1 SET %2 = -%2 - 1")
+                       .arg(db.Quote(QStringLiteral("Waves")), order)))
+        return DatabaseFailure(op::kSaveWaves, park.lastError());
     const Outcome waves =
         TableWriter(db, "Waves")
             .Write(op::kSaveWaves, op::kDeleteRemovedWaves, RowsOf(campaign.Waves()));

@@ -373,6 +373,22 @@ TEST_P(CampaignStoreTest, SavingAgainRewritesInPlaceAndDropsWhatIsGone) {
     EXPECT_EQ(Count(QStringLiteral("SELECT COUNT(*) FROM \"QuestionMatchings\"")), 2);
 }
 
+TEST_P(CampaignStoreTest, WavesExchangingTheirPlacesAreSaved) {
+    const auto built = BuildCampaign();
+    Save(*built);
+    CCampaign swapped(*built);
+    swapped.Waves()[0]->m_waveOrder = 2;
+    swapped.Waves()[1]->m_waveOrder = 1;
+    Save(swapped);
+    CCampaign loaded;
+    ASSERT_TRUE(LoadCampaign(m_location, loaded));
+    ASSERT_EQ(loaded.Waves().size(), 2u);
+    EXPECT_EQ(loaded.Waves()[0]->m_waveID, 2);
+    EXPECT_EQ(loaded.Waves()[0]->m_waveOrder, 1);
+    EXPECT_EQ(loaded.Waves()[1]->m_waveID, 1);
+    EXPECT_EQ(loaded.Waves()[1]->m_waveOrder, 2);
+}
+
 TEST_P(CampaignStoreTest, RowsComeBackInTheirTablesSortOrders) {
     auto c = std::make_unique<CCampaign>();
     c->m_versionNumber = QStringLiteral("5.6.1.0");
