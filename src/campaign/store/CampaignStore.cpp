@@ -2,6 +2,7 @@
 
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/schema/CampaignSchema.h"
+#include "campaign/schema/Migrations.h"
 #include "campaign/store/StoreStrings.h"
 #include "util/OleDate.h"
 
@@ -9,7 +10,6 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
-#include <array>
 #include <functional>
 #include <set>
 #include <vector>
@@ -47,19 +47,9 @@ Outcome Under(const char* operation, const Outcome& outcome) {
                                 .arg(QLatin1String(operation), outcome.Reason(), QString()));
 }
 
-// --- version texts: "5.2.0.0", or "5,2,0,0" when there is no dot; missing numbers are 0 ---
-
-std::array<quint32, 4> ParseVersion(const QString& text) {
-    std::array<quint32, 4> numbers{};
-    const QChar separator = text.contains(QLatin1Char('.')) ? QLatin1Char('.') : QLatin1Char(',');
-    const QStringList parts = text.split(separator);
-    for (qsizetype i = 0; i < parts.size() && i < 4; ++i)
-        numbers[static_cast<size_t>(i)] = parts[i].trimmed().toUInt();
-    return numbers;
-}
-
-bool IsOlder(const QString& version, const char* than) {
-    return ParseVersion(version) < ParseVersion(QLatin1String(than));
+// Whether the file's version text is older than the version that brought a column or table.
+bool IsOlderThan(const QString& version, const char* than) {
+    return IsOlder(ParseVersion(version).version, ParseVersion(QLatin1String(than)).version);
 }
 
 // --- reading ---
@@ -183,11 +173,11 @@ std::unique_ptr<CVolume> VolumeFromRow(const RowReader& row, const QString& vers
     volume->m_thisVolumeLinkQuestionID = row.Text("ThisVolumeLinkQuestionID");
     volume->m_status = row.Long("Status");
     // What an older file holds in columns added after it was written means nothing.
-    if (!IsOlder(version, "5.2.0.0"))
+    if (!IsOlderThan(version, "5.2.0.0"))
         volume->m_caseSensitiveMatching = row.YesNo("CaseSensitiveMatching");
-    if (!IsOlder(version, "5.1.6.15"))
+    if (!IsOlderThan(version, "5.1.6.15"))
         volume->m_matchUsingAncestorValues = row.YesNo("MatchUsingAncestorValues");
-    if (!IsOlder(version, "5.3.0.0")) {
+    if (!IsOlderThan(version, "5.3.0.0")) {
         volume->m_addNoNewQuestions = row.YesNo("AddNoNewQuestions");
         volume->m_reconciliationSourceQuestionIDs = row.Text("ReconciliationSourceQuestionIDs");
     }
@@ -231,7 +221,7 @@ Outcome ReadVersions(Connection& db, CCampaign& campaign) {
 }
 
 Outcome ReadTags(Connection& db, CCampaign& campaign) {
-    if (IsOlder(campaign.m_versionNumber, "5.5.2.4"))
+    if (IsOlderThan(campaign.m_versionNumber, "5.5.2.4"))
         return {}; // files before tags have no tag table
     return ReadRows(db, op::kReadTags, "Tags", Columns({"TagID"}), [&](const RowReader& row) {
         auto tag = std::make_unique<CQuelSurveyTag>();
