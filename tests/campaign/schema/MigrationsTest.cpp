@@ -229,6 +229,8 @@ protected:
             Exec(db, QLatin1String(sql));
     }
 
+    // Whether a statement goes through; a tag it adds is taken away again, so that the next case
+    // can use the same key.
     static bool Accepts(Connection& db, const QString& sql) {
         QSqlQuery query(db.Database());
         const bool done = query.exec(sql);
@@ -384,6 +386,27 @@ TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
     ASSERT_TRUE(again) << again.Reason().toStdString();
     EXPECT_EQ(Value(db, "SELECT \"AddNoNewQuestions\" FROM \"Volumes\""), Bool(true));
     EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
+}
+
+TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
+    Connection db;
+    Make(db, campaign::SchemaAt(V(5, 6, 0, 0)));
+    InsertCampaign(db);
+    // Too long for the Text(255) that the last step makes of it.
+    const QString longText(300, QLatin1Char('x'));
+    Exec(db, QStringLiteral("UPDATE \"Versions\" SET \"ShortCaption\" = '%1'").arg(longText));
+    const util::Outcome failed = MigrateDatabase(db, QStringLiteral("5,6,0,0"));
+    ASSERT_FALSE(failed);
+    EXPECT_TRUE(
+        failed.Reason().startsWith(QLatin1String("ADO error CVersionsRSAdo::MoveTo5_6_1_0 - ")))
+        << failed.Reason().toStdString();
+    // The step before it stays applied.
+    EXPECT_TRUE(db.Exec(QStringLiteral("UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''")));
+    // Its own first change, the long caption becoming a memo, is undone with it.
+    EXPECT_FALSE(
+        db.Exec(QStringLiteral("UPDATE \"Versions\" SET \"LongCaption\" = '%1'").arg(longText)));
+    EXPECT_EQ(Value(db, "SELECT \"ShortCaption\" FROM \"Versions\""), longText);
+    EXPECT_EQ(testutil::TableNames(db).size(), 14);
 }
 
 TEST_P(MigrationsTest, AColumnThatExistsIsSkippedWithItsFill) {
