@@ -1,0 +1,226 @@
+#include "campaign/store/CampaignQuestionnaire.h"
+
+#include "campaign/schema/CampaignDatabase.h"
+#include "campaign/schema/Migrations.h"
+#include "campaign/store/CampaignStore.h"
+#include "campaign/store/StoreStrings.h"
+#include "questionnaire/Modalite.h"
+#include "util/SqlConnection.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace campaign {
+
+namespace {
+
+using util::Outcome;
+namespace vw = varnel_wave;
+
+Outcome UnderOpen(const Outcome& outcome) {
+    if (outcome)
+        return outcome;
+    return Outcome::Failure(
+        QCoreApplication::translate(storestrings::kContext, storestrings::kDatabaseError)
+            .arg(QLatin1String(operation::kOpen), outcome.Reason(), QString()));
+}
+
+bool IsOlderThan(const QString& version, const char* than) {
+    return IsOlder(ParseVersion(version).version, ParseVersion(QLatin1String(than)).version);
+}
+
+std::unique_ptr<CQuestion> ToQuestionnaire(const vw::CQuestion& source, RemovedResponses& removed) {
+    auto question = std::make_unique<CQuestion>(source.m_questionID, source.m_shortcut);
+    if (source.m_isMultiple)
+        question->SetType(QuestionType::MultipleChoice);
+    for (const auto& caption : source.m_captions) {
+        // An empty caption stays unset so that its language counts as untranslated.
+        if (!caption->m_shortCaption.isEmpty())
+            question->SetLocalisedShortCaption(caption->m_languageID, caption->m_shortCaption);
+        if (!caption->m_longCaption.isEmpty())
+            question->SetLocalisedLongCaption(caption->m_languageID, caption->m_longCaption);
+    }
+    for (const auto& modality : source.m_modalities) {
+        if (modality->m_isDeleted) {
+            removed.push_back(std::make_unique<vw::CModality>(*modality));
+            continue;
+        }
+        auto response = std::make_unique<CModalite>(modality->m_modalityID, modality->m_entryCode);
+        for (const auto& caption : modality->m_captions)
+            if (!caption->m_shortCaption.isEmpty())
+                response->SetLocalisedLongCaption(caption->m_languageID, caption->m_shortCaption);
+        question->AddModalite(std::move(response));
+    }
+    return question;
+}
+
+void TakeLanguages(const CQuestionnaire& q, vw::CCampaign& campaign) {
+    for (int i = 0; i < q.GetLanguageCount(); ++i) {
+        const CLanguage& language = q.GetLanguage(i);
+        vw::CLanguage* target = campaign.FindLanguage(language.m_id);
+        if (!target) {
+            auto added = std::make_unique<vw::CLanguage>();
+            added->m_languageID = language.m_id;
+            added->m_languageName = language.m_name;
+            target = campaign.AddLanguage(std::move(added));
+        }
+        target->m_isDefault = language.m_isMain;
+    }
+}
+
+void TakeQuestionCaptions(const CQuestion& source, vw::CQuestion& target) {
+    const auto take = [&](const CLocalisedText& texts, QString vw::CQuestionCaption::*field) {
+        for (const auto& [language, text] : texts.Entries()) {
+            vw::CQuestionCaption* caption = target.FindCaption(language);
+            if (!caption) {
+                auto added = std::make_unique<vw::CQuestionCaption>();
+                added->m_questionID = target.m_questionID;
+                added->m_languageID = language;
+                caption = target.AddCaption(std::move(added));
+            }
+            caption->*field = text;
+        }
+    };
+    take(source.LongCaption(), &vw::CQuestionCaption::m_longCaption);
+    take(source.ShortCaption(), &vw::CQuestionCaption::m_shortCaption);
+}
+
+void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& campaign) {
+    vw::CModality* target = campaign.FindModality(source.m_id);
+    if (!target) {
+        auto added = std::make_unique<vw::CModality>();
+        added->m_modalityID = source.m_id;
+        added->m_questionID = questionID;
+        vw::CQuestion* owner = campaign.FindQuestion(questionID);
+        added->m_modalityOrder = owner ? qint32(owner->m_modalities.size()) : 0;
+        added->m_appearanceVolumeID = owner ? owner->m_appearanceVolumeID : 0;
+        target = campaign.AddModality(std::move(added));
+        if (!target)
+            return;
+    }
+    target->m_entryCode = source.m_entryCode;
+    for (const auto& [language, text] : source.Caption().Entries()) {
+        vw::CModalityCaption* caption = target->FindCaption(language);
+        if (!caption) {
+            auto added = std::make_unique<vw::CModalityCaption>();
+            added->m_modalityID = target->m_modalityID;
+            added->m_questionID = questionID;
+            added->m_languageID = language;
+            caption = target->AddCaption(std::move(added));
+        }
+        caption->m_shortCaption = text;
+    }
+}
+
+void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign) {
+    qint32 nextOrder = 0;
+    for (const auto& question : campaign.Questions())
+        nextOrder = std::max(nextOrder, question->m_order + 1);
+    for (int i = 0; i < q.GetNbreQuestion(); ++i) {
+        const CQuestion& source = q.GetQuestion(i);
+        vw::CQuestion* target = campaign.FindQuestion(source.m_id);
+        if (!target) {
+            // Orders are left alone for the questions the campaign holds: translation does not
+            // move questions, and deleted questions keep theirs.
+            auto added = std::make_unique<vw::CQuestion>();
+            added->m_questionID = source.m_id;
+            added->m_order = nextOrder++;
+            // A question appears in a volume; a new one in the first the campaign has.
+            if (!campaign.Volumes().empty())
+                added->m_appearanceVolumeID = campaign.Volumes().front()->m_volumeID;
+            added->m_isMultiple = source.GetType() == QuestionType::MultipleChoice;
+            target = campaign.AddQuestion(std::move(added));
+        }
+        target->m_shortcut = source.m_shortcut;
+        TakeQuestionCaptions(source, *target);
+        for (int r = 0; r < source.GetNbreModalite(); ++r)
+            TakeResponse(source.GetModalite(r), source.m_id, campaign);
+    }
+}
+
+void UpgradeContent(vw::CCampaign& campaign) {
+    if (IsOlderThan(campaign.m_versionNumber, "5.1.9.4"))
+        (void)campaign.RepairModalityMatchingEndVolumes();
+    if (IsOlderThan(campaign.m_versionNumber, "5.6.1.0"))
+        campaign.m_versionNumber = QStringLiteral("5,6,1,0"); // commas, as the program writes it
+}
+
+} // namespace
+
+Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
+                                    vw::CCampaign& campaign, RemovedResponses& removed) {
+    if (const Outcome loaded = LoadCampaign(location, campaign); !loaded)
+        return loaded;
+    q.SetName(campaign.m_name);
+    removed.clear();
+    qint32 defaultLanguage = 0;
+    bool hasDefault = false;
+    for (const auto& source : campaign.Languages()) {
+        auto language = std::make_unique<CLanguage>(quint32(source->m_languageID));
+        language->m_isMain = source->m_isDefault;
+        if (source->m_isDefault) {
+            defaultLanguage = source->m_languageID;
+            hasDefault = true;
+        }
+        q.AddLanguage(std::move(language));
+    }
+    if (hasDefault)
+        q.SetDefaultLanguage(defaultLanguage); // the last one flagged
+    for (const auto& source : campaign.Questions())
+        if (!source->m_isDeleted)
+            q.AddQuestion(ToQuestionnaire(*source, removed));
+    return {};
+}
+
+Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
+                                      std::unique_ptr<vw::CCampaign>& campaign,
+                                      const RemovedResponses& removed) {
+    util::sql::Connection db;
+    if (const Outcome opened = UnderOpen(db.Open(location)); !opened)
+        return opened;
+    auto fresh =
+        campaign ? std::make_unique<vw::CCampaign>(*campaign) : std::make_unique<vw::CCampaign>();
+    for (const auto& response : removed)
+        if (!fresh->FindModality(response->m_modalityID))
+            (void)fresh->AddModality(std::make_unique<vw::CModality>(*response));
+    TakeLanguages(q, *fresh);
+    TakeQuestions(q, *fresh);
+    if (const Outcome migrated = MigrateDatabase(db, fresh->m_versionNumber); !migrated)
+        return migrated;
+    UpgradeContent(*fresh);
+    if (const Outcome checked = UnderOpen(EnableForeignKeys(db)); !checked)
+        return checked;
+    if (const Outcome saved = SaveCampaign(db, *fresh); !saved)
+        return saved;
+    campaign = std::move(fresh);
+    return {};
+}
+
+Outcome CampaignQuestionnaireStore::Load(const QString& path, CQuestionnaire& q,
+                                         const questionnaire::StoreContext& context) {
+    Q_UNUSED(context);
+    auto campaign = std::make_unique<vw::CCampaign>();
+    const Outcome loaded = LoadCampaignAsQuestionnaire(path, q, *campaign, m_removed);
+    if (!loaded) {
+        q.SetLastError(loaded.Reason());
+        return loaded;
+    }
+    m_campaign = std::move(campaign);
+    return {};
+}
+
+Outcome CampaignQuestionnaireStore::SaveWhole(const QString& path, const CQuestionnaire& q,
+                                              const questionnaire::StoreContext& context) {
+    Q_UNUSED(context);
+    if (!m_campaign) {
+        // Nothing was read from a campaign: the questionnaire becomes a new one.
+        if (const Outcome created = CreateDatabase(path); !created)
+            return created;
+        m_campaign = std::make_unique<vw::CCampaign>();
+        m_campaign->m_versionNumber = CurrentVersion().ToText();
+    }
+    return SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed);
+}
+
+} // namespace campaign

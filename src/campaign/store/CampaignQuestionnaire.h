@@ -1,0 +1,55 @@
+#pragma once
+
+#include "campaign/Campaign.h"
+#include "questionnaire/Questionnaire.h"
+#include "questionnaire/store/QuestionnaireStore.h"
+#include "util/Outcome.h"
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+// A campaign database translated like any questionnaire: the campaign is turned into a
+// questionnaire for the translation work and the questionnaire back into the campaign to save.
+namespace campaign {
+
+// Responses the campaign marks deleted: the questionnaire does not show them, yet a save must
+// write them back as they were.
+using RemovedResponses = std::vector<std::unique_ptr<varnel_wave::CModality>>;
+
+// Reads the campaign at `location` into `campaign` (empty) and fills `q` (empty) from it:
+// languages (the last one flagged default is the main one), the questions not deleted with their
+// non-empty captions, and their responses not deleted; copies of the deleted responses go to
+// `removed`. The caller prepares the questionnaire's links.
+util::Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
+                                          varnel_wave::CCampaign& campaign,
+                                          RemovedResponses& removed);
+
+// Writes `q` into the campaign at `location`: the campaign as read at load, with the
+// questionnaire's languages, questions and captions over it and the removed responses back. The
+// schema is migrated from the campaign's version first and the version raised. On success
+// `campaign` becomes what was written.
+util::Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
+                                            std::unique_ptr<varnel_wave::CCampaign>& campaign,
+                                            const RemovedResponses& removed);
+
+// The store of ".qew" files; keeps the campaign as read and its removed responses from the load
+// to the saves of its document.
+class CampaignQuestionnaireStore : public questionnaire::QuestionnaireStore {
+public:
+    util::Outcome Load(const QString& path, CQuestionnaire& q,
+                       const questionnaire::StoreContext& context) override;
+    util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
+                            const questionnaire::StoreContext& context) override;
+    // A campaign holds waves, volumes and matchings the questionnaire does not: "Save As" copies
+    // the database and saves into the copy. A campaign made from another kind of file starts as
+    // a new database.
+    bool CopiesBeforeSaveAs() const override { return true; }
+
+private:
+    std::unique_ptr<varnel_wave::CCampaign> m_campaign;
+    RemovedResponses m_removed;
+};
+
+} // namespace campaign
