@@ -1,6 +1,7 @@
 #include "app/AppContext.h"
 
 #include "BuildInfo.h"
+#include "campaign/store/CampaignQuestionnaire.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -58,6 +59,8 @@ qint32 DrawStampNumber() {
 AppContext::AppContext()
     : stores(questionnaire::StandardStores()), dictionaryPath(DictionaryPath()) {
     stamps.stampNumber = DrawStampNumber();
+    stores.Register(QStringLiteral("qew"), qint16(questionnaire::FileType::Campaign),
+                    [] { return std::make_unique<campaign::CampaignQuestionnaireStore>(); });
 }
 
 QString AppContext::DefaultDictionaryPath() {

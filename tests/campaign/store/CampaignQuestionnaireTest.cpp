@@ -1,9 +1,14 @@
 #include "campaign/store/CampaignQuestionnaire.h"
+#include "app/AppContext.h"
+#include "app/BatchRunner.h"
+#include "app/QuestionnaireDocument.h"
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/store/CampaignStore.h"
 #include "questionnaire/Modalite.h"
+#include "util/Messages.h"
 
 #include <QTemporaryDir>
+#include <QTextStream>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -178,6 +183,29 @@ TEST_F(CampaignQuestionnaire, SaveWritesTheCaptionsAndKeepsWhatTheQuestionnaireD
     ASSERT_NE(written.FindLanguage(kEnglish), nullptr);
     EXPECT_FALSE(written.FindLanguage(kEnglish)->m_isDefault);
     EXPECT_TRUE(written.FindLanguage(kFrench)->m_isDefault);
+}
+
+TEST_F(CampaignQuestionnaire, AnUpperCaseEndingOpensInTheDocumentAndInBatchWork) {
+    const QString upper = m_dir.filePath(QStringLiteral("PANEL.QEW"));
+    ASSERT_TRUE(QFile::rename(m_location, upper));
+    app::AppContext app;
+    util::RecordedMessages messages;
+    {
+        app::QuestionnaireDocument document(app, messages);
+        ASSERT_TRUE(document.OpenSilently(upper)) << document.LastError().toStdString();
+        ASSERT_NE(document.Questionnaire(), nullptr);
+        EXPECT_EQ(document.Questionnaire()->GetNbreQuestion(), 1);
+        EXPECT_EQ(document.Type(), qint16(questionnaire::FileType::Campaign));
+    }
+    QString listing;
+    QTextStream out(&listing);
+    ASSERT_TRUE(app::RunBatch(
+        app, {QStringLiteral("translator"), upper, QStringLiteral("listcaptions")}, messages, out));
+    out.flush();
+    EXPECT_EQ(app.exitCode, 0) << messages.messages.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(listing.contains(QStringLiteral("How old are you?"))) << listing.toStdString();
+    EXPECT_TRUE(listing.contains(QStringLiteral("Jeune"))) << listing.toStdString();
+    EXPECT_FALSE(listing.contains(QStringLiteral("Vieux"))) << listing.toStdString();
 }
 
 } // namespace
