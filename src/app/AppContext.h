@@ -1,7 +1,7 @@
 #pragma once
 
-#include "exchange/WorkingFolder.h"
 #include "app/VersionInfo.h"
+#include "exchange/WorkingFolder.h"
 #include "questionnaire/store/QuestionnaireStore.h"
 
 #include <QString>

@@ -100,8 +100,8 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
     const QStringList types = {QStringLiteral("xml"), QStringLiteral("qes"), QStringLiteral("qex"),
                                QString()};
     for (const QString& from : types) {
-        const QString source =
-            folder + QStringLiteral("/Enquête source ü") + (from.isEmpty() ? QString() : QLatin1Char('.') + from);
+        const QString source = folder + QStringLiteral("/Enquête source ü") +
+                               (from.isEmpty() ? QString() : QLatin1Char('.') + from);
         {
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(kExample));

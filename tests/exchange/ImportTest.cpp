@@ -141,14 +141,14 @@ TEST_F(ImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
     EXPECT_EQ(m_q, before);
     // One line of 100 MB: read, cut and written like any other.
     const QString caption = QStringLiteral("x").repeated(50 * 1000 * 1000);
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-1\tHow satisfied are you?\t") +
-                     caption),
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
+                     QStringLiteral("10\t-1\tHow satisfied are you?\t") + caption),
               1);
     EXPECT_EQ(ReadCaption(m_q, 10, -1, kFrench).size(), caption.size());
     // A lone surrogate is a code unit like any other; the first zero ends the text.
     const QString lone = QStringLiteral("a") + QChar(0xDC00) + QStringLiteral("b");
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-2\tSatisfaction\t") + lone +
-                     QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
+    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-2\tSatisfaction\t") +
+                     lone + QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
                      QStringLiteral("\r\n10\t-3\t\tlost\r\n")),
               2);
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), lone);

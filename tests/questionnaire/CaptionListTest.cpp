@@ -1,7 +1,7 @@
+#include "questionnaire/CaptionList.h"
 #include "common/SampleQuestionnaire.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/CaptionFilters.h"
-#include "questionnaire/CaptionList.h"
 
 #include <gtest/gtest.h>
 
@@ -74,16 +74,17 @@ TEST(CaptionAccess, ReadsEveryKindAndEmptyForUnknownIds) {
         {10, -3, QStringLiteral("Read out\nthe scale")},
         {10, -4, QStringLiteral("Tab\there")},
         {10, 2, QStringLiteral("Not \"really\"")},
-        {10, 99, QString()},   // unknown response
-        {999, -1, QString()},  // unknown question
+        {10, 99, QString()},  // unknown response
+        {999, -1, QString()}, // unknown question
         {-2, 5, QStringLiteral("Skipping ahead")},
-        {-2, 77, QString()},   // unknown routing
+        {-2, 77, QString()}, // unknown routing
         {-1, 3, QStringLiteral("Please answer this one.")},
-        {-1, 1, QString()},    // no such system message
+        {-1, 1, QString()}, // no such system message
     };
     for (const Case& c : cases)
         EXPECT_EQ(ReadCaption(q, c.q, c.r, kEnglish), c.expected) << c.q << "/" << c.r;
-    EXPECT_EQ(ReadCaption(q, -1, 2, kEnglish), CQuestionnaire::GetStandardErrorMessage(kEnglish, 2));
+    EXPECT_EQ(ReadCaption(q, -1, 2, kEnglish),
+              CQuestionnaire::GetStandardErrorMessage(kEnglish, 2));
 }
 
 TEST(CaptionAccess, WritesReachTheRightCaptionAndIgnoreUnknownIds) {
@@ -109,7 +110,8 @@ TEST(SystemMessages, LanguagesFallBackToEnglish) {
         EXPECT_EQ(CQuestionnaire::GetStandardErrorMessage(1049, n), english) << "Russian " << n;
         EXPECT_NE(CQuestionnaire::GetStandardErrorMessage(testutil::kFrench, n), english) << n;
         EXPECT_EQ(CQuestionnaire::GetStandardErrorMessage(3084, n),
-                  CQuestionnaire::GetStandardErrorMessage(testutil::kFrench, n)) << n;
+                  CQuestionnaire::GetStandardErrorMessage(testutil::kFrench, n))
+            << n;
     }
 }
 
@@ -123,10 +125,8 @@ TEST(VersionFilter, QuestionsAndResponses) {
         QList<qint32> selection;
         bool q10, q20, response1, response2;
     } cases[] = {
-        {{}, true, true, true, true},
-        {{1}, true, true, true, false},
-        {{2}, true, false, true, true},
-        {{1, 2}, true, true, true, true},
+        {{}, true, true, true, true},    {{1}, true, true, true, false},
+        {{2}, true, false, true, true},  {{1, 2}, true, true, true, true},
         {{3}, true, false, true, false},
     };
     for (const Case& c : cases) {
@@ -203,7 +203,9 @@ TEST(VisibilityFilter, WalksForwardThroughHiddenDescendants) {
         {"hidden parent with a visible child still needs screen or paper",
          {{1, 0, 0, 0, 0}, {2, 1, 1, 1, 1}},
          {false, true}},
-        {"unrelated visible question later does not help", {{1, 0, 0, 1, 1}, {2, 1, 0, 1, 1}}, {false, true}},
+        {"unrelated visible question later does not help",
+         {{1, 0, 0, 1, 1}, {2, 1, 0, 1, 1}},
+         {false, true}},
         {"parent id naming no question", {{2, 0, 7, 1, 1}, {3, 1, 2, 1, 1}}, {true, true}},
     };
     for (const VisibilityCase& c : cases) {

@@ -104,8 +104,8 @@ TEST_F(XmlFileTest, ReadsAnsiTextWithoutMark) {
 }
 
 TEST_F(XmlFileTest, MalformedAndHostileDocumentsAreRefusedWithAMessage) {
-    const QString question = QStringLiteral(
-        "<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">");
+    const QString question =
+        QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\">");
     const QString end = QStringLiteral("</question></questions></questionnaire>");
     const QString documents[] = {
         QString(),
