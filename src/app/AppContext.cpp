@@ -2,6 +2,7 @@
 
 #include "BuildInfo.h"
 #include "campaign/store/CampaignQuestionnaire.h"
+#include "util/SqlConnection.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -32,8 +33,13 @@ QStringList RecentFiles::Files() const {
     return files;
 }
 
+QString AbsoluteLocation(const QString& location) {
+    return util::sql::IsServerLocation(location) ? location
+                                                 : QFileInfo(location).absoluteFilePath();
+}
+
 void RecentFiles::Add(const QString& path) {
-    const QString absolute = QFileInfo(path).absoluteFilePath();
+    const QString absolute = AbsoluteLocation(path);
     QStringList files = Files();
     files.removeIf([&absolute](const QString& file) {
         return file.compare(absolute, Qt::CaseInsensitive) == 0;
@@ -59,8 +65,15 @@ qint32 DrawStampNumber() {
 AppContext::AppContext()
     : stores(questionnaire::StandardStores()), dictionaryPath(DictionaryPath()) {
     stamps.stampNumber = DrawStampNumber();
+    const auto campaignStore = [] {
+        return std::make_unique<campaign::CampaignQuestionnaireStore>();
+    };
     stores.Register(QStringLiteral("qew"), qint16(questionnaire::FileType::Campaign),
-                    [] { return std::make_unique<campaign::CampaignQuestionnaireStore>(); });
+                    campaignStore);
+    // A campaign on a server is named by its connection URI.
+    for (const char* scheme : {"postgresql://", "postgres://"})
+        stores.RegisterPrefix(QLatin1String(scheme), qint16(questionnaire::FileType::Campaign),
+                              campaignStore);
 }
 
 QString AppContext::DefaultDictionaryPath() {

@@ -9,6 +9,9 @@
 
 namespace app {
 
+// The location as the program keeps it: a file's absolute path, or a server URI as given.
+QString AbsoluteLocation(const QString& location);
+
 // The recent-file list kept in the profile, most recent first.
 class RecentFiles {
 public:

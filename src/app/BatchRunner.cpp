@@ -14,6 +14,7 @@
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/StaticTools.h"
 #include "util/Messages.h"
+#include "util/SqlConnection.h"
 
 #include <QTextStream>
 
@@ -67,8 +68,10 @@ void SetKey(BatchOptions& o, const QString& key, const QString& value) {
     auto is = [&key](const char* name) {
         return key.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
     };
-    if (is("export") || is("translate")) {
-        o.operation = is("export") ? Operation::Export : Operation::Translate;
+    if (is("export") || is("translate") || is("saveas")) {
+        o.operation = is("export")      ? Operation::Export
+                      : is("translate") ? Operation::Translate
+                                        : Operation::SaveAs;
         o.path = value;
     } else if (is("languages")) {
         o.languages = value;
@@ -106,6 +109,7 @@ public:
     qint32 ListCaptions();
     qint32 AutoTranslate();
     qint32 SendDictionary();
+    qint32 SaveAs();
 
 private:
     // Standard error tells a script why; nothing waits for an answer.
@@ -251,6 +255,16 @@ qint32 Batch::SendDictionary() {
     return added;
 }
 
+qint32 Batch::SaveAs() {
+    if (!Load())
+        return kCannotLoad;
+    if (!m_document.SaveBatchAs(m_o.path))
+        return SaveFailed();
+    m_out << "saved " << util::sql::PrintableLocation(m_o.file) << " as "
+          << util::sql::PrintableLocation(m_o.path) << '\n';
+    return 0;
+}
+
 } // namespace
 
 BatchOptions ParseBatchOptions(const QStringList& arguments) {
@@ -273,7 +287,8 @@ BatchOptions ParseBatchOptions(const QStringList& arguments) {
 
 bool IsBatchWork(const QStringList& arguments) {
     const BatchOptions o = ParseBatchOptions(arguments);
-    const bool needsPath = o.operation == Operation::Export || o.operation == Operation::Translate;
+    const bool needsPath = o.operation == Operation::Export ||
+                           o.operation == Operation::Translate || o.operation == Operation::SaveAs;
     return o.operation != Operation::None && !(needsPath && o.path.isEmpty());
 }
 
@@ -301,6 +316,9 @@ bool RunBatch(AppContext& app, const QStringList& arguments, util::Messages& mes
         break;
     case Operation::SendDictionary:
         app.exitCode = batch.SendDictionary();
+        break;
+    case Operation::SaveAs:
+        app.exitCode = batch.SaveAs();
         break;
     case Operation::None:
         break;

@@ -24,12 +24,13 @@ struct BatchOptions {
         AddLanguage,
         ListCaptions,
         AutoTranslate,
-        SendDictionary
+        SendDictionary,
+        SaveAs
     };
 
     QString file;
     Operation operation = Operation::None;
-    QString path; // of `export` and `translate`, which share it
+    QString path; // of `export`, `translate` and `saveas`, which share it
     QString languages;
     QString reference;
     QString headers;

@@ -3,26 +3,12 @@
 #include "app/AppContext.h"
 #include "app/Strings.h"
 #include "exchange/WorkingFolder.h"
-#include "util/FileSystem.h"
 #include "util/Messages.h"
 
-#include <QFile>
 
 namespace app {
 
 namespace {
-
-// Replaces `target` with a copy of `source`, whole or not at all.
-bool CopyOver(const QString& source, const QString& target) {
-    const QString temporary = target + QStringLiteral(".copy");
-    QFile::remove(temporary);
-    if (!QFile::copy(source, temporary))
-        return false;
-    if (util::ReplaceFile(temporary, target))
-        return true;
-    QFile::remove(temporary);
-    return false;
-}
 
 // What the stores need from the application; `stamped` hears of each working folder prepared.
 questionnaire::StoreContext StoreContextFor(const AppContext& app, util::Progress* progress,
@@ -136,6 +122,10 @@ bool QuestionnaireDocument::SaveBatch() {
     return SaveTo(m_path, questionnaire::kBatchSave, false);
 }
 
+bool QuestionnaireDocument::SaveBatchAs(const QString& target) {
+    return SaveTo(target, questionnaire::kBatchSave, false);
+}
+
 bool QuestionnaireDocument::SaveTo(const QString& target, questionnaire::SaveParts parts,
                                    bool interactive) {
     if (!m_questionnaire || !m_store)
@@ -166,8 +156,9 @@ util::Outcome QuestionnaireDocument::SaveAs(const QString& target, bool& written
     if (store.CopiesBeforeSaveAs()) {
         if (targetType == m_type) {
             // Saving in place later keeps whatever else the file holds.
-            if (!CopyOver(m_path, target))
-                return util::Outcome::Failure(Tr(strings::kCannotSaveFile));
+            if (const util::Outcome copied = store.CopyForSaveAs(m_path, target); !copied)
+                return util::Outcome::Failure(
+                    copied.Reason().isEmpty() ? Tr(strings::kCannotSaveFile) : copied.Reason());
         } else {
             // Nothing to copy from another type: the new file is written whole.
             if (const util::Outcome saved = store.SaveWhole(target, *m_questionnaire, Context());

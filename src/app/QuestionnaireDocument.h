@@ -44,6 +44,8 @@ public:
     bool Save(const QString& target);
     // Batch save in the file's own type, languages included; nothing is shown.
     bool SaveBatch();
+    // Batch save to another file or server, of any type, which becomes the document's.
+    bool SaveBatchAs(const QString& target);
 
     // Drops the questionnaire and cleans the working folder it used.
     void DeleteContents();

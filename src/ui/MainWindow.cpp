@@ -8,6 +8,7 @@
 #include "ui/RowIcons.h"
 #include "ui/Strings.h"
 #include "ui/TranslatorView.h"
+#include "util/SqlConnection.h"
 
 #include <QAction>
 #include <QApplication>
@@ -15,6 +16,8 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
@@ -193,6 +196,8 @@ void MainWindow::CreateActions() {
     m_save = make(strings::kSave, &MainWindow::Save, {QKeySequence(Qt::CTRL | Qt::Key_S)});
     m_save->setIcon(s->standardIcon(QStyle::SP_DialogSaveButton));
     m_saveAs = make(strings::kSaveAs, &MainWindow::SaveAs);
+    m_openServer = make(strings::kOpenServer, &MainWindow::OpenFromServer);
+    m_saveServer = make(strings::kSaveServer, &MainWindow::SaveToServer);
     m_export = make(strings::kExport, onView(&TranslatorView::ExportStrings));
     m_import = make(strings::kImport, [this] {
         if (TranslatorView* view = ActiveView())
@@ -275,10 +280,12 @@ void MainWindow::BuildMenus() {
     const bool questionnaire = ActiveView() != nullptr;
     QMenu* file = bar->addMenu(Tr(strings::kFileMenu));
     file->addAction(m_open);
+    file->addAction(m_openServer);
     if (questionnaire) {
         file->addAction(m_close);
         file->addAction(m_save);
         file->addAction(m_saveAs);
+        file->addAction(m_saveServer);
         file->addSeparator();
         file->addAction(m_export);
         file->addAction(m_import);
@@ -486,10 +493,10 @@ QMdiSubWindow* MainWindow::AddView(const std::shared_ptr<OpenDocument>& document
 }
 
 bool MainWindow::OpenFile(const QString& path) {
-    const QString wanted = QFileInfo(path).absoluteFilePath();
+    const QString wanted = app::AbsoluteLocation(path);
     for (QMdiSubWindow* window : m_area->subWindowList())
         if (TranslatorView* view = ViewOf(window);
-            view && QFileInfo(view->Document().Document().Path()).absoluteFilePath() == wanted) {
+            view && app::AbsoluteLocation(view->Document().Document().Path()) == wanted) {
             m_area->setActiveSubWindow(window);
             return true;
         }
@@ -508,6 +515,38 @@ void MainWindow::Open() {
         QFileDialog::getOpenFileName(this, QString(), QString(), FileDialogFilters());
     if (!path.isEmpty())
         OpenFile(path);
+}
+
+QString MainWindow::AskServerLocation(const char* title, const QString& proposed) {
+    bool ok = false;
+    const QString location =
+        QInputDialog::getText(this, Tr(title).remove(QLatin1Char('&')).remove(QStringLiteral("...")),
+                              Tr(strings::kServerLocation), QLineEdit::Normal, proposed, &ok)
+            .trimmed();
+    if (!ok || location.isEmpty())
+        return {};
+    if (!util::sql::IsServerLocation(location)) {
+        m_messages->Error(Tr(strings::kNotServerLocation).arg(location));
+        return {};
+    }
+    return location;
+}
+
+void MainWindow::OpenFromServer() {
+    const QString location = AskServerLocation(strings::kOpenServer, QString());
+    if (!location.isEmpty())
+        OpenFile(location);
+}
+
+void MainWindow::SaveToServer() {
+    TranslatorView* view = ActiveView();
+    if (!view)
+        return;
+    const QString current = view->Document().Document().Path();
+    const QString location = AskServerLocation(
+        strings::kSaveServer, util::sql::IsServerLocation(current) ? current : QString());
+    if (!location.isEmpty())
+        SaveDocument(view->Document(), location);
 }
 
 bool MainWindow::SaveDocument(OpenDocument& document, const QString& target) {

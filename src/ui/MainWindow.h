@@ -67,8 +67,12 @@ private:
     bool AskToSave(OpenDocument& document);
     bool SaveDocument(OpenDocument& document, const QString& target);
     void Open();
+    void OpenFromServer();
     void Save();
     void SaveAs();
+    void SaveToServer();
+    // Asks for a server URI; empty when the user cancelled or gave something else.
+    QString AskServerLocation(const char* title, const QString& proposed);
     void NewWindow();
     void PrintWithDialog();
     void PrintDirect();
@@ -92,6 +96,8 @@ private:
     QAction* m_close = nullptr;
     QAction* m_save = nullptr;
     QAction* m_saveAs = nullptr;
+    QAction* m_openServer = nullptr;
+    QAction* m_saveServer = nullptr;
     QAction* m_export = nullptr;
     QAction* m_import = nullptr;
     QAction* m_print = nullptr;

@@ -4,6 +4,8 @@
 #include "dictionary/Dictionary.h"
 #include "ui/Strings.h"
 
+#include "util/SqlConnection.h"
+
 #include <QFileInfo>
 
 namespace ui {
@@ -23,7 +25,9 @@ void OpenDocument::SetModified(bool modified) {
 }
 
 QString OpenDocument::Title() const {
-    return QFileInfo(m_document.Path()).fileName();
+    const QString& path = m_document.Path();
+    return util::sql::IsServerLocation(path) ? util::sql::PrintableLocation(path)
+                                             : QFileInfo(path).fileName();
 }
 
 void OpenDocument::QuestionnaireModified() {

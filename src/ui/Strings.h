@@ -17,6 +17,13 @@ inline constexpr char kOpen[] = QT_TRANSLATE_NOOP("ui", "&Open...\tCtrl+O");
 inline constexpr char kClose[] = QT_TRANSLATE_NOOP("ui", "&Close");
 inline constexpr char kSave[] = QT_TRANSLATE_NOOP("ui", "&Save\tCtrl+S");
 inline constexpr char kSaveAs[] = QT_TRANSLATE_NOOP("ui", "Save &As...");
+inline constexpr char kOpenServer[] = QT_TRANSLATE_NOOP("ui", "Open from Se&rver...");
+inline constexpr char kSaveServer[] = QT_TRANSLATE_NOOP("ui", "Save to Ser&ver...");
+inline constexpr char kServerLocation[] =
+    QT_TRANSLATE_NOOP("ui", "Campaign database on a PostgreSQL server\n"
+                            "(postgresql://user@host:port/database):");
+inline constexpr char kNotServerLocation[] =
+    QT_TRANSLATE_NOOP("ui", "'%1' is not a server location: it begins with postgresql://.");
 inline constexpr char kExport[] = QT_TRANSLATE_NOOP("ui", "Export strings for translation...");
 inline constexpr char kImport[] = QT_TRANSLATE_NOOP("ui", "Import from translation...");
 inline constexpr char kPrint[] = QT_TRANSLATE_NOOP("ui", "&Print...\tCtrl+P");

@@ -40,6 +40,16 @@ bool IsServerLocation(const QString& location) {
            location.startsWith(QLatin1String("postgres://"), Qt::CaseInsensitive);
 }
 
+QString PrintableLocation(const QString& location) {
+    if (!IsServerLocation(location))
+        return location;
+    QUrl url(location);
+    if (url.password().isEmpty())
+        return location;
+    url.setPassword(QString());
+    return url.toString();
+}
+
 Connection::~Connection() {
     Close();
 }

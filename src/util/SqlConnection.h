@@ -20,6 +20,8 @@ enum class ColumnType { Integer, BigInteger, Real, Text, Boolean, DateTime, Blob
 
 // True for "postgresql://..." or "postgres://...": a database on a server, not a file.
 bool IsServerLocation(const QString& location);
+// The location as it may be shown or written to a log: a server URI without its password.
+QString PrintableLocation(const QString& location);
 
 // A connection of its own to one database, closed when it goes. Connections are not shared: each
 // load or save opens one, so that two documents never step into each other's transactions.

@@ -175,7 +175,7 @@ Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
 
 Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
                                       std::unique_ptr<vw::CCampaign>& campaign,
-                                      const RemovedResponses& removed) {
+                                      const RemovedResponses& removed, bool asRead) {
     util::sql::Connection db;
     if (const Outcome opened = UnderOpen(db.Open(location)); !opened)
         return opened;
@@ -191,7 +191,8 @@ Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionna
     UpgradeContent(*fresh);
     if (const Outcome checked = UnderOpen(EnableForeignKeys(db)); !checked)
         return checked;
-    if (const Outcome saved = SaveCampaign(db, *fresh); !saved)
+    const vw::CCampaign* before = asRead && campaign ? campaign.get() : nullptr;
+    if (const Outcome saved = SaveCampaign(db, *fresh, before); !saved)
         return saved;
     campaign = std::move(fresh);
     return {};
@@ -207,6 +208,7 @@ Outcome CampaignQuestionnaireStore::Load(const QString& path, CQuestionnaire& q,
         return loaded;
     }
     m_campaign = std::move(campaign);
+    m_location = path;
     return {};
 }
 
@@ -219,8 +221,31 @@ Outcome CampaignQuestionnaireStore::SaveWhole(const QString& path, const CQuesti
             return created;
         m_campaign = std::make_unique<vw::CCampaign>();
         m_campaign->m_versionNumber = CurrentVersion().ToText();
+        m_location.clear();
     }
-    return SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed);
+    const Outcome saved =
+        SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed, path == m_location);
+    if (saved)
+        m_location = path;
+    return saved;
+}
+
+Outcome CampaignQuestionnaireStore::CopyForSaveAs(const QString& source, const QString& target) {
+    if (!m_campaign ||
+        (!util::sql::IsServerLocation(source) && !util::sql::IsServerLocation(target))) {
+        const Outcome copied = QuestionnaireStore::CopyForSaveAs(source, target);
+        // The copy holds what the source held; unless someone saved into it since the load,
+        // that is the campaign as read.
+        if (copied && m_location == source)
+            m_location = target;
+        return copied;
+    }
+    if (const Outcome created = CreateDatabase(target); !created)
+        return created;
+    if (const Outcome written = SaveCampaign(target, *m_campaign); !written)
+        return written;
+    m_location = target;
+    return {};
 }
 
 } // namespace campaign

@@ -28,11 +28,13 @@ util::Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnair
 
 // Writes `q` into the campaign at `location`: the campaign as read at load, with the
 // questionnaire's languages, questions and captions over it and the removed responses back. The
-// schema is migrated from the campaign's version first and the version raised. On success
-// `campaign` becomes what was written.
+// schema is migrated from the campaign's version first and the version raised. `asRead` says
+// that the database still holds `campaign`: only what changed is written then, so that others
+// saving other captions of the same campaign meanwhile keep theirs. On success `campaign`
+// becomes what was written.
 util::Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
                                             std::unique_ptr<varnel_wave::CCampaign>& campaign,
-                                            const RemovedResponses& removed);
+                                            const RemovedResponses& removed, bool asRead = false);
 
 // The store of ".qew" files; keeps the campaign as read and its removed responses from the load
 // to the saves of its document.
@@ -46,9 +48,14 @@ public:
     // the database and saves into the copy. A campaign made from another kind of file starts as
     // a new database.
     bool CopiesBeforeSaveAs() const override { return true; }
+    // A file onto a file is copied as a file; otherwise (a server on either side) the target
+    // gets a new schema and the campaign as read.
+    util::Outcome CopyForSaveAs(const QString& source, const QString& target) override;
 
 private:
     std::unique_ptr<varnel_wave::CCampaign> m_campaign;
+    // Where m_campaign is what the database holds: saves there write only what changed.
+    QString m_location;
     RemovedResponses m_removed;
 };
 

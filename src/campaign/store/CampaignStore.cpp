@@ -11,6 +11,8 @@
 #include <QSqlRecord>
 
 #include <functional>
+#include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -411,10 +413,18 @@ public:
                 .push_back(i);
     }
 
+    // With `before`, the rows as the database held them when read: only rows that differ from
+    // those are written, and only rows that were there and are gone are deleted, so that rows
+    // another writer changed or added meanwhile are left alone.
     Outcome Write(const char* operation, const char* deleteOperation,
-                  const std::vector<Values>& rows) {
+                  const std::vector<Values>& rows, const std::vector<Values>* before = nullptr) {
+        std::map<Key, const Values*> read;
+        if (before)
+            for (const Values& row : *before)
+                read.emplace(KeyOf(row), &row);
         if (deleteOperation) {
-            const Outcome deleted = DeleteOthers(deleteOperation, rows);
+            const Outcome deleted = before ? DeleteGone(deleteOperation, rows, read)
+                                           : DeleteOthers(deleteOperation, rows);
             if (!deleted)
                 return deleted;
         }
@@ -427,6 +437,11 @@ public:
         for (const Values& row : rows) {
             if (static_cast<size_t>(row.size()) != m_table->columns.size())
                 return UnknownFailure(operation);
+            if (before) {
+                const auto found = read.find(KeyOf(row));
+                if (found != read.end() && *found->second == row)
+                    continue;
+            }
             int bound = 0;
             for (size_t position : m_otherPositions)
                 update.bindValue(bound++, Bound(row, position));
@@ -475,14 +490,17 @@ private:
                  marks.join(QStringLiteral(", ")));
     }
 
+    Key KeyOf(const Values& row) const {
+        Key key;
+        for (size_t position : m_keyPositions)
+            key.push_back(row.value(static_cast<qsizetype>(position)).toLongLong());
+        return key;
+    }
+
     Outcome DeleteOthers(const char* operation, const std::vector<Values>& rows) {
         std::set<Key> kept;
-        for (const Values& row : rows) {
-            Key key;
-            for (size_t position : m_keyPositions)
-                key.push_back(row.value(static_cast<qsizetype>(position)).toLongLong());
-            kept.insert(std::move(key));
-        }
+        for (const Values& row : rows)
+            kept.insert(KeyOf(row));
         QStringList keyColumns;
         for (size_t position : m_keyPositions)
             keyColumns.append(m_db.Quote(m_table->columns[position].name));
@@ -500,6 +518,24 @@ private:
                 removed.push_back(std::move(key));
         }
         select.finish();
+        return DeleteKeys(operation, removed);
+    }
+
+    Outcome DeleteGone(const char* operation, const std::vector<Values>& rows,
+                       const std::map<Key, const Values*>& read) {
+        std::set<Key> kept;
+        for (const Values& row : rows)
+            kept.insert(KeyOf(row));
+        std::vector<Key> removed;
+        for (const auto& [key, row] : read)
+            if (!kept.count(key))
+                removed.push_back(key);
+        return DeleteKeys(operation, removed);
+    }
+
+    Outcome DeleteKeys(const char* operation, const std::vector<Key>& removed) {
+        if (removed.empty())
+            return {};
         QSqlQuery remove = m_db.Query();
         if (!remove.prepare(
                 QStringLiteral("DELETE FROM %1 WHERE %2")
@@ -628,9 +664,43 @@ template <class List> std::vector<Values> RowsOf(const List& list) {
     return rows;
 }
 
-Outcome SaveCampaignRow(Connection& db, const CCampaign& campaign) {
+// Every row of a campaign, table by table, in the order the campaign keeps them.
+struct CampaignRows {
+    Values campaign;
+    std::vector<Values> languages, questionClasses, waves, volumes, questions, questionMatchings,
+        questionCaptions, modalities, modalityMatchings, modalityCaptions, mergings, versions, tags;
+};
+
+CampaignRows RowsOfCampaign(const CCampaign& c) {
+    CampaignRows rows;
+    rows.campaign = {c.m_name, c.m_description, c.m_versionNumber};
+    rows.languages = RowsOf(c.Languages());
+    rows.questionClasses = RowsOf(c.QuestionClasses());
+    rows.waves = RowsOf(c.Waves());
+    rows.volumes = RowsOf(c.Volumes());
+    rows.questions = RowsOf(c.Questions());
+    rows.modalities = RowsOf(c.Modalities());
+    rows.versions = RowsOf(c.Versions());
+    rows.tags = RowsOf(c.Tags());
+    for (const auto& question : c.Questions()) {
+        for (const auto& matching : question->m_matchings)
+            rows.questionMatchings.push_back(RowOf(*matching));
+        for (const auto& caption : question->m_captions)
+            rows.questionCaptions.push_back(RowOf(*caption));
+    }
+    for (const CModality* modality : c.Modalities()) {
+        for (const auto& matching : modality->m_matchings)
+            rows.modalityMatchings.push_back(RowOf(*matching));
+        for (const auto& caption : modality->m_captions)
+            rows.modalityCaptions.push_back(RowOf(*caption));
+        for (const auto& merging : modality->m_mergings)
+            rows.mergings.push_back(RowOf(*merging));
+    }
+    return rows;
+}
+
+Outcome SaveCampaignRow(Connection& db, const Values& values) {
     const Table& table = *CampaignSchema().FindTable(QStringLiteral("Campaigns"));
-    const Values values{campaign.m_name, campaign.m_description, campaign.m_versionNumber};
     QSqlQuery count = db.Query();
     if (!count.exec(QStringLiteral("SELECT COUNT(*) FROM %1").arg(db.Quote(table.name))) ||
         !count.next())
@@ -662,22 +732,25 @@ Outcome SaveCampaignRow(Connection& db, const CCampaign& campaign) {
     return {};
 }
 
-Outcome SaveWaves(Connection& db, const CCampaign& campaign) {
-    // Wave orders are unique row by row: two waves that exchange their places would collide
-    // while rewritten one after the other, so the stored orders are first moved out of the way
-    // (orders are positions, never negative).
-    const QString order = db.Quote(QStringLiteral("WaveOrder"));
-    QSqlQuery park = db.Query();
-    if (!park.exec(QStringLiteral("UPDATE %1 SET %2 = -%2 - 1")
-                       .arg(db.Quote(QStringLiteral("Waves")), order)))
-        return DatabaseFailure(op::kSaveWaves, park.lastError());
-    const Outcome waves =
-        TableWriter(db, "Waves")
-            .Write(op::kSaveWaves, op::kDeleteRemovedWaves, RowsOf(campaign.Waves()));
-    if (!waves)
-        return waves;
+Outcome SaveWaves(Connection& db, const CampaignRows& rows, const CampaignRows* before) {
+    if (!before || rows.waves != before->waves) {
+        // Wave orders are unique row by row: two waves that exchange their places would collide
+        // while rewritten one after the other, so the stored orders are first moved out of the
+        // way (orders are positions, never negative).
+        const QString order = db.Quote(QStringLiteral("WaveOrder"));
+        QSqlQuery park = db.Query();
+        if (!park.exec(QStringLiteral("UPDATE %1 SET %2 = -%2 - 1")
+                           .arg(db.Quote(QStringLiteral("Waves")), order)))
+            return DatabaseFailure(op::kSaveWaves, park.lastError());
+        // Parked orders of rows that are not rewritten would stay negative: all are written.
+        const Outcome waves = TableWriter(db, "Waves").Write(
+            op::kSaveWaves, op::kDeleteRemovedWaves, rows.waves);
+        if (!waves)
+            return waves;
+    }
     return TableWriter(db, "Volumes")
-        .Write(op::kSaveWaves, op::kDeleteRemovedVolumes, RowsOf(campaign.Volumes()));
+        .Write(op::kSaveWaves, op::kDeleteRemovedVolumes, rows.volumes,
+               before ? &before->volumes : nullptr);
 }
 
 Outcome WriteQuestionCaptions(Connection& db, const char* operation, const CQuestion& question) {
@@ -690,86 +763,42 @@ Outcome WriteModalityCaptions(Connection& db, const char* operation, const CModa
         .Write(operation, nullptr, RowsOf(modality.m_captions));
 }
 
-Outcome SaveQuestions(Connection& db, const CCampaign& campaign) {
-    const Outcome questions =
-        TableWriter(db, "Questions")
-            .Write(op::kSaveQuestions, op::kDeleteRemovedQuestions, RowsOf(campaign.Questions()));
-    if (!questions)
-        return questions;
-    std::vector<Values> matchings;
-    std::vector<Values> captions;
-    for (const auto& question : campaign.Questions()) {
-        for (const auto& matching : question->m_matchings)
-            matchings.push_back(RowOf(*matching));
-        for (const auto& caption : question->m_captions)
-            captions.push_back(RowOf(*caption));
-    }
-    const Outcome written =
-        TableWriter(db, "QuestionMatchings")
-            .Write(op::kSaveQuestions, op::kDeleteRemovedQuestionMatchings, matchings);
-    if (!written)
-        return written;
-    return TableWriter(db, "QuestionCaptions")
-        .Write(op::kSaveAllQuestionCaptions, nullptr, captions);
-}
-
-Outcome SaveModalities(Connection& db, const CCampaign& campaign) {
-    const Outcome modalities = TableWriter(db, "Modalities")
-                                   .Write(op::kSaveModalities, op::kDeleteRemovedModalities,
-                                          RowsOf(campaign.Modalities()));
-    if (!modalities)
-        return modalities;
-    std::vector<Values> matchings;
-    std::vector<Values> captions;
-    for (const CModality* modality : campaign.Modalities()) {
-        for (const auto& matching : modality->m_matchings)
-            matchings.push_back(RowOf(*matching));
-        for (const auto& caption : modality->m_captions)
-            captions.push_back(RowOf(*caption));
-    }
-    const Outcome written =
-        TableWriter(db, "ModalityMatchings")
-            .Write(op::kSaveModalities, op::kDeleteRemovedModalityMatchings, matchings);
-    if (!written)
-        return written;
-    return TableWriter(db, "ModalityCaptions")
-        .Write(op::kSaveAllModalityCaptions, nullptr, captions);
-}
-
-Outcome SaveModalityMergings(Connection& db, const CCampaign& campaign) {
-    std::vector<Values> mergings;
-    for (const CModality* modality : campaign.Modalities())
-        for (const auto& merging : modality->m_mergings)
-            mergings.push_back(RowOf(*merging));
-    return TableWriter(db, "ModalityMergings")
-        .Write(op::kSaveModalityMergings, op::kSaveModalityMergings, mergings);
-}
-
-Outcome SaveEverything(Connection& db, const CCampaign& campaign) {
-    // Parents before the rows that refer to them.
+// Writes every table, parents before the rows that refer to them; with `before`, only what
+// differs from it.
+Outcome SaveEverything(Connection& db, const CampaignRows& rows, const CampaignRows* before) {
+    const auto table = [&](const char* name, const char* operation, const char* deleteOperation,
+                           std::vector<Values> CampaignRows::*member) {
+        return [&db, &rows, before, name, operation, deleteOperation, member] {
+            return TableWriter(db, name).Write(operation, deleteOperation, rows.*member,
+                                               before ? &(before->*member) : nullptr);
+        };
+    };
     const std::function<Outcome()> steps[] = {
-        [&] { return SaveCampaignRow(db, campaign); },
         [&] {
-            return TableWriter(db, "Languages")
-                .Write(op::kSaveLanguages, op::kSaveLanguages, RowsOf(campaign.Languages()));
+            return before && rows.campaign == before->campaign
+                       ? Outcome()
+                       : SaveCampaignRow(db, rows.campaign);
         },
-        [&] {
-            return TableWriter(db, "QuestionClasses")
-                .Write(op::kSaveQuestionClasses, op::kSaveQuestionClasses,
-                       RowsOf(campaign.QuestionClasses()));
-        },
-        [&] { return SaveWaves(db, campaign); },
-        [&] { return SaveQuestions(db, campaign); },
-        [&] { return SaveModalities(db, campaign); },
-        [&] { return SaveModalityMergings(db, campaign); },
-        [&] {
-            return TableWriter(db, "Versions")
-                .Write(op::kSaveVersions, op::kSaveVersions, RowsOf(campaign.Versions()));
-        },
-        [&] {
-            return TableWriter(db, "Tags")
-                .Write(op::kSaveTags, op::kSaveTags, RowsOf(campaign.Tags()));
-        },
+        table("Languages", op::kSaveLanguages, op::kSaveLanguages, &CampaignRows::languages),
+        table("QuestionClasses", op::kSaveQuestionClasses, op::kSaveQuestionClasses,
+              &CampaignRows::questionClasses),
+        [&] { return SaveWaves(db, rows, before); },
+        table("Questions", op::kSaveQuestions, op::kDeleteRemovedQuestions,
+              &CampaignRows::questions),
+        table("QuestionMatchings", op::kSaveQuestions, op::kDeleteRemovedQuestionMatchings,
+              &CampaignRows::questionMatchings),
+        table("QuestionCaptions", op::kSaveAllQuestionCaptions, nullptr,
+              &CampaignRows::questionCaptions),
+        table("Modalities", op::kSaveModalities, op::kDeleteRemovedModalities,
+              &CampaignRows::modalities),
+        table("ModalityMatchings", op::kSaveModalities, op::kDeleteRemovedModalityMatchings,
+              &CampaignRows::modalityMatchings),
+        table("ModalityCaptions", op::kSaveAllModalityCaptions, nullptr,
+              &CampaignRows::modalityCaptions),
+        table("ModalityMergings", op::kSaveModalityMergings, op::kSaveModalityMergings,
+              &CampaignRows::mergings),
+        table("Versions", op::kSaveVersions, op::kSaveVersions, &CampaignRows::versions),
+        table("Tags", op::kSaveTags, op::kSaveTags, &CampaignRows::tags),
     };
     for (const auto& step : steps) {
         const Outcome saved = step();
@@ -831,8 +860,12 @@ Outcome LoadCampaign(const QString& location, CCampaign& campaign) {
     return LoadCampaign(db, campaign);
 }
 
-Outcome SaveCampaign(Connection& db, const CCampaign& campaign) {
-    return InTransaction(db, op::kSaveCampaign, [&] { return SaveEverything(db, campaign); });
+Outcome SaveCampaign(Connection& db, const CCampaign& campaign, const CCampaign* before) {
+    const CampaignRows rows = RowsOfCampaign(campaign);
+    const std::optional<CampaignRows> read =
+        before ? std::optional<CampaignRows>(RowsOfCampaign(*before)) : std::nullopt;
+    return InTransaction(db, op::kSaveCampaign,
+                         [&] { return SaveEverything(db, rows, read ? &*read : nullptr); });
 }
 
 Outcome SaveCampaign(const QString& location, const CCampaign& campaign) {

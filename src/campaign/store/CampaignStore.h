@@ -23,7 +23,11 @@ util::Outcome LoadCampaign(const QString& location, varnel_wave::CCampaign& camp
 // the others rewritten in place or added, captions per (question, language) and (response,
 // language). On failure the database is as it was. On an SQLite connection the caller enables
 // foreign keys (EnableForeignKeys) before; the location form does it itself.
-util::Outcome SaveCampaign(util::sql::Connection& db, const varnel_wave::CCampaign& campaign);
+// With `before`, the campaign as it was read from this database, only the rows that differ from
+// it are written and only rows it held that are gone are deleted: two people saving different
+// languages of one campaign at the same time both keep their work.
+util::Outcome SaveCampaign(util::sql::Connection& db, const varnel_wave::CCampaign& campaign,
+                           const varnel_wave::CCampaign* before = nullptr);
 util::Outcome SaveCampaign(const QString& location, const varnel_wave::CCampaign& campaign);
 
 // The captions of one question (or response), each written into its (owner, language) row, which

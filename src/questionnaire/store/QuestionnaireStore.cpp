@@ -5,7 +5,10 @@
 #include "questionnaire/store/QesStore.h"
 #include "questionnaire/store/XmlStore.h"
 
+#include "util/FileSystem.h"
+
 #include <QCoreApplication>
+#include <QFile>
 
 #include <algorithm>
 
@@ -21,6 +24,10 @@ void StoreRegistry::Register(const QString& ending, qint16 type, Factory factory
     });
 }
 
+void StoreRegistry::RegisterPrefix(const QString& prefix, qint16 type, Factory factory) {
+    m_prefixes.push_back({prefix, type, std::move(factory), {}, true});
+}
+
 void StoreRegistry::RegisterRefused(const QString& ending, qint16 type, const QString& reason) {
     Register(ending, type, {});
     for (Entry& entry : m_entries)
@@ -33,6 +40,9 @@ void StoreRegistry::RegisterFallback(qint16 type, Factory factory) {
 }
 
 const StoreRegistry::Entry* StoreRegistry::Find(const QString& path) const {
+    for (const Entry& entry : m_prefixes)
+        if (path.startsWith(entry.ending, Qt::CaseInsensitive))
+            return &entry;
     for (const Entry& entry : m_entries)
         if (path.endsWith(entry.ending, Qt::CaseInsensitive))
             return &entry;
@@ -50,6 +60,15 @@ std::unique_ptr<QuestionnaireStore> StoreRegistry::Create(const QString& path,
         return entry->factory();
     refusal = entry->refusal.isEmpty() ? Tr(strings::kNoStore).arg(path) : entry->refusal;
     return nullptr;
+}
+
+util::Outcome QuestionnaireStore::CopyForSaveAs(const QString& source, const QString& target) {
+    const QString temporary = target + QStringLiteral(".copy");
+    QFile::remove(temporary);
+    if (QFile::copy(source, temporary) && util::ReplaceFile(temporary, target))
+        return {};
+    QFile::remove(temporary);
+    return util::Outcome::Failure(QString());
 }
 
 StoreRegistry StandardStores() {

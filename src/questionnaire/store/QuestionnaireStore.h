@@ -63,8 +63,13 @@ public:
         return SaveWhole(path, q, context);
     }
     // True when "Save As" to this kind of file first copies the current file of the same kind
-    // onto the target and then saves in place, which keeps what else the file holds.
+    // onto the target (CopyForSaveAs) and then saves in place, which keeps what else the file
+    // holds.
     virtual bool CopiesBeforeSaveAs() const { return false; }
+    // Replaces `target` with a copy of `source`, whole or not at all; a file copy unless the
+    // store knows better. A failure without a reason is reported as the program's standard
+    // "cannot save" text.
+    virtual util::Outcome CopyForSaveAs(const QString& source, const QString& target);
 };
 
 // The stores by file type. A type is recognised by the last letters of the path, whatever
@@ -75,6 +80,9 @@ public:
 
     // Files whose path ends with `ending` have type `type`, served by stores from `factory`.
     void Register(const QString& ending, qint16 type, Factory factory);
+    // Locations that begin with `prefix` (for example a server's "postgresql://"), whatever
+    // they end with.
+    void RegisterPrefix(const QString& prefix, qint16 type, Factory factory);
     // A type this program knows but cannot open: its files are refused with `reason`.
     void RegisterRefused(const QString& ending, qint16 type, const QString& reason);
     void RegisterFallback(qint16 type, Factory factory);
@@ -89,9 +97,11 @@ private:
         qint16 type = 0;
         Factory factory;
         QString refusal;
+        bool prefix = false; // `ending` is what the location begins with
     };
     const Entry* Find(const QString& path) const;
 
+    std::vector<Entry> m_prefixes;
     std::vector<Entry> m_entries; // the longest endings first
     Entry m_fallback;
 };
