@@ -6,7 +6,7 @@ BUILD_TYPE ?= RelWithDebInfo
 PACKAGES := cmake ninja-build g++ pkg-config ccache \
 	qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libzip-dev libicu-dev \
 	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3 postgresql \
-	libx11-dev fonts-dejavu-core xvfb xauth x11-utils poppler-utils imagemagick \
+	libx11-dev python3 fonts-dejavu-core xvfb xauth x11-utils poppler-utils imagemagick \
 	qt6-tools-dev qt6-l10n-tools libqt6svg6 qt6-translations-l10n dpkg-dev file gzip man-db \
 	desktop-file-utils shared-mime-info xdg-utils libfile-mimeinfo-perl
 

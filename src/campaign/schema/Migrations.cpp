@@ -175,12 +175,15 @@ std::optional<QString> SqliteTableSql(Connection& db, const QString& table) {
     return rows->front();
 }
 
-// Where a column's definition stands in a CREATE TABLE text: from its quoted name to the comma
-// or parenthesis that ends it. The definitions are the ones this program writes.
+// Where a column's definition stands in a CREATE TABLE text: from its name to the comma or
+// parenthesis that ends it. Files written by other programs may give the name bare, in
+// brackets or in back quotes, in any letter case, and the column no type at all.
 std::optional<std::pair<qsizetype, qsizetype>> DefinitionSpan(const QString& sql,
-                                                              const QString& quotedName) {
+                                                              const QString& name) {
+    const QString escaped = QRegularExpression::escape(name);
     const QRegularExpression start(
-        QStringLiteral("(?:\\(|, )(%1 )").arg(QRegularExpression::escape(quotedName)));
+        QStringLiteral("(?:\\(|,)\\s*((?:\"%1\"|\\[%1\\]|`%1`|%1)(?=[\\s,)]))").arg(escaped),
+        QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch match = start.match(sql);
     if (!match.hasMatch())
         return std::nullopt;
@@ -231,7 +234,7 @@ std::optional<Column> LiveTextColumn(Connection& db, const QString& table, const
         const auto sql = SqliteTableSql(db, table);
         if (!sql)
             return std::nullopt;
-        const auto span = DefinitionSpan(*sql, db.Quote(name));
+        const auto span = DefinitionSpan(*sql, name);
         if (!span)
             return std::nullopt;
         const QString definition = sql->mid(span->first, span->second);
@@ -266,7 +269,7 @@ StepResult RebuildSqliteColumn(Connection& db, const QString& table, const Colum
                                 {table});
     if (!sql || !indexes)
         return QueryFailed(db);
-    const auto span = DefinitionSpan(*sql, db.Quote(column.name));
+    const auto span = DefinitionSpan(*sql, column.name);
     const qsizetype open = sql->indexOf(QLatin1Char('('));
     if (!span || open < 0)
         return StepError{SchemaTr(schemastrings::kColumnMissing).arg(table, column.name), {}};

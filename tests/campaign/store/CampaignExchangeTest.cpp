@@ -1,0 +1,234 @@
+// Campaigns written by another program, and campaigns moved to and shared on a server, through
+// the program's batch work.
+#include "app/AppContext.h"
+#include "app/BatchRunner.h"
+#include "app/QuestionnaireDocument.h"
+#include "campaign/store/CampaignStore.h"
+#include "common/PostgresServer.h"
+#include "common/TestUtil.h"
+#include "questionnaire/Modalite.h"
+#include "util/Messages.h"
+#include "util/SqlConnection.h"
+
+#include <QProcess>
+#include <QStringDecoder>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+namespace vw = varnel_wave;
+
+namespace {
+
+constexpr qint32 kEnglish = 1033;
+constexpr qint32 kFrench = 1036;
+constexpr qint32 kGerman = 1031;
+
+struct BatchRun {
+    qint32 exitCode = 0;
+    QString out;
+    QString messages;
+};
+
+BatchRun Batch(const QStringList& arguments) {
+    app::AppContext app;
+    util::RecordedMessages messages;
+    BatchRun run;
+    QTextStream out(&run.out);
+    EXPECT_TRUE(app::RunBatch(app, QStringList{QStringLiteral("translator")} + arguments,
+                              messages, out));
+    out.flush();
+    run.exitCode = app.exitCode;
+    run.messages = messages.messages.join(QLatin1Char('\n'));
+    return run;
+}
+
+QString ReadUtf16(const QString& path) {
+    QStringDecoder decode(QStringDecoder::Utf16);
+    return decode(testutil::ReadAll(path));
+}
+
+// Writes the campaign the way another program would (Python's sqlite3, version 5.5.0.0).
+void WriteWithPython(const QString& path) {
+    QProcess python;
+    python.start(QStringLiteral("python3"),
+                 {testutil::DataPath(QStringLiteral("campaign/independent_writer.py")), path});
+    ASSERT_TRUE(python.waitForFinished(60000));
+    ASSERT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
+}
+
+vw::CCampaign Load(const QString& location) {
+    vw::CCampaign campaign;
+    const util::Outcome loaded = campaign::LoadCampaign(location, campaign);
+    EXPECT_TRUE(loaded) << loaded.Reason().toStdString();
+    return campaign;
+}
+
+QString QuestionCaption(const vw::CCampaign& c, qint32 language, bool isLong = true) {
+    const vw::CQuestionCaption* caption = c.FindQuestion(10)->FindCaption(language);
+    return !caption ? QStringLiteral("<none>")
+                    : (isLong ? caption->m_longCaption : caption->m_shortCaption);
+}
+
+QString ResponseCaption(const vw::CCampaign& c, qint32 response, qint32 language) {
+    const vw::CModality* modality = c.FindModality(response);
+    const vw::CModalityCaption* caption = modality ? modality->FindCaption(language) : nullptr;
+    return caption ? caption->m_shortCaption : QStringLiteral("<none>");
+}
+
+TEST(CampaignFromAnotherProgram, OpensExportsImportsGainsALanguageAndIsMigratedWhenSaved) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("old.qew"));
+    WriteWithPython(file);
+    const QString exported = dir.filePath(QStringLiteral("old.txt"));
+
+    const BatchRun exportRun = Batch({file, QStringLiteral("export:") + exported});
+    EXPECT_EQ(exportRun.exitCode, -20) << exportRun.messages.toStdString();
+    const QString text = ReadUtf16(exported);
+    // The deleted response (12, "Pear") stays out; empty captions are not passed on.
+    EXPECT_TRUE(text.startsWith(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n")))
+        << text.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n")));
+    EXPECT_TRUE(text.contains(QStringLiteral("10\t13\tPlum\t\r\n")));
+    EXPECT_FALSE(text.contains(QStringLiteral("Pear")));
+
+    QString translated = text;
+    translated.replace(QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n"),
+                       QStringLiteral("10\t-1\tWhich fruit do you like?\tQuel fruit aimez-vous ?\r\n"));
+    translated.replace(QStringLiteral("10\t13\tPlum\t\r\n"), QStringLiteral("10\t13\tPlum\tPrune\r\n"));
+    ASSERT_TRUE(testutil::WriteAll(exported, testutil::Utf16Le(translated)));
+    const BatchRun importRun = Batch({file, QStringLiteral("translate:") + exported});
+    EXPECT_EQ(importRun.exitCode, 2) << importRun.messages.toStdString();
+
+    const BatchRun added = Batch({file, QStringLiteral("addlanguage"),
+                                  QStringLiteral("languages:%1").arg(kGerman)});
+    EXPECT_EQ(added.exitCode, 0) << added.messages.toStdString();
+
+    util::sql::Connection db;
+    ASSERT_TRUE(db.Open(file));
+    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasColumn(QStringLiteral("Modalities"), QStringLiteral("Tags")));
+    db.Close();
+
+    const vw::CCampaign saved = Load(file);
+    EXPECT_EQ(saved.m_versionNumber, QStringLiteral("5,6,1,0"));
+    EXPECT_EQ(QuestionCaption(saved, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
+    EXPECT_EQ(ResponseCaption(saved, 13, kFrench), QStringLiteral("Prune"));
+    EXPECT_EQ(ResponseCaption(saved, 11, kFrench), QStringLiteral("Pomme"));
+    EXPECT_EQ(saved.FindQuestion(10)->m_userData, QStringLiteral("kept as is"));
+    ASSERT_NE(saved.FindLanguage(kGerman), nullptr);
+    EXPECT_TRUE(saved.FindLanguage(kEnglish)->m_isDefault);
+    // The deleted response is back as the other program wrote it.
+    const vw::CModality* pear = saved.FindModality(12);
+    ASSERT_NE(pear, nullptr);
+    EXPECT_TRUE(pear->m_isDeleted);
+    EXPECT_EQ(pear->m_userData, QStringLiteral("data 12"));
+    EXPECT_EQ(ResponseCaption(saved, 12, kEnglish), QStringLiteral("Pear"));
+    EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
+}
+
+class CampaignOnServer : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_server = std::make_unique<testutil::PostgresServer>();
+        s_started = s_server->Start();
+    }
+    static void TearDownTestSuite() { s_server.reset(); }
+
+    void SetUp() override {
+        ASSERT_TRUE(s_started) << s_server->Error().toStdString();
+        m_file = m_dir.filePath(QStringLiteral("panel.qew"));
+        WriteWithPython(m_file);
+    }
+
+    QString Database(const char* name) {
+        const QString uri = s_server->CreateDatabase(QLatin1String(name));
+        EXPECT_FALSE(uri.isEmpty()) << s_server->Error().toStdString();
+        return uri;
+    }
+
+    QByteArray Export(const QString& location, const char* name) {
+        const QString path = m_dir.filePath(QLatin1String(name));
+        const BatchRun run = Batch({location, QStringLiteral("export:") + path});
+        EXPECT_EQ(run.exitCode, -20) << run.messages.toStdString();
+        return testutil::ReadAll(path);
+    }
+
+    static inline std::unique_ptr<testutil::PostgresServer> s_server;
+    static inline bool s_started = false;
+    QTemporaryDir m_dir;
+    QString m_file;
+};
+
+TEST_F(CampaignOnServer, SavedAsOnTheServerAndBackExportsTheSameBytes) {
+    const QByteArray fromFile = Export(m_file, "file.txt");
+    ASSERT_FALSE(fromFile.isEmpty());
+    const QString server = Database("moved");
+    const BatchRun moved = Batch({m_file, QStringLiteral("saveas:") + server});
+    ASSERT_EQ(moved.exitCode, 0) << moved.messages.toStdString();
+    EXPECT_EQ(Export(server, "server.txt"), fromFile);
+
+    const QString back = m_dir.filePath(QStringLiteral("back.QEW"));
+    const BatchRun returned = Batch({server, QStringLiteral("saveas:") + back});
+    ASSERT_EQ(returned.exitCode, 0) << returned.messages.toStdString();
+    EXPECT_EQ(Export(back, "back.txt"), fromFile);
+    // What the questionnaire does not show made the trip too.
+    const vw::CCampaign round = Load(back);
+    EXPECT_EQ(round.m_versionNumber, QStringLiteral("5,6,1,0"));
+    ASSERT_NE(round.FindModality(12), nullptr);
+    EXPECT_TRUE(round.FindModality(12)->m_isDeleted);
+    ASSERT_EQ(round.Waves().size(), 1u);
+    EXPECT_EQ(round.Waves().front()->m_name, QStringLiteral("Autumn"));
+
+    const QString xml = m_dir.filePath(QStringLiteral("panel.xml"));
+    EXPECT_EQ(Batch({server, QStringLiteral("saveas:") + xml}).exitCode, 0);
+    EXPECT_EQ(Export(xml, "xml.txt"), fromFile);
+
+    // A server nobody listens on: not saved, and the reason is given.
+    const BatchRun refused = Batch(
+        {m_file, QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(m_dir.path())});
+    EXPECT_EQ(refused.exitCode, -2);
+    EXPECT_FALSE(refused.messages.isEmpty());
+}
+
+TEST_F(CampaignOnServer, TwoTranslatorsSavingAtOnceBothKeepTheirWork) {
+    const QString server = Database("shared");
+    ASSERT_EQ(Batch({m_file, QStringLiteral("saveas:") + server}).exitCode, 0);
+
+    struct Translator {
+        app::AppContext app;
+        util::RecordedMessages messages;
+        std::unique_ptr<app::QuestionnaireDocument> document;
+        bool saved = false;
+    };
+    Translator french;
+    Translator english;
+    for (Translator* t : {&french, &english}) {
+        t->document = std::make_unique<app::QuestionnaireDocument>(t->app, t->messages);
+        ASSERT_TRUE(t->document->OpenSilently(server)) << t->document->LastError().toStdString();
+    }
+    // Both read the campaign before either saves.
+    CQuestion& frenchQuestion = *french.document->Questionnaire()->GetAdrQuestion(0);
+    frenchQuestion.SetLocalisedLongCaption(kFrench, QStringLiteral("Quel fruit aimez-vous ?"));
+    CQuestion& englishQuestion = *english.document->Questionnaire()->GetAdrQuestion(0);
+    englishQuestion.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish,
+                                                               QStringLiteral("Green apple"));
+    std::thread first([&french] { french.saved = french.document->SaveBatch(); });
+    std::thread second([&english] { english.saved = english.document->SaveBatch(); });
+    first.join();
+    second.join();
+    EXPECT_TRUE(french.saved) << french.document->LastError().toStdString();
+    EXPECT_TRUE(english.saved) << english.document->LastError().toStdString();
+
+    const vw::CCampaign both = Load(server);
+    EXPECT_EQ(QuestionCaption(both, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
+    EXPECT_EQ(ResponseCaption(both, 11, kEnglish), QStringLiteral("Green apple"));
+    EXPECT_EQ(ResponseCaption(both, 11, kFrench), QStringLiteral("Pomme"));
+    EXPECT_EQ(both.m_versionNumber, QStringLiteral("5,6,1,0"));
+}
+
+} // namespace
