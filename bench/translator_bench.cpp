@@ -4,6 +4,10 @@
 //   load_xml                                         xmllint --stream --noout of the XML
 //   load_qex                                         unzip -p of the package plus xmllint of its
 //   XML save_qex                                         our own save_xml plus zip -6 of the XML
+//   create_qew, create_server    a new campaign database, in an SQLite file and on a PostgreSQL
+//                                server of the benchmark's own: our write of a new .qes
+//   load_qew, load_server        load_qes of the same run
+//   save_qew, save_server        save_qes of the same run (one caption edited)
 // Loads also report their peak memory beside the UTF-16 size of all captions.
 //   translator_bench [--workload small|large|stress] [--dir DIR] [--reuse] [--only MEASURE,...]
 //                  [--repeat N]
@@ -13,6 +17,7 @@
 
 #include "app/AppContext.h"
 #include "app/QuestionnaireDocument.h"
+#include "common/PostgresServer.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionAccess.h"
@@ -91,6 +96,8 @@ private:
     void MeasureLoads();
     void MeasureExchange();
     void MeasureSaves();
+    void MeasureCampaigns();
+    bool CampaignsWanted() const;
 
     bench::WorkloadSpec m_spec;
     QString m_dir;
@@ -106,6 +113,8 @@ private:
     questionnaire::CaptionList m_list;
     std::optional<double> m_xmllint; // xmllint --stream of the XML
     std::optional<double> m_saveXml; // our own save of the XML, for the package's reference
+    std::optional<double> m_loadQes; // the campaigns' references
+    std::optional<double> m_saveQes;
 };
 
 QJsonObject Bench::Measure(const char* name, const std::function<void()>& step, bool trim) {
@@ -217,6 +226,7 @@ void Bench::MeasureLoads() {
             tools = QStringLiteral("unzip -p, then xmllint --stream --noout");
         }
         const QString path = Path(type);
+        std::vector<double> times;
         for (int r = 0; r < m_repeat; ++r) {
             m_q.reset();
             QJsonObject o = Measure(
@@ -226,6 +236,7 @@ void Bench::MeasureLoads() {
                     (void)app::LoadQuestionnaire(m_app, path, *m_q);
                 },
                 true);
+            times.push_back(o.value(QStringLiteral("seconds")).toDouble());
             o.insert(QStringLiteral("mb"), QFileInfo(path).size() / 1e6);
             if (reference) {
                 o.insert(QStringLiteral("reference_seconds"), *reference);
@@ -234,6 +245,8 @@ void Bench::MeasureLoads() {
             if (Wanted(QString::fromLatin1(name)))
                 Print(o);
         }
+        if (qstrcmp(type, "qes") == 0)
+            m_loadQes = Median(times);
     }
 }
 
@@ -320,8 +333,10 @@ void Bench::MeasureSaves() {
     for (const char* type : {"xml", "qes", "qex"}) {
         const QByteArray name = QByteArray("save_") + type;
         const bool wanted = Wanted(QString::fromLatin1(name));
-        // The package is measured against the XML's save, which runs whenever it is wanted.
-        if (!wanted && !(qstrcmp(type, "xml") == 0 && Wanted(QStringLiteral("save_qex"))))
+        // The package is measured against the XML's save, which runs whenever it is wanted, and
+        // the campaigns against the .qes save.
+        if (!wanted && !(qstrcmp(type, "xml") == 0 && Wanted(QStringLiteral("save_qex"))) &&
+            !(qstrcmp(type, "qes") == 0 && CampaignsWanted()))
             continue;
         app::QuestionnaireDocument document(m_app, m_messages);
         document.OpenSilently(Path(type));
@@ -344,6 +359,93 @@ void Bench::MeasureSaves() {
         }
         if (qstrcmp(type, "xml") == 0)
             m_saveXml = Median(times);
+        if (qstrcmp(type, "qes") == 0)
+            m_saveQes = Median(times);
+    }
+}
+
+const char* const kCampaignMeasures[] = {"create_qew", "load_qew",    "save_qew",
+                                         "create_server", "load_server", "save_server"};
+
+bool Bench::CampaignsWanted() const {
+    return std::any_of(std::begin(kCampaignMeasures), std::end(kCampaignMeasures),
+                       [this](const char* name) { return Wanted(QLatin1String(name)); });
+}
+
+void Bench::MeasureCampaigns() {
+    if (!CampaignsWanted())
+        return;
+    // The reference of a new database: our own write of a new .qes file.
+    CQuestionnaire source;
+    (void)app::LoadQuestionnaire(m_app, Path("qes"), source);
+    const QString newQes = m_base + QStringLiteral("-new.qes");
+    std::vector<double> writes;
+    for (int r = 0; r < 3; ++r) {
+        QFile::remove(newQes);
+        writes.push_back(Seconds([&] {
+            (void)questionnaire::WriteQesFile(newQes, source, app::AppContext::ProgramVersion());
+        }));
+    }
+    QFile::remove(newQes);
+    const double writeQes = Median(writes);
+    // A row of a question, so that the edit lands in the campaign.
+    qsizetype edited = 0;
+    while (edited < m_list.size() - 1 && m_list.questionIds[edited] <= 0)
+        ++edited;
+
+    testutil::PostgresServer server;
+    QString serverLocation;
+    if (server.Start(true))
+        serverLocation = server.CreateDatabase(QStringLiteral("bench"));
+    if (serverLocation.isEmpty())
+        std::fprintf(stderr, "no PostgreSQL server for the server measures: %s\n",
+                     qPrintable(server.Error()));
+    for (const char* kind : {"qew", "server"}) {
+        const bool onServer = qstrcmp(kind, "server") == 0;
+        const QString location = onServer ? serverLocation : Path("qew");
+        if (location.isEmpty())
+            continue;
+        const QByteArray create = QByteArray("create_") + kind;
+        const QByteArray load = QByteArray("load_") + kind;
+        const QByteArray save = QByteArray("save_") + kind;
+        for (int r = 0; r < m_repeat; ++r) {
+            app::QuestionnaireDocument document(m_app, m_messages);
+            document.OpenSilently(Path("qes"));
+            bool saved = false;
+            QJsonObject o =
+                Measure(create.constData(), [&] { saved = document.SaveBatchAs(location); });
+            o.insert(QStringLiteral("saved"), saved);
+            o.insert(QStringLiteral("reference"), QStringLiteral("our write of a new .qes"));
+            o.insert(QStringLiteral("reference_seconds"), writeQes);
+            if (Wanted(QString::fromLatin1(create)))
+                Print(o);
+        }
+        Repeat(
+            load.constData(),
+            [&] {
+                CQuestionnaire q;
+                (void)app::LoadQuestionnaire(m_app, location, q);
+            },
+            [&](QJsonObject& o) {
+                o.insert(QStringLiteral("reference"), QStringLiteral("load_qes of this run"));
+                o.insert(QStringLiteral("reference_seconds"), m_loadQes.value_or(0));
+            });
+        if (!Wanted(QString::fromLatin1(save)))
+            continue;
+        app::QuestionnaireDocument document(m_app, m_messages);
+        document.OpenSilently(location);
+        for (int r = 0; r < m_repeat; ++r) {
+            questionnaire::WriteCaption(*document.Questionnaire(), m_list.questionIds[edited],
+                                        m_list.responseIds[edited],
+                                        document.Questionnaire()->GetDefaultLanguage(),
+                                        QStringLiteral("edited %1").arg(r));
+            bool saved = false;
+            QJsonObject o = Measure(save.constData(), [&] { saved = document.SaveBatch(); });
+            o.insert(QStringLiteral("saved"), saved);
+            o.insert(QStringLiteral("reference"), QStringLiteral("save_qes of this run"));
+            o.insert(QStringLiteral("reference_seconds"), m_saveQes.value_or(0));
+            Print(o);
+        }
     }
 }
 
@@ -352,6 +454,7 @@ void Bench::Run() {
     MeasureLoads();
     MeasureExchange();
     MeasureSaves();
+    MeasureCampaigns();
 }
 
 const QStringList kMeasures = {QStringLiteral("load_xml"),
@@ -364,7 +467,13 @@ const QStringList kMeasures = {QStringLiteral("load_xml"),
                                QStringLiteral("import_copy_identical"),
                                QStringLiteral("save_xml"),
                                QStringLiteral("save_qes"),
-                               QStringLiteral("save_qex")};
+                               QStringLiteral("save_qex"),
+                               QStringLiteral("create_qew"),
+                               QStringLiteral("load_qew"),
+                               QStringLiteral("save_qew"),
+                               QStringLiteral("create_server"),
+                               QStringLiteral("load_server"),
+                               QStringLiteral("save_server")};
 
 constexpr char kUsage[] =
     "usage: translator_bench [--workload small|large|stress] [--dir DIR] [--reuse]\n"

@@ -52,7 +52,7 @@ bool PostgresServer::Run(const QString& program, const QStringList& arguments) {
     return false;
 }
 
-bool PostgresServer::Start() {
+bool PostgresServer::Start(bool durable) {
     m_bin = ServerBinaries();
     if (m_bin.isEmpty()) {
         m_error = QStringLiteral("no PostgreSQL server is installed (Debian package postgresql)");
@@ -80,9 +80,10 @@ bool PostgresServer::Start() {
               QStringLiteral("--encoding=UTF8"), QStringLiteral("--no-sync"), QStringLiteral("-U"),
               m_user}))
         return false;
-    const QString options = QStringLiteral("-c listen_addresses='' -k %1 -p %2 -c fsync=off")
+    const QString options = QStringLiteral("-c listen_addresses='' -k %1 -p %2%3")
                                 .arg(m_dir.path())
-                                .arg(m_port);
+                                .arg(m_port)
+                                .arg(durable ? QString() : QStringLiteral(" -c fsync=off"));
     m_started = Run(m_bin + QStringLiteral("pg_ctl"),
                     {QStringLiteral("-D"), data, QStringLiteral("-l"),
                      m_dir.filePath(QStringLiteral("server.log")), QStringLiteral("-o"), options,

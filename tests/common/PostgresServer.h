@@ -5,9 +5,9 @@
 
 namespace testutil {
 
-// A PostgreSQL server of the test's own: a new cluster in a temporary folder, reached through a
-// socket in that folder only (no network port), run as an unprivileged user when the tests run
-// as root, and stopped when the object goes.
+// A PostgreSQL server of the test's (or the benchmark's) own: a new cluster in a temporary
+// folder, reached through a socket in that folder only (no network port), run as an
+// unprivileged user when run as root, and stopped when the object goes.
 class PostgresServer {
 public:
     PostgresServer() = default;
@@ -15,8 +15,9 @@ public:
     PostgresServer(const PostgresServer&) = delete;
     PostgresServer& operator=(const PostgresServer&) = delete;
 
-    // False, with the reason in Error(), when the server cannot be set up.
-    bool Start();
+    // False, with the reason in Error(), when the server cannot be set up. Tests run without
+    // flushing to disk; a `durable` server flushes as it would in use, for measurements.
+    bool Start(bool durable = false);
     // A database of its own on the server, created empty; "" on failure.
     QString CreateDatabase(const QString& name);
     const QString& Error() const { return m_error; }

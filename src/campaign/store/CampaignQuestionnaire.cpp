@@ -86,11 +86,33 @@ void TakeQuestionCaptions(const CQuestion& source, vw::CQuestion& target) {
     take(source.ShortCaption(), &vw::CQuestionCaption::m_shortCaption);
 }
 
-void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& campaign) {
-    vw::CModality* target = campaign.FindModality(source.m_id);
+// The campaign's response of the questionnaire's response `responseID` of `questionID`, or the
+// number a new one gets. A campaign numbers responses across the campaign, a questionnaire per
+// question: a number another question's response holds is replaced by a free one, remembered in
+// `keys` so that every later save finds it again.
+qint32 ModalityNumber(const vw::CCampaign& campaign, qint32 questionID, qint32 responseID,
+                      ResponseKeys& keys) {
+    if (const auto known = keys.find({questionID, responseID}); known != keys.end())
+        return known->second;
+    const vw::CModality* same = campaign.FindModality(responseID);
+    if (!same || same->m_questionID == questionID)
+        return responseID;
+    qint32 free = 0;
+    for (const vw::CModality* modality : campaign.Modalities())
+        free = std::max(free, modality->m_modalityID);
+    for (const auto& [key, number] : keys)
+        free = std::max(free, number);
+    keys[{questionID, responseID}] = free + 1;
+    return free + 1;
+}
+
+void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& campaign,
+                  ResponseKeys& keys) {
+    const qint32 number = ModalityNumber(campaign, questionID, source.m_id, keys);
+    vw::CModality* target = campaign.FindModality(number);
     if (!target) {
         auto added = std::make_unique<vw::CModality>();
-        added->m_modalityID = source.m_id;
+        added->m_modalityID = number;
         added->m_questionID = questionID;
         vw::CQuestion* owner = campaign.FindQuestion(questionID);
         added->m_modalityOrder = owner ? qint32(owner->m_modalities.size()) : 0;
@@ -113,7 +135,7 @@ void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& cam
     }
 }
 
-void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign) {
+void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign, ResponseKeys& keys) {
     qint32 nextOrder = 0;
     for (const auto& question : campaign.Questions())
         nextOrder = std::max(nextOrder, question->m_order + 1);
@@ -135,7 +157,7 @@ void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign) {
         target->m_shortcut = source.m_shortcut;
         TakeQuestionCaptions(source, *target);
         for (int r = 0; r < source.GetNbreModalite(); ++r)
-            TakeResponse(source.GetModalite(r), source.m_id, campaign);
+            TakeResponse(source.GetModalite(r), source.m_id, campaign, keys);
     }
 }
 
@@ -144,6 +166,26 @@ void UpgradeContent(vw::CCampaign& campaign) {
         (void)campaign.RepairModalityMatchingEndVolumes();
     if (IsOlderThan(campaign.m_versionNumber, "5.6.1.0"))
         campaign.m_versionNumber = QStringLiteral("5,6,1,0"); // commas, as the program writes it
+}
+
+// A campaign for a questionnaire that had none: its questions need a volume to appear in, and
+// the volume a wave.
+std::unique_ptr<vw::CCampaign> NewCampaign(const QString& questionnaireName) {
+    const QString name = questionnaireName.left(50); // the names' columns hold 50 characters
+    auto campaign = std::make_unique<vw::CCampaign>();
+    campaign->m_name = name;
+    campaign->m_versionNumber = CurrentVersion().ToText();
+    auto wave = std::make_unique<vw::CWave>();
+    wave->m_waveID = 1;
+    wave->m_name = name;
+    campaign->AddWave(std::move(wave));
+    auto volume = std::make_unique<vw::CVolume>();
+    volume->m_volumeID = 1;
+    volume->m_waveID = 1;
+    volume->m_name = name;
+    volume->m_isMainVolume = true;
+    campaign->AddVolume(std::move(volume));
+    return campaign;
 }
 
 } // namespace
@@ -175,7 +217,9 @@ Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
 
 Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
                                       std::unique_ptr<vw::CCampaign>& campaign,
-                                      const RemovedResponses& removed, bool asRead) {
+                                      const RemovedResponses& removed, bool asRead,
+                                      ResponseKeys* keys) {
+    ResponseKeys once;
     util::sql::Connection db;
     if (const Outcome opened = UnderOpen(db.Open(location)); !opened)
         return opened;
@@ -185,7 +229,7 @@ Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionna
         if (!fresh->FindModality(response->m_modalityID))
             (void)fresh->AddModality(std::make_unique<vw::CModality>(*response));
     TakeLanguages(q, *fresh);
-    TakeQuestions(q, *fresh);
+    TakeQuestions(q, *fresh, keys ? *keys : once);
     if (const Outcome migrated = MigrateDatabase(db, fresh->m_versionNumber); !migrated)
         return migrated;
     UpgradeContent(*fresh);
@@ -219,12 +263,11 @@ Outcome CampaignQuestionnaireStore::SaveWhole(const QString& path, const CQuesti
         // Nothing was read from a campaign: the questionnaire becomes a new one.
         if (const Outcome created = CreateDatabase(path); !created)
             return created;
-        m_campaign = std::make_unique<vw::CCampaign>();
-        m_campaign->m_versionNumber = CurrentVersion().ToText();
+        m_campaign = NewCampaign(q.GetName());
         m_location.clear();
     }
     const Outcome saved =
-        SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed, path == m_location);
+        SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed, path == m_location, &m_keys);
     if (saved)
         m_location = path;
     return saved;

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -17,6 +18,10 @@ namespace campaign {
 // Responses the campaign marks deleted: the questionnaire does not show them, yet a save must
 // write them back as they were.
 using RemovedResponses = std::vector<std::unique_ptr<varnel_wave::CModality>>;
+
+// Campaign response numbers given to questionnaire responses whose own number another question's
+// response holds, by (question, response).
+using ResponseKeys = std::map<std::pair<qint32, qint32>, qint32>;
 
 // Reads the campaign at `location` into `campaign` (empty) and fills `q` (empty) from it:
 // languages (the last one flagged default is the main one), the questions not deleted with their
@@ -31,10 +36,12 @@ util::Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnair
 // schema is migrated from the campaign's version first and the version raised. `asRead` says
 // that the database still holds `campaign`: only what changed is written then, so that others
 // saving other captions of the same campaign meanwhile keep theirs. On success `campaign`
-// becomes what was written.
+// becomes what was written. `keys`, kept from save to save, numbers the responses the campaign
+// could not take by their own number.
 util::Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionnaire& q,
                                             std::unique_ptr<varnel_wave::CCampaign>& campaign,
-                                            const RemovedResponses& removed, bool asRead = false);
+                                            const RemovedResponses& removed, bool asRead = false,
+                                            ResponseKeys* keys = nullptr);
 
 // The store of ".qew" files; keeps the campaign as read and its removed responses from the load
 // to the saves of its document.
@@ -57,6 +64,7 @@ private:
     // Where m_campaign is what the database holds: saves there write only what changed.
     QString m_location;
     RemovedResponses m_removed;
+    ResponseKeys m_keys;
 };
 
 } // namespace campaign

@@ -131,6 +131,38 @@ TEST(CampaignFromAnotherProgram, OpensExportsImportsGainsALanguageAndIsMigratedW
     EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
 }
 
+TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepeatPerQuestion) {
+    // The example numbers the responses of each question from 1; a campaign numbers them across.
+    QTemporaryDir dir;
+    const QString source = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+    const QString target = dir.filePath(QStringLiteral("survey.qew"));
+    for (int save = 0; save < 2; ++save) { // a second save finds the responses it numbered
+        const BatchRun run = Batch({save == 0 ? source : target, QStringLiteral("saveas:") + target});
+        ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
+    }
+    app::AppContext app;
+    CQuestionnaire before;
+    CQuestionnaire after;
+    ASSERT_TRUE(app::LoadQuestionnaire(app, source, before));
+    ASSERT_TRUE(app::LoadQuestionnaire(app, target, after));
+    ASSERT_EQ(after.GetNbreQuestion(), before.GetNbreQuestion());
+    int responses = 0;
+    for (int i = 0; i < before.GetNbreQuestion(); ++i) {
+        const CQuestion& b = before.GetQuestion(i);
+        const CQuestion& a = after.GetQuestion(i);
+        ASSERT_EQ(a.m_id, b.m_id);
+        ASSERT_EQ(a.GetNbreModalite(), b.GetNbreModalite()) << b.m_id;
+        for (int r = 0; r < b.GetNbreModalite(); ++r, ++responses)
+            for (int l = 0; l < before.GetLanguageCount(); ++l) {
+                const qint32 language = before.GetLanguage(l).m_id;
+                EXPECT_EQ(a.GetModalite(r).GetLocalisedLongCaption(language),
+                          b.GetModalite(r).GetLocalisedLongCaption(language))
+                    << "question " << b.m_id << " response " << r << " language " << language;
+            }
+    }
+    EXPECT_GT(responses, 10);
+}
+
 class CampaignOnServer : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
