@@ -103,6 +103,7 @@ QString PostgresServer::CreateDatabase(const QString& name) {
         m_error = opened.Reason();
         return {};
     }
+    (void)admin.Exec(QStringLiteral("SET client_min_messages = warning")); // no notice if new
     (void)admin.Exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(admin.Quote(name)));
     if (const util::Outcome created =
             admin.Exec(QStringLiteral("CREATE DATABASE %1").arg(admin.Quote(name)));

@@ -413,53 +413,124 @@ public:
                 .push_back(i);
     }
 
+    // Without `before`, every row is written: the keys the table holds are read once, rows with
+    // one of them are rewritten and the others added in batches; with `deleteOperation`, rows
+    // whose keys are not among the given ones are deleted first, under that operation's name.
     // With `before`, the rows as the database held them when read: only rows that differ from
-    // those are written, and only rows that were there and are gone are deleted, so that rows
-    // another writer changed or added meanwhile are left alone.
+    // those are written (each rewritten, or added when the database no longer has it), and only
+    // rows that were there and are gone are deleted, so that rows another writer changed or added
+    // meanwhile are left alone.
     Outcome Write(const char* operation, const char* deleteOperation,
                   const std::vector<Values>& rows, const std::vector<Values>* before = nullptr) {
-        std::map<Key, const Values*> read;
-        if (before)
-            for (const Values& row : *before)
-                read.emplace(KeyOf(row), &row);
+        for (const Values& row : rows)
+            if (static_cast<size_t>(row.size()) != m_table->columns.size())
+                return UnknownFailure(operation);
+        return before ? WriteChanges(operation, deleteOperation, rows, *before)
+                      : WriteAll(operation, deleteOperation, rows);
+    }
+
+private:
+    static constexpr int kRowsPerInsert = 64;
+
+    Outcome WriteAll(const char* operation, const char* deleteOperation,
+                     const std::vector<Values>& rows) {
+        std::set<Key> existing;
+        if (const Outcome read = ExistingKeys(deleteOperation ? deleteOperation : operation,
+                                              existing);
+            !read)
+            return read;
         if (deleteOperation) {
-            const Outcome deleted = before ? DeleteGone(deleteOperation, rows, read)
-                                           : DeleteOthers(deleteOperation, rows);
-            if (!deleted)
+            std::set<Key> kept;
+            for (const Values& row : rows)
+                kept.insert(KeyOf(row));
+            std::vector<Key> removed;
+            for (const Key& key : existing)
+                if (!kept.count(key))
+                    removed.push_back(key);
+            if (const Outcome deleted = DeleteKeys(deleteOperation, removed); !deleted)
                 return deleted;
         }
         QSqlQuery update = m_db.Query();
-        QSqlQuery insert = m_db.Query();
         if (!update.prepare(UpdateSql()))
             return DatabaseFailure(operation, update.lastError());
-        if (!insert.prepare(InsertSql()))
-            return DatabaseFailure(operation, insert.lastError());
+        std::vector<const Values*> added;
         for (const Values& row : rows) {
-            if (static_cast<size_t>(row.size()) != m_table->columns.size())
-                return UnknownFailure(operation);
-            if (before) {
-                const auto found = read.find(KeyOf(row));
-                if (found != read.end() && *found->second == row)
-                    continue;
+            if (!existing.count(KeyOf(row))) {
+                added.push_back(&row);
+                continue;
             }
-            int bound = 0;
-            for (size_t position : m_otherPositions)
-                update.bindValue(bound++, Bound(row, position));
-            for (size_t position : m_keyPositions)
-                update.bindValue(bound++, Bound(row, position));
-            if (!update.exec())
+            if (!Update(update, row))
+                return DatabaseFailure(operation, update.lastError());
+        }
+        return Insert(operation, added);
+    }
+
+    Outcome WriteChanges(const char* operation, const char* deleteOperation,
+                         const std::vector<Values>& rows, const std::vector<Values>& before) {
+        std::map<Key, const Values*> read;
+        for (const Values& row : before)
+            read.emplace(KeyOf(row), &row);
+        if (deleteOperation) {
+            std::set<Key> kept;
+            for (const Values& row : rows)
+                kept.insert(KeyOf(row));
+            std::vector<Key> removed;
+            for (const auto& [key, row] : read)
+                if (!kept.count(key))
+                    removed.push_back(key);
+            if (const Outcome deleted = DeleteKeys(deleteOperation, removed); !deleted)
+                return deleted;
+        }
+        QSqlQuery update = m_db.Query();
+        if (!update.prepare(UpdateSql()))
+            return DatabaseFailure(operation, update.lastError());
+        for (const Values& row : rows) {
+            const auto found = read.find(KeyOf(row));
+            if (found != read.end() && *found->second == row)
+                continue;
+            if (!Update(update, row))
                 return DatabaseFailure(operation, update.lastError());
             if (update.numRowsAffected() > 0)
                 continue;
-            for (size_t position = 0; position < m_table->columns.size(); ++position)
-                insert.bindValue(static_cast<int>(position), Bound(row, position));
-            if (!insert.exec())
-                return DatabaseFailure(operation, insert.lastError());
+            if (const Outcome inserted = Insert(operation, {&row}); !inserted)
+                return inserted;
         }
         return {};
     }
 
-private:
+    bool Update(QSqlQuery& update, const Values& row) const {
+        int bound = 0;
+        for (size_t position : m_otherPositions)
+            update.bindValue(bound++, Bound(row, position));
+        for (size_t position : m_keyPositions)
+            update.bindValue(bound++, Bound(row, position));
+        return update.exec();
+    }
+
+    // Adds rows several to a statement: each statement is a round trip to a server.
+    Outcome Insert(const char* operation, const std::vector<const Values*>& rows) {
+        QSqlQuery batch = m_db.Query();
+        if (rows.size() >= size_t(kRowsPerInsert) && !batch.prepare(InsertSql(kRowsPerInsert)))
+            return DatabaseFailure(operation, batch.lastError());
+        QSqlQuery single = m_db.Query();
+        if (!single.prepare(InsertSql(1)))
+            return DatabaseFailure(operation, single.lastError());
+        const size_t columns = m_table->columns.size();
+        for (size_t first = 0; first < rows.size();) {
+            const bool full = rows.size() - first >= size_t(kRowsPerInsert);
+            QSqlQuery& insert = full ? batch : single;
+            const size_t count = full ? size_t(kRowsPerInsert) : 1;
+            for (size_t r = 0; r < count; ++r)
+                for (size_t position = 0; position < columns; ++position)
+                    insert.bindValue(static_cast<int>(r * columns + position),
+                                     Bound(*rows[first + r], position));
+            if (!insert.exec())
+                return DatabaseFailure(operation, insert.lastError());
+            first += count;
+        }
+        return {};
+    }
+
     QVariant Bound(const Values& row, size_t position) const {
         return ToColumn(row[static_cast<qsizetype>(position)], m_table->columns[position],
                         m_db.GetDialect());
@@ -478,16 +549,20 @@ private:
                  Equations(m_keyPositions, " AND "));
     }
 
-    QString InsertSql() const {
+    QString InsertSql(int rowCount) const {
         QStringList names;
         QStringList marks;
         for (const Column& column : m_table->columns) {
             names.append(m_db.Quote(column.name));
             marks.append(QStringLiteral("?"));
         }
-        return QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+        const QString row = QLatin1Char('(') + marks.join(QStringLiteral(", ")) + QLatin1Char(')');
+        QStringList rowsText;
+        for (int i = 0; i < rowCount; ++i)
+            rowsText.append(row);
+        return QStringLiteral("INSERT INTO %1 (%2) VALUES %3")
             .arg(m_db.Quote(m_table->name), names.join(QStringLiteral(", ")),
-                 marks.join(QStringLiteral(", ")));
+                 rowsText.join(QStringLiteral(", ")));
     }
 
     Key KeyOf(const Values& row) const {
@@ -497,10 +572,7 @@ private:
         return key;
     }
 
-    Outcome DeleteOthers(const char* operation, const std::vector<Values>& rows) {
-        std::set<Key> kept;
-        for (const Values& row : rows)
-            kept.insert(KeyOf(row));
+    Outcome ExistingKeys(const char* operation, std::set<Key>& keys) {
         QStringList keyColumns;
         for (size_t position : m_keyPositions)
             keyColumns.append(m_db.Quote(m_table->columns[position].name));
@@ -509,28 +581,13 @@ private:
                 QStringLiteral("SELECT %1 FROM %2")
                     .arg(keyColumns.join(QStringLiteral(", ")), m_db.Quote(m_table->name))))
             return DatabaseFailure(operation, select.lastError());
-        std::vector<Key> removed;
         while (select.next()) {
             Key key;
             for (size_t i = 0; i < m_keyPositions.size(); ++i)
                 key.push_back(select.value(static_cast<int>(i)).toLongLong());
-            if (!kept.count(key))
-                removed.push_back(std::move(key));
+            keys.insert(std::move(key));
         }
-        select.finish();
-        return DeleteKeys(operation, removed);
-    }
-
-    Outcome DeleteGone(const char* operation, const std::vector<Values>& rows,
-                       const std::map<Key, const Values*>& read) {
-        std::set<Key> kept;
-        for (const Values& row : rows)
-            kept.insert(KeyOf(row));
-        std::vector<Key> removed;
-        for (const auto& [key, row] : read)
-            if (!kept.count(key))
-                removed.push_back(key);
-        return DeleteKeys(operation, removed);
+        return {};
     }
 
     Outcome DeleteKeys(const char* operation, const std::vector<Key>& removed) {
