@@ -1,4 +1,5 @@
 #include "app/AppContext.h"
+#include "common/PostgresServer.h"
 #include "common/SampleQuestionnaire.h"
 #include "dictionary/Dictionary.h"
 #include "questionnaire/CaptionAccess.h"
@@ -19,6 +20,7 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -93,6 +95,25 @@ template <typename T> void WhenOpen(const QString& path) {
         QTest::keyClicks(edit, path);
         auto* buttons = dialog->template findChild<QDialogButtonBox*>();
         QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
+    });
+    timer->start();
+}
+
+// Types `text` into the next input dialog that opens and presses OK.
+void WhenAsked(const QString& text) {
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, text] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        auto* edit = dialog->findChild<QLineEdit*>();
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+        QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
     });
     timer->start();
 }
@@ -634,6 +655,46 @@ private Q_SLOTS:
         QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
         QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
         QVERIFY(View().Document().IsModified());
+    }
+
+    // A questionnaire saved to a campaign on a server becomes that campaign; opened from the
+    // server again it shows what was saved.
+    void savesToAndOpensFromAServer() {
+        testutil::PostgresServer server;
+        QVERIFY2(server.Start(), qPrintable(server.Error()));
+        const QString uri = server.CreateDatabase(QStringLiteral("window"));
+        QVERIFY(!uri.isEmpty());
+        const QVariant language = View().Model().headerData(1, Qt::Horizontal);
+        ClickCell(Cell(10, 1, 1));
+        Type(QStringLiteral("Sehr"));
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        QVERIFY(View().Document().IsModified());
+        {
+            BoxAnswerer refusal;
+            WhenAsked(QStringLiteral("/tmp/not-a-server.qew"));
+            m_window->Action(ui::strings::kSaveServer)->trigger();
+            QCOMPARE(refusal.texts, QStringList{QStringLiteral(
+                                        "'/tmp/not-a-server.qew' is not a server location: it "
+                                        "begins with postgresql://.")});
+            QCOMPARE(View().Document().Document().Path(), m_path);
+        }
+        WhenAsked(uri);
+        m_window->Action(ui::strings::kSaveServer)->trigger();
+        QCOMPARE(View().Document().Document().Path(), uri);
+        QVERIFY(!View().Document().IsModified());
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [%1]").arg(uri));
+        QCOMPARE(m_context->recentFiles.Files().value(0), uri);
+
+        m_window->Action(ui::strings::kClose)->trigger();
+        QVERIFY(!m_window->ActiveView());
+        WhenAsked(uri);
+        m_window->Action(ui::strings::kOpenServer)->trigger();
+        QVERIFY(m_window->ActiveView());
+        QCOMPARE(View().Document().Document().Path(), uri);
+        int column = 0; // a campaign has its own order of languages
+        while (View().Model().headerData(column, Qt::Horizontal) != language)
+            QVERIFY(++column < View().Model().columnCount());
+        QCOMPARE(Cell(10, 1, column).data().toString(), QStringLiteral("Sehr"));
     }
 
     // Printing ends every page with its number and the count.
