@@ -17,7 +17,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
-#include <QLineEdit>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
@@ -518,12 +517,16 @@ void MainWindow::Open() {
 }
 
 QString MainWindow::AskServerLocation(const char* title, const QString& proposed) {
-    bool ok = false;
-    const QString location =
-        QInputDialog::getText(this, Tr(title).remove(QLatin1Char('&')).remove(QStringLiteral("...")),
-                              Tr(strings::kServerLocation), QLineEdit::Normal, proposed, &ok)
-            .trimmed();
-    if (!ok || location.isEmpty())
+    QInputDialog dialog(this);
+    dialog.setWindowTitle(Tr(title).remove(QLatin1Char('&')).remove(QStringLiteral("...")));
+    dialog.setLabelText(Tr(strings::kServerLocation));
+    dialog.setTextValue(proposed);
+    // Room for a whole location with its socket folder.
+    dialog.resize(fontMetrics().horizontalAdvance(QLatin1Char('x')) * 70, dialog.sizeHint().height());
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    const QString location = dialog.textValue().trimmed();
+    if (location.isEmpty())
         return {};
     if (!util::sql::IsServerLocation(location)) {
         m_messages->Error(Tr(strings::kNotServerLocation).arg(location));

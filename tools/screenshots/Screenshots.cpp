@@ -8,6 +8,7 @@
 #include "ui/CaptionGrid.h"
 #include "ui/CaptionModel.h"
 #include "ui/MainWindow.h"
+#include "ui/Strings.h"
 #include "ui/OpenDocument.h"
 #include "ui/Translations.h"
 #include "ui/TranslatorView.h"
@@ -20,6 +21,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <QTimer>
 
 namespace {
 
@@ -76,6 +78,15 @@ int main(int argc, char** argv) {
         QItemSelection(view->Model().index(4, 1), view->Model().index(5, 2)),
         QItemSelectionModel::ClearAndSelect);
     bool ok = Save(window, folder, QStringLiteral("main-window.png"));
+
+    // The question of File > Save to Server, answered with Cancel once drawn.
+    QTimer::singleShot(200, &window, [&] {
+        if (QWidget* asking = QApplication::activeModalWidget()) {
+            ok = Save(*asking, folder, QStringLiteral("server-location.png")) && ok;
+            asking->close();
+        }
+    });
+    window.Action(ui::strings::kSaveServer)->trigger();
 
     const CQuestionnaire& q = *view->Document().Document().Questionnaire();
     ui::ExportDialog exportDialog(q, &window);
