@@ -364,7 +364,7 @@ void Bench::MeasureSaves() {
     }
 }
 
-const char* const kCampaignMeasures[] = {"create_qew", "load_qew",    "save_qew",
+const char* const kCampaignMeasures[] = {"create_qew",    "load_qew",    "save_qew",
                                          "create_server", "load_server", "save_server"};
 
 bool Bench::CampaignsWanted() const {
@@ -435,10 +435,9 @@ void Bench::MeasureCampaigns() {
         app::QuestionnaireDocument document(m_app, m_messages);
         document.OpenSilently(location);
         for (int r = 0; r < m_repeat; ++r) {
-            questionnaire::WriteCaption(*document.Questionnaire(), m_list.questionIds[edited],
-                                        m_list.responseIds[edited],
-                                        document.Questionnaire()->GetDefaultLanguage(),
-                                        QStringLiteral("edited %1").arg(r));
+            questionnaire::WriteCaption(
+                *document.Questionnaire(), m_list.questionIds[edited], m_list.responseIds[edited],
+                document.Questionnaire()->GetDefaultLanguage(), QStringLiteral("edited %1").arg(r));
             bool saved = false;
             QJsonObject o = Measure(save.constData(), [&] { saved = document.SaveBatch(); });
             o.insert(QStringLiteral("saved"), saved);

@@ -5,7 +5,6 @@
 #include "exchange/WorkingFolder.h"
 #include "util/Messages.h"
 
-
 namespace app {
 
 namespace {

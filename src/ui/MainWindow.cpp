@@ -16,8 +16,8 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QInputDialog>
 #include <QGuiApplication>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -522,7 +522,8 @@ QString MainWindow::AskServerLocation(const char* title, const QString& proposed
     dialog.setLabelText(Tr(strings::kServerLocation));
     dialog.setTextValue(proposed);
     // Room for a whole location with its socket folder.
-    dialog.resize(fontMetrics().horizontalAdvance(QLatin1Char('x')) * 70, dialog.sizeHint().height());
+    dialog.resize(fontMetrics().horizontalAdvance(QLatin1Char('x')) * 70,
+                  dialog.sizeHint().height());
     if (dialog.exec() != QDialog::Accepted)
         return {};
     const QString location = dialog.textValue().trimmed();

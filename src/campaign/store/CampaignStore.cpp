@@ -435,8 +435,8 @@ private:
     Outcome WriteAll(const char* operation, const char* deleteOperation,
                      const std::vector<Values>& rows) {
         std::set<Key> existing;
-        if (const Outcome read = ExistingKeys(deleteOperation ? deleteOperation : operation,
-                                              existing);
+        if (const Outcome read =
+                ExistingKeys(deleteOperation ? deleteOperation : operation, existing);
             !read)
             return read;
         if (deleteOperation) {
@@ -800,8 +800,8 @@ Outcome SaveWaves(Connection& db, const CampaignRows& rows, const CampaignRows* 
                            .arg(db.Quote(QStringLiteral("Waves")), order)))
             return DatabaseFailure(op::kSaveWaves, park.lastError());
         // Parked orders of rows that are not rewritten would stay negative: all are written.
-        const Outcome waves = TableWriter(db, "Waves").Write(
-            op::kSaveWaves, op::kDeleteRemovedWaves, rows.waves);
+        const Outcome waves =
+            TableWriter(db, "Waves").Write(op::kSaveWaves, op::kDeleteRemovedWaves, rows.waves);
         if (!waves)
             return waves;
     }
@@ -832,9 +832,8 @@ Outcome SaveEverything(Connection& db, const CampaignRows& rows, const CampaignR
     };
     const std::function<Outcome()> steps[] = {
         [&] {
-            return before && rows.campaign == before->campaign
-                       ? Outcome()
-                       : SaveCampaignRow(db, rows.campaign);
+            return before && rows.campaign == before->campaign ? Outcome()
+                                                               : SaveCampaignRow(db, rows.campaign);
         },
         table("Languages", op::kSaveLanguages, op::kSaveLanguages, &CampaignRows::languages),
         table("QuestionClasses", op::kSaveQuestionClasses, op::kSaveQuestionClasses,

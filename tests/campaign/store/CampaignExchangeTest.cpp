@@ -38,8 +38,8 @@ BatchRun Batch(const QStringList& arguments) {
     util::RecordedMessages messages;
     BatchRun run;
     QTextStream out(&run.out);
-    EXPECT_TRUE(app::RunBatch(app, QStringList{QStringLiteral("translator")} + arguments,
-                              messages, out));
+    EXPECT_TRUE(
+        app::RunBatch(app, QStringList{QStringLiteral("translator")} + arguments, messages, out));
     out.flush();
     run.exitCode = app.exitCode;
     run.messages = messages.messages.join(QLatin1Char('\n'));
@@ -96,15 +96,17 @@ TEST(CampaignFromAnotherProgram, OpensExportsImportsGainsALanguageAndIsMigratedW
     EXPECT_FALSE(text.contains(QStringLiteral("Pear")));
 
     QString translated = text;
-    translated.replace(QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n"),
-                       QStringLiteral("10\t-1\tWhich fruit do you like?\tQuel fruit aimez-vous ?\r\n"));
-    translated.replace(QStringLiteral("10\t13\tPlum\t\r\n"), QStringLiteral("10\t13\tPlum\tPrune\r\n"));
+    translated.replace(
+        QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n"),
+        QStringLiteral("10\t-1\tWhich fruit do you like?\tQuel fruit aimez-vous ?\r\n"));
+    translated.replace(QStringLiteral("10\t13\tPlum\t\r\n"),
+                       QStringLiteral("10\t13\tPlum\tPrune\r\n"));
     ASSERT_TRUE(testutil::WriteAll(exported, testutil::Utf16Le(translated)));
     const BatchRun importRun = Batch({file, QStringLiteral("translate:") + exported});
     EXPECT_EQ(importRun.exitCode, 2) << importRun.messages.toStdString();
 
-    const BatchRun added = Batch({file, QStringLiteral("addlanguage"),
-                                  QStringLiteral("languages:%1").arg(kGerman)});
+    const BatchRun added =
+        Batch({file, QStringLiteral("addlanguage"), QStringLiteral("languages:%1").arg(kGerman)});
     EXPECT_EQ(added.exitCode, 0) << added.messages.toStdString();
 
     util::sql::Connection db;
@@ -134,10 +136,12 @@ TEST(CampaignFromAnotherProgram, OpensExportsImportsGainsALanguageAndIsMigratedW
 TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepeatPerQuestion) {
     // The example numbers the responses of each question from 1; a campaign numbers them across.
     QTemporaryDir dir;
-    const QString source = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+    const QString source =
+        testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
     const QString target = dir.filePath(QStringLiteral("survey.qew"));
     for (int save = 0; save < 2; ++save) { // a second save finds the responses it numbered
-        const BatchRun run = Batch({save == 0 ? source : target, QStringLiteral("saveas:") + target});
+        const BatchRun run =
+            Batch({save == 0 ? source : target, QStringLiteral("saveas:") + target});
         ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
     }
     app::AppContext app;
@@ -222,7 +226,8 @@ TEST_F(CampaignOnServer, SavedAsOnTheServerAndBackExportsTheSameBytes) {
 
     // A server nobody listens on: not saved, and the reason is given.
     const BatchRun refused = Batch(
-        {m_file, QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(m_dir.path())});
+        {m_file,
+         QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(m_dir.path())});
     EXPECT_EQ(refused.exitCode, -2);
     EXPECT_FALSE(refused.messages.isEmpty());
 }
