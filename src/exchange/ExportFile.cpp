@@ -1,5 +1,6 @@
 #include "exchange/ExportFile.h"
 
+#include "exchange/ExportRows.h"
 #include "exchange/RowCutter.h"
 #include "exchange/Strings.h"
 #include "questionnaire/CaptionAccess.h"
@@ -13,7 +14,6 @@
 #include "util/Progress.h"
 
 #include <QFileInfo>
-#include <QSet>
 #include <QtEndian>
 
 #include <algorithm>
@@ -118,22 +118,12 @@ bool NeedsQuotes(QStringView cell) {
     return util::FindFirstOf<u'"', u'\t', u'\r', u'\n'>(begin, end) != end;
 }
 
-// The caption row resolved once: where its texts are, and what goes in the extra columns.
-struct ResolvedRow {
-    bool keep = false;
-    const CLocalisedText* texts = nullptr; // null: empty in every language, or system message
-    bool systemMessage = false;
-    const CQuestion* question = nullptr;
-    const CModalite* response = nullptr;
-};
-
 class Exporter {
 public:
     Exporter(const CQuestionnaire& q, const ExportOptions& options,
              const VisibilityFilter* visibility)
-        : m_q(q), m_options(options), m_columns(options.languages), m_visibility(visibility) {}
+        : m_options(options), m_rows(q, options, visibility) {}
 
-    ResolvedRow Resolve(qint32 questionId, qint32 responseId) const;
     // Writes the line of row `k` to `out`; false when a filter drops it.
     bool WriteLine(const CaptionList& captions, qsizetype k, OutBuffer& out);
 
@@ -146,63 +136,12 @@ private:
                           qint32 responseId);
     void NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId, qint32 responseId);
 
-    const CQuestionnaire& m_q;
     const ExportOptions& m_options;
-    const LanguageColumns m_columns;
-    const VisibilityFilter* m_visibility;
+    RowSelector m_rows;
     qsizetype m_row = 0;
-    QSet<QString> m_seenReferences;
     QString m_cell; // the extra columns of a row
     const QString m_empty;
-    std::vector<const QString*> m_texts; // the row's caption in each exported language
-    QList<QString> m_messageTexts;       // a system message's texts, which are computed
 };
-
-ResolvedRow Exporter::Resolve(qint32 questionId, qint32 responseId) const {
-    ResolvedRow row;
-    const CaptionKindFilter& kinds = m_options.kinds;
-    if (questionId == kSystemMessageMarker) {
-        row.keep = !kinds.excludeSystemMessages;
-        row.systemMessage = true;
-        return row;
-    }
-    int index = 0;
-    if (questionId == kRoutingMarker) {
-        row.keep = !kinds.excludeRoutings;
-        if (m_q.FindRoutingById(responseId, index))
-            row.texts = &m_q.GetFiltre(index).Message();
-        return row;
-    }
-    if (!m_q.FindQuestionById(questionId, index))
-        return row;
-    const CQuestion& question = m_q.GetQuestion(index);
-    if ((m_visibility && !m_visibility->IsKept(index)) ||
-        !QuestionPassesVersions(question, m_options.versions) ||
-        kinds.Excludes(questionId, responseId))
-        return row;
-    row.question = &question;
-    switch (responseId) {
-    case kLongCaption:
-        row.texts = &question.LongCaption();
-        break;
-    case kShortCaption:
-        row.texts = &question.ShortCaption();
-        break;
-    case kInstructions:
-        row.texts = &question.Instructions();
-        break;
-    case kComments:
-        row.texts = &question.Comments();
-        break;
-    default:
-        if (!question.FindModaliteById(responseId, row.response) ||
-            !ResponsePassesVersions(question, *row.response, m_options.versions))
-            return row;
-        row.texts = &row.response->Caption();
-    }
-    row.keep = true;
-    return row;
-}
 
 void Exporter::NoteUnsafe(const QString& text, bool sourceColumn, qint32 questionId,
                           qint32 responseId) {
@@ -271,40 +210,17 @@ void Exporter::WriteCaptionCell(OutBuffer& out, const QString& text, bool source
 }
 
 bool Exporter::WriteLine(const CaptionList& captions, qsizetype k, OutBuffer& out) {
-    const qint32 questionId = captions.questionIds[k];
-    const qint32 responseId = captions.responseIds[k];
     m_row = k;
-    const ResolvedRow row = Resolve(questionId, responseId);
-    if (!row.keep)
+    ExportRow row;
+    if (!m_rows.Select(captions, k, row))
         return false;
-    const qsizetype count = m_options.languages.size();
-    if (row.systemMessage) {
-        m_messageTexts.resize(count);
-        m_texts.resize(count);
-        for (qsizetype i = 0; i < count; ++i) {
-            m_messageTexts[i] = m_q.GetErrorMessage(m_options.languages[i], responseId);
-            m_texts[i] = &m_messageTexts[i];
-        }
-    } else {
-        m_columns.Read(row.texts, m_texts);
-    }
-    const bool anyEmpty =
-        std::any_of(m_texts.begin(), m_texts.end(), [](const QString* t) { return t->isEmpty(); });
-    // A row is translated when no exported language is empty, the reference included.
-    if (m_options.excludeTranslated && !anyEmpty)
-        return false;
-    if (m_options.excludeDuplicates) {
-        const QString& reference = count > 0 ? *m_texts.front() : m_empty;
-        if (m_seenReferences.contains(reference))
-            return false;
-        m_seenReferences.insert(reference);
-    }
-    out.Append(QString::number(questionId));
+    out.Append(QString::number(row.questionId));
     out.Append(u'\t');
-    out.Append(QString::number(responseId));
-    for (qsizetype i = 0; i < count; ++i) {
+    out.Append(QString::number(row.responseId));
+    const std::vector<const QString*>& texts = *row.texts;
+    for (size_t i = 0; i < texts.size(); ++i) {
         out.Append(u'\t');
-        WriteCaptionCell(out, *m_texts[i], i == 0, questionId, responseId);
+        WriteCaptionCell(out, *texts[i], i == 0, row.questionId, row.responseId);
     }
     if (m_options.showShortcuts) {
         m_cell.clear();
