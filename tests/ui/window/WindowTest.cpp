@@ -1,6 +1,7 @@
 #include "app/AppContext.h"
 #include "common/PostgresServer.h"
 #include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
 #include "dictionary/Dictionary.h"
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/formats/XmlFile.h"
@@ -19,7 +20,6 @@
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QDialogButtonBox>
-#include <QHeaderView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -30,12 +30,11 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
-#include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolBar>
 
+#include <functional>
 #include <memory>
 
 using testutil::kEnglish;
@@ -80,43 +79,94 @@ private:
     QTimer m_timer;
 };
 
-// Fills in the next dialog of type T that opens, as a user would, and presses OK.
-template <typename T> void WhenOpen(const QString& path) {
+// The texts of the message boxes that `act` brings up, each answered with `button`.
+QStringList Boxes(const std::function<void()>& act,
+                  QMessageBox::StandardButton button = QMessageBox::Ok) {
+    BoxAnswerer answerer(button);
+    act();
+    return answerer.texts;
+}
+
+// Types `text` into the path field of the next dialog of type T that opens (the only field of
+// an input dialog), as a user would, and presses OK.
+template <typename T> void WhenOpen(const QString& text) {
     auto* timer = new QTimer;
     timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, timer, [timer, path] {
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, text] {
         auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
         if (!dialog)
             return;
         timer->stop();
         timer->deleteLater();
         auto* edit = dialog->template findChild<QLineEdit*>(QStringLiteral("path"));
-        edit->clear();
-        QTest::keyClicks(edit, path);
+        if (!edit)
+            edit = dialog->template findChild<QLineEdit*>();
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
         auto* buttons = dialog->template findChild<QDialogButtonBox*>();
         QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
     });
     timer->start();
 }
 
-// Types `text` into the next input dialog that opens and presses OK.
-void WhenAsked(const QString& text) {
-    auto* timer = new QTimer;
-    timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, timer, [timer, text] {
-        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        timer->stop();
-        timer->deleteLater();
-        auto* edit = dialog->findChild<QLineEdit*>();
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-        QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
-                          Qt::LeftButton);
-    });
-    timer->start();
+// One table row per test row, by its index.
+template <class Row, size_t N> void AddRows(const Row (&rows)[N]) {
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i)
+        QTest::newRow(rows[i].name) << int(i);
 }
+
+// A text typed over a cell, then Enter; an empty text clears the cell with Delete.
+// "<standard>" is the standard text of system message 3.
+struct WriteBack {
+    const char* name;
+    qint32 questionId, responseId;
+    int column;
+    const char* typed;
+    qint32 language;
+    const char* stored;
+    bool modified;
+};
+
+const WriteBack kWriteBacks[] = {
+    {"first column refuses empty", 10, -1, 0, "", kEnglish, "How satisfied are you?", false},
+    {"other column may be emptied", 10, -1, 1, "", kFrench, "", true},
+    {"escapes undone", 10, 1, 2, "a\\nb\\\\n", kGerman, "a\nb\\\n", true},
+    {"case alone is a change", 10, 1, 0, "very", kEnglish, "very", true},
+    {"routing message", -2, 5, 1, "Saut", kFrench, "Saut", true},
+    {"system message back to standard", -1, 3, 0, "<standard>", kEnglish, "<standard>", true},
+    {"system message emptied", -1, 3, 0, "", kEnglish, "<standard>", true},
+};
+
+// An edit of the cell holding "Very": how it begins, then "Z" typed, then how it ends.
+struct EditKeys {
+    const char* name;
+    Qt::Key start;       // Qt::Key_unknown: a click on the current cell
+    QKeyCombination end; // Qt::Key_unknown: the grid takes the focus back
+    bool thenEnter;      // the end key leaves the editor open, Enter closes it
+    const char* stored;
+    int rowMove, columnMove;
+};
+
+const Qt::Key kClick = Qt::Key_unknown;
+const EditKeys kEditKeys[] = {
+    {"enter, caret at end", Qt::Key_Return, Qt::Key_Return, false, "VeryZ", 0, 0},
+    {"click on the current cell", kClick, Qt::Key_Return, false, "VeryZ", 0, 0},
+    {"backspace deletes the last", Qt::Key_Backspace, Qt::Key_Return, false, "VerZ", 0, 0},
+    {"space selects all", Qt::Key_Space, Qt::Key_Return, false, "Z", 0, 0},
+    {"a character replaces", Qt::Key_X, Qt::Key_Return, false, "xZ", 0, 0},
+    {"escape puts the text back", Qt::Key_X, Qt::Key_Escape, false, "Very", 0, 0},
+    {"tab keeps and moves on", Qt::Key_Return, Qt::Key_Tab, false, "VeryZ", 0, 1},
+    {"focus loss keeps", Qt::Key_Return, Qt::Key_unknown, false, "VeryZ", 0, 0},
+    {"arrow ends an edit begun by a key", Qt::Key_X, Qt::Key_Down, false, "xZ", 1, 0},
+    {"arrow after a click moves the caret", kClick, Qt::Key_Down, true, "VeryZ", 0, 0},
+    {"ctrl+arrow ends any edit", kClick, Qt::ControlModifier | Qt::Key_Down, false, "VeryZ", 1, 0},
+};
+
+const QStringList kQuestionnaireMenus = {"&File", "&Edit", "&View", "&Window", "&Help"};
+const QStringList kEmptyMenus = {"&File", "&View", "&Help"};
+const QString kSaveDictionary = "Dictionary has been modified. Do you want to save?";
+const QString kOneEntryAdded = "1 entrie(s) have been added to the dictionary";
 
 } // namespace
 
@@ -133,6 +183,8 @@ private:
     ui::CaptionGrid& Grid() { return View().Grid(); }
     questionnaire::CaptionTable& Table() { return View().Document().Captions(); }
     CQuestionnaire& Q() { return *View().Document().Document().Questionnaire(); }
+    bool Modified() { return View().Document().IsModified(); }
+    void Trigger(const char* command) { m_window->Action(command)->trigger(); }
     int RowOf(qint32 questionId, qint32 responseId) {
         for (qsizetype row = 0; row < Table().RowCount(); ++row)
             if (Table().QuestionId(row) == questionId && Table().ResponseId(row) == responseId)
@@ -150,18 +202,48 @@ private:
         QTest::mouseClick(Grid().viewport(), Qt::LeftButton, modifiers,
                           Grid().visualRect(index).center());
     }
+    // Clicks `first`, then `last` with `modifiers`: a block with Shift, two cells with Control.
+    void Select(const QModelIndex& first, const QModelIndex& last,
+                Qt::KeyboardModifiers modifiers) {
+        ClickCell(first);
+        ClickCell(last, modifiers);
+    }
     QLineEdit* Editor() { return Grid().findChild<QLineEdit*>(); }
-    // Typing into the current cell: the first key opens the editor, which has the focus after.
-    void Type(const QString& text) {
+    // Types into the current cell and presses Enter: the first key opens the editor.
+    void Enter(const QString& text) {
         QTest::keyClicks(&Grid(), text.left(1));
         QVERIFY(Editor());
         QTest::keyClicks(Editor(), text.mid(1));
+        QTest::keyClick(Editor(), Qt::Key_Return);
     }
     QStringList MenuTitles() {
         QStringList titles;
         for (QAction* action : m_window->menuBar()->actions())
             titles.append(action->text());
         return titles;
+    }
+    void SaveDictionary(const QList<CDicEntry::Texts>& entries) {
+        CDictionary dictionary;
+        for (const CDicEntry::Texts& texts : entries)
+            dictionary.AddEntry(texts);
+        util::NoMessages silent;
+        QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
+    }
+    // The live entries of the saved dictionary, each its texts by language id joined by "|".
+    QStringList SavedDictionary() {
+        CDictionary saved;
+        util::NoMessages silent;
+        if (!saved.Load(m_context->dictionaryPath, silent))
+            return {QStringLiteral("not loaded")};
+        QStringList entries;
+        for (int i = 0; i < saved.GetEntryCount(); ++i) {
+            QStringList texts;
+            for (const auto& [language, text] : saved.GetEntry(i).m_texts)
+                texts.append(text);
+            if (!saved.GetEntry(i).m_deleted)
+                entries.append(texts.join(QLatin1Char('|')));
+        }
+        return entries;
     }
 
 private Q_SLOTS:
@@ -203,166 +285,76 @@ private Q_SLOTS:
         QCOMPARE(Cell(10, -3, 0).data().toString(), QStringLiteral("Read out\\nthe scale"));
     }
 
-    // Every rule of writing back, through the grid as a user types: the text is typed over the
-    // cell, then Enter.
-    void writeBack_data() {
-        QTest::addColumn<int>("questionId");
-        QTest::addColumn<int>("responseId");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("typed"); // empty: the cell is cleared with Delete
-        QTest::addColumn<qint32>("language");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<bool>("modified");
-        QTest::newRow("first column refuses empty")
-            << 10 << -1 << 0 << QString() << kEnglish << QStringLiteral("How satisfied are you?")
-            << false;
-        QTest::newRow("other column may be emptied")
-            << 10 << -1 << 1 << QString() << kFrench << QString() << true;
-        QTest::newRow("escapes undone") << 10 << 1 << 2 << QStringLiteral("a\\nb\\\\n") << kGerman
-                                        << QStringLiteral("a\nb\\\n") << true;
-        QTest::newRow("case alone is a change")
-            << 10 << 1 << 0 << QStringLiteral("very") << kEnglish << QStringLiteral("very") << true;
-        QTest::newRow("routing message")
-            << -2 << 5 << 1 << QStringLiteral("Saut") << kFrench << QStringLiteral("Saut") << true;
-        QTest::newRow("system message back to standard")
-            << -1 << 3 << 0 << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << kEnglish
-            << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << true;
-        QTest::newRow("system message emptied")
-            << -1 << 3 << 0 << QString() << kEnglish
-            << CQuestionnaire::GetStandardErrorMessage(kEnglish, 3) << true;
-    }
+    // Every rule of writing back, through the grid as a user types.
+    void writeBack_data() { AddRows(kWriteBacks); }
     void writeBack() {
-        QFETCH(int, questionId);
-        QFETCH(int, responseId);
-        QFETCH(int, column);
-        QFETCH(QString, typed);
-        QFETCH(qint32, language);
-        QFETCH(QString, stored);
-        QFETCH(bool, modified);
-        const QModelIndex index = Cell(questionId, responseId, column);
+        QFETCH(int, row);
+        const WriteBack& c = kWriteBacks[row];
+        const QString standard = CQuestionnaire::GetStandardErrorMessage(kEnglish, 3);
+        const auto text = [&](const char* t) {
+            return QString::fromUtf8(t).replace(QStringLiteral("<standard>"), standard);
+        };
+        const QModelIndex index = Cell(c.questionId, c.responseId, c.column);
         QVERIFY(index.isValid());
         ClickCell(index);
-        if (typed.isEmpty()) {
+        if (*c.typed)
+            Enter(text(c.typed));
+        else
             QTest::keyClick(&Grid(), Qt::Key_Delete);
-        } else {
-            Type(typed);
-            QTest::keyClick(Editor(), Qt::Key_Return);
-        }
-        QCOMPARE(Stored(questionId, responseId, language), stored);
-        QCOMPARE(View().Document().IsModified(), modified);
+        QCOMPARE(Stored(c.questionId, c.responseId, c.language), text(c.stored));
+        QCOMPARE(Modified(), c.modified);
         // The cell shows what the questionnaire holds, escaped: a refused edit is undone.
-        QCOMPARE(index.data().toString(), Table().Text(index.row(), column));
-        if (questionId == -1) // a system message back to its standard text is no longer custom
-            QVERIFY(Q().GetCustomErrorMessages(responseId).Get(language).isEmpty());
+        QCOMPARE(index.data().toString(), Table().Text(index.row(), c.column));
+        if (c.questionId == -1) // a system message back to its standard text is no longer custom
+            QVERIFY(Q().GetCustomErrorMessages(c.responseId).Get(c.language).isEmpty());
     }
 
     // How each key or click opens an edit, and how each key ends it.
-    void editKeys_data() {
-        QTest::addColumn<QString>("start");
-        QTest::addColumn<QString>("end");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<int>("rowMove");
-        QTest::addColumn<int>("columnMove");
-        // The cell holds "Very"; "Z" is typed once the editor is open.
-        QTest::newRow("enter, caret at end") << "enter"
-                                             << "enter"
-                                             << "VeryZ" << 0 << 0;
-        QTest::newRow("click on the current cell") << "click"
-                                                   << "enter"
-                                                   << "VeryZ" << 0 << 0;
-        QTest::newRow("backspace deletes the last") << "backspace"
-                                                    << "enter"
-                                                    << "VerZ" << 0 << 0;
-        QTest::newRow("space selects all") << "space"
-                                           << "enter"
-                                           << "Z" << 0 << 0;
-        QTest::newRow("a character replaces") << "x"
-                                              << "enter"
-                                              << "xZ" << 0 << 0;
-        QTest::newRow("escape puts the text back") << "x"
-                                                   << "escape"
-                                                   << "Very" << 0 << 0;
-        QTest::newRow("tab keeps and moves on") << "enter"
-                                                << "tab"
-                                                << "VeryZ" << 0 << 1;
-        QTest::newRow("focus loss keeps") << "enter"
-                                          << "focus"
-                                          << "VeryZ" << 0 << 0;
-        QTest::newRow("arrow ends an edit begun by a key") << "x"
-                                                           << "down"
-                                                           << "xZ" << 1 << 0;
-        // After a click the arrow moves the caret: the edit goes on until Enter.
-        QTest::newRow("arrow after a click moves the caret") << "click"
-                                                             << "down-enter"
-                                                             << "VeryZ" << 0 << 0;
-        QTest::newRow("ctrl+arrow ends any edit") << "click"
-                                                  << "ctrl-down"
-                                                  << "VeryZ" << 1 << 0;
-    }
+    void editKeys_data() { AddRows(kEditKeys); }
     void editKeys() {
-        QFETCH(QString, start);
-        QFETCH(QString, end);
-        QFETCH(QString, stored);
-        QFETCH(int, rowMove);
-        QFETCH(int, columnMove);
+        QFETCH(int, row);
+        const EditKeys& c = kEditKeys[row];
         const QModelIndex index = Cell(10, 1, 0);
         ClickCell(index);
-        if (start == QLatin1String("enter"))
-            QTest::keyClick(&Grid(), Qt::Key_Return);
-        else if (start == QLatin1String("click"))
+        if (c.start == kClick)
             ClickCell(index);
-        else if (start == QLatin1String("backspace"))
-            QTest::keyClick(&Grid(), Qt::Key_Backspace);
-        else if (start == QLatin1String("space"))
-            QTest::keyClick(&Grid(), Qt::Key_Space);
         else
-            QTest::keyClicks(&Grid(), start);
-        QLineEdit* editor = Editor();
-        QVERIFY(editor);
-        QTest::keyClicks(editor, QStringLiteral("Z"));
-        if (end == QLatin1String("enter"))
-            QTest::keyClick(editor, Qt::Key_Return);
-        else if (end == QLatin1String("escape"))
-            QTest::keyClick(editor, Qt::Key_Escape);
-        else if (end == QLatin1String("tab"))
-            QTest::keyClick(editor, Qt::Key_Tab);
-        else if (end == QLatin1String("down"))
-            QTest::keyClick(editor, Qt::Key_Down);
-        else if (end == QLatin1String("ctrl-down"))
-            QTest::keyClick(editor, Qt::Key_Down, Qt::ControlModifier);
-        else if (end == QLatin1String("down-enter")) {
-            QTest::keyClick(editor, Qt::Key_Down);
-            QVERIFY(Editor()); // still editing
-            QTest::keyClick(Editor(), Qt::Key_Return);
-        } else if (end == QLatin1String("focus")) {
+            QTest::keyClick(&Grid(), c.start);
+        QVERIFY(Editor());
+        QTest::keyClicks(Editor(), QStringLiteral("Z"));
+        if (c.end.key() == Qt::Key_unknown) {
             Grid().setFocus(); // the grid takes the focus back, as a click beside the editor does
             QApplication::processEvents();
+        } else {
+            QTest::keyClick(Editor(), c.end.key(), c.end.keyboardModifiers());
+        }
+        if (c.thenEnter) {
+            QVERIFY(Editor()); // still editing
+            QTest::keyClick(Editor(), Qt::Key_Return);
         }
         QTRY_VERIFY(!Editor());
-        QCOMPARE(Stored(10, 1, kEnglish), stored);
-        QCOMPARE(View().Document().IsModified(), stored != QLatin1String("Very"));
-        QCOMPARE(Grid().currentIndex().row(), index.row() + rowMove);
-        QCOMPARE(Grid().currentIndex().column(), index.column() + columnMove);
+        QCOMPARE(Stored(10, 1, kEnglish), QString::fromUtf8(c.stored));
+        QCOMPARE(Modified(), QString::fromUtf8(c.stored) != QLatin1String("Very"));
+        QCOMPARE(Grid().currentIndex().row(), index.row() + c.rowMove);
+        QCOMPARE(Grid().currentIndex().column(), index.column() + c.columnMove);
     }
 
     // Copy lays out the block by tabs and line feeds, with empty texts for unselected cells in
     // it; cut and paste go cell by cell, and the first column refuses to lose its text.
     void clipboard() {
         const int row = RowOf(10, -1);
-        ClickCell(View().Model().index(row, 0));
-        ClickCell(View().Model().index(row + 1, 1), Qt::ShiftModifier);
+        const auto cell = [&](int r, int column) { return View().Model().index(r, column); };
+        Select(cell(row, 0), cell(row + 1, 1), Qt::ShiftModifier);
         QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(),
                  QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?\nSatisfaction\t"));
         // A cell left out of the selection inside the block copies as empty.
-        ClickCell(View().Model().index(row, 0));
-        ClickCell(View().Model().index(row + 1, 1), Qt::ControlModifier);
+        Select(cell(row, 0), cell(row + 1, 1), Qt::ControlModifier);
         QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("How satisfied are you?\t\n\t"));
 
         // Cut: the French caption goes, the English one of the first column stays.
-        ClickCell(View().Model().index(row, 0));
-        ClickCell(View().Model().index(row, 1), Qt::ShiftModifier);
+        Select(cell(row, 0), cell(row, 1), Qt::ShiftModifier);
         QTest::keyClick(&Grid(), Qt::Key_X, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(),
                  QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?"));
@@ -372,32 +364,28 @@ private Q_SLOTS:
         // Paste from a spreadsheet (CR LF, a last line feed): an empty first-column cell is
         // refused, the others are written.
         QApplication::clipboard()->setText(QStringLiteral("\tQuel\\tplaisir\r\nShort\tCourt\r\n"));
-        ClickCell(View().Model().index(row, 0));
+        ClickCell(cell(row, 0));
         QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ShiftModifier);
         QCOMPARE(Stored(10, -1, kEnglish), QStringLiteral("How satisfied are you?"));
         QCOMPARE(Stored(10, -1, kFrench), QStringLiteral("Quel\tplaisir"));
         QCOMPARE(Stored(10, -2, kEnglish), QStringLiteral("Short"));
         QCOMPARE(Stored(10, -2, kFrench), QStringLiteral("Court"));
-        QVERIFY(View().Document().IsModified());
+        QVERIFY(Modified());
 
         // Text dropped on a cell is pasted there.
-        auto* data = new QMimeData;
-        data->setText(QStringLiteral("Dropped"));
-        const QModelIndex target = View().Model().index(row, 2);
-        const QPoint at = Grid().visualRect(target).center();
-        QDragEnterEvent enter(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QMimeData data;
+        data.setText(QStringLiteral("Dropped"));
+        const QPoint at = Grid().visualRect(cell(row, 2)).center();
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(Grid().viewport(), &enter);
-        QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(Grid().viewport(), &drop);
         QCOMPARE(Stored(10, -1, kGerman), QStringLiteral("Dropped"));
-        delete data;
     }
 
     // The menu bar follows the active child; the commands that need a selection follow it.
     void menusFollowTheChild() {
-        QCOMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&Edit"),
-                                            QStringLiteral("&View"), QStringLiteral("&Window"),
-                                            QStringLiteral("&Help")}));
+        QCOMPARE(MenuTitles(), kQuestionnaireMenus);
         // The toolbar: open, save | cut, copy, paste | print | about.
         QStringList tools;
         for (QAction* action : m_window->findChild<QToolBar*>()->actions())
@@ -411,41 +399,28 @@ private Q_SLOTS:
         QVERIFY(!m_window->Action(ui::strings::kUndo)->isEnabled());
 
         // A second window on the same document: numbered titles, one question at the end.
-        m_window->Action(ui::strings::kNewWindow)->trigger();
-        QCOMPARE(m_window->Area()->subWindowList().size(), 2);
-        QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(),
-                 QStringLiteral("survey.xml:2"));
+        Trigger(ui::strings::kNewWindow);
+        QMdiArea* area = m_window->Area();
+        QCOMPARE(area->subWindowList().size(), 2);
+        QCOMPARE(area->activeSubWindow()->windowTitle(), QStringLiteral("survey.xml:2"));
         ClickCell(Cell(10, 1, 1));
-        Type(QStringLiteral("Tout"));
-        QTest::keyClick(Editor(), Qt::Key_Return);
+        Enter(QStringLiteral("Tout"));
         // The first window shows the edit made in the second.
-        auto* first =
-            qobject_cast<ui::TranslatorView*>(m_window->Area()->subWindowList().front()->widget());
+        auto* first = qobject_cast<ui::TranslatorView*>(area->subWindowList().front()->widget());
         QCOMPARE(first->Model().index(RowOf(10, 1), 1).data().toString(), QStringLiteral("Tout"));
-        {
-            BoxAnswerer none(QMessageBox::Cancel);
-            m_window->Area()->activeSubWindow()->close(); // not the last: no question
-            QTRY_COMPARE(m_window->Area()->subWindowList().size(), 1);
-            QVERIFY(none.texts.isEmpty());
-        }
-        {
-            BoxAnswerer cancel(QMessageBox::Cancel);
-            m_window->Area()->activeSubWindow()->close();
-            QCOMPARE(cancel.texts, QStringList{QStringLiteral("Save changes to survey.xml?")});
-            QCOMPARE(m_window->Area()->subWindowList().size(), 1);
-        }
-        {
-            BoxAnswerer yes(QMessageBox::Yes);
-            m_window->Area()->activeSubWindow()->close();
-            QTRY_COMPARE(m_window->Area()->subWindowList().size(), 0);
-        }
+        // Not the last window: no question.
+        QVERIFY(Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Cancel).isEmpty());
+        QTRY_COMPARE(area->subWindowList().size(), 1);
+        QCOMPARE(Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Cancel),
+                 QStringList{QStringLiteral("Save changes to survey.xml?")});
+        QCOMPARE(area->subWindowList().size(), 1);
+        Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Yes);
+        QTRY_COMPARE(area->subWindowList().size(), 0);
         CQuestionnaire saved;
         QVERIFY(questionnaire::ReadXmlFile(m_path, saved));
         QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), QStringLiteral("Tout"));
-        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View"),
-                                                QStringLiteral("&Help")}));
+        QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         // The file is now the most recent one.
-        QVERIFY(m_window->findChildren<QAction*>().size() > 0);
         QCOMPARE(m_context->recentFiles.Files().value(0), m_path);
         QVERIFY(m_window->OpenFile(m_path));
     }
@@ -453,67 +428,41 @@ private Q_SLOTS:
     // Auto-translate counts each hit it stores, a later source language's over an earlier one;
     // sending rows counts the new entries.
     void dictionaryCommands() {
-        {
-            CDictionary dictionary;
-            dictionary.AddEntry(
-                {{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}});
-            dictionary.AddEntry(
-                {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}});
-            util::NoMessages silent;
-            QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
-        }
-        {
-            BoxAnswerer ok;
-            m_window->Action(ui::strings::kAutoTranslate)->trigger();
-            QCOMPARE(ok.texts, QStringList{QStringLiteral("2 captions have been translated")});
-        }
+        SaveDictionary(
+            {{{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}},
+             {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}}});
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kAutoTranslate); }),
+                 QStringList{QStringLiteral("2 captions have been translated")});
         QCOMPARE(Stored(10, 1, kGerman), QStringLiteral("Sehr viel"));
-        QVERIFY(View().Document().IsModified());
+        QVERIFY(Modified());
         QCOMPARE(Cell(10, 1, 2).data().toString(), QStringLiteral("Sehr viel")); // refilled
 
         // Rows 10/-1 and 10/-2: the first has two languages and is new, the second only one.
-        ClickCell(Cell(10, -1, 0));
-        ClickCell(Cell(10, -2, 0), Qt::ShiftModifier);
-        {
-            BoxAnswerer ok;
-            m_window->Action(ui::strings::kSendToDictionary)->trigger();
-            QCOMPARE(ok.texts,
-                     QStringList{QStringLiteral("1 entrie(s) have been added to the dictionary")});
-        }
-        {
-            BoxAnswerer no(QMessageBox::No);
-            m_window->close();
-            // The dictionary and then the questionnaire are offered for saving.
-            QCOMPARE(no.texts, (QStringList{QStringLiteral("Dictionary has been modified. Do "
-                                                           "you want to save?"),
-                                            QStringLiteral("Save changes to survey.xml?")}));
-        }
-        // "No" left the file as it was: two entries.
-        CDictionary saved;
-        util::NoMessages silent;
-        QVERIFY(saved.Load(m_context->dictionaryPath, silent));
-        QCOMPARE(saved.GetEntryCount(), 2);
+        Select(Cell(10, -1, 0), Cell(10, -2, 0), Qt::ShiftModifier);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
+                 QStringList{kOneEntryAdded});
+        // The dictionary and then the questionnaire are offered for saving.
+        QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::No),
+                 (QStringList{kSaveDictionary, QStringLiteral("Save changes to survey.xml?")}));
+        // "No" left the file as it was.
+        QCOMPARE(SavedDictionary(), (QStringList{"Sehr|Very", "Sehr viel|Très"}));
     }
 
     // The dictionary window: every live entry by language, edits merged into their entry,
     // whole rows deleted after one question, new entries listed after sending, and the save
     // question at exit with its three answers.
     void dictionaryWindow() {
-        {
-            CDictionary dictionary;
-            for (int i = 0; i < 6; ++i)
-                dictionary.AddEntry({{kEnglish, QStringLiteral("e%1").arg(i)},
-                                     {kGerman, QStringLiteral("d%1").arg(i)}});
-            util::NoMessages silent;
-            QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
-        }
+        QList<CDicEntry::Texts> entries;
+        for (int i = 0; i < 6; ++i)
+            entries.append({{kEnglish, QStringLiteral("e%1").arg(i)},
+                            {kGerman, QStringLiteral("d%1").arg(i)}});
+        SaveDictionary(entries);
         QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
-        m_window->Action(ui::strings::kDictionary)->trigger();
+        Trigger(ui::strings::kDictionary);
         ui::DictionaryView* view = m_window->Dictionary();
         QVERIFY(view);
         QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(), QStringLiteral("Dictionary"));
-        QTRY_COMPARE(MenuTitles(), (QStringList{QStringLiteral("&File"), QStringLiteral("&View"),
-                                                QStringLiteral("&Help")}));
+        QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         ui::DictionaryModel& model = view->Model();
         ui::CaptionGrid& grid = view->Grid();
         QCOMPARE(model.rowCount(), 6);
@@ -537,54 +486,29 @@ private Q_SLOTS:
         // Cells in rows 3 and 5 selected: rows 3, 4 and 5 go, after one question.
         click(2, 0);
         click(4, 1, Qt::ControlModifier);
-        {
-            BoxAnswerer no(QMessageBox::No);
-            m_window->Action(ui::strings::kDelete)->trigger();
-            QCOMPARE(no.texts, QStringList{QStringLiteral(
-                                   "Are you sure you want to delete these entrie(s) ?")});
-            QCOMPARE(model.rowCount(), 6);
-        }
-        {
-            BoxAnswerer yes(QMessageBox::Yes);
-            m_window->Action(ui::strings::kDelete)->trigger();
-            QCOMPARE(yes.texts.size(), 1);
-        }
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kDelete); }, QMessageBox::No),
+                 QStringList{QStringLiteral("Are you sure you want to delete these entrie(s) ?")});
+        QCOMPARE(model.rowCount(), 6);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kDelete); }, QMessageBox::Yes).size(), 1);
         QCOMPARE(model.rowCount(), 3);
         QCOMPARE(model.index(2, 1).data().toString(), QStringLiteral("e5"));
 
         // Rows sent from the questionnaire appear in the dictionary window at once.
         m_window->Area()->setActiveSubWindow(questionnaire);
         ClickCell(Cell(10, -1, 0));
-        {
-            BoxAnswerer ok;
-            m_window->Action(ui::strings::kSendToDictionary)->trigger();
-            QCOMPARE(ok.texts,
-                     QStringList{QStringLiteral("1 entrie(s) have been added to the dictionary")});
-        }
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
+                 QStringList{kOneEntryAdded});
         QCOMPARE(model.rowCount(), 4);
 
         // At exit: Cancel keeps the program open, Yes saves the dictionary.
-        {
-            BoxAnswerer cancel(QMessageBox::Cancel);
-            m_window->close();
-            QCOMPARE(cancel.texts, QStringList{QStringLiteral(
-                                       "Dictionary has been modified. Do you want to save?")});
-            QVERIFY(m_window->isVisible());
-            QVERIFY(m_window->Dictionary());
-        }
-        {
-            BoxAnswerer yes(QMessageBox::Yes);
-            m_window->close();
-            QVERIFY(!m_window->isVisible());
-        }
-        CDictionary saved;
-        util::NoMessages silent;
-        QVERIFY(saved.Load(m_context->dictionaryPath, silent));
-        int live = 0;
-        for (int i = 0; i < saved.GetEntryCount(); ++i)
-            live += saved.GetEntry(i).m_deleted ? 0 : 1;
-        QCOMPARE(live, 4);
-        QVERIFY(saved.GetEntry(0).m_texts.at(kGerman) == QStringLiteral("Brot"));
+        QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::Cancel),
+                 QStringList{kSaveDictionary});
+        QVERIFY(m_window->isVisible());
+        QVERIFY(m_window->Dictionary());
+        Boxes([&] { m_window->close(); }, QMessageBox::Yes);
+        QVERIFY(!m_window->isVisible());
+        QCOMPARE(SavedDictionary(), (QStringList{"Brot|e0", "d1|e1", "d5|e5",
+                                                 "How satisfied are you?|Êtes-vous satisfait ?"}));
     }
 
     // The about box: the product and file version, the legal notice, the file's date.
@@ -611,34 +535,23 @@ private Q_SLOTS:
     void exportThenImport() {
         const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
         QFile::remove(file);
-        {
-            BoxAnswerer close(QMessageBox::Close);
-            WhenOpen<ui::ExportDialog>(file);
-            m_window->Action(ui::strings::kExport)->trigger();
-            QCOMPARE(
-                close.texts,
-                QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(file)});
-        }
-        QFile exported(file);
-        QVERIFY(exported.open(QIODevice::ReadOnly));
-        QString text = QString::fromUtf16(
-            reinterpret_cast<const char16_t*>(exported.readAll().constData()) + 1,
-            (exported.size() - 2) / 2);
-        exported.close();
+        WhenOpen<ui::ExportDialog>(file);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
+                 QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(file)});
+        const QByteArray bytes = testutil::ReadAll(file);
+        QVERIFY(bytes.startsWith("\xFF\xFE"));
+        QString text = QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()) + 1,
+                                          (bytes.size() - 2) / 2);
         QVERIFY(text.startsWith(
             QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\t1031(DEU)")));
         QVERIFY(text.contains(QStringLiteral("10\t1\tTrès\tVery")));
-        QVERIFY(!View().Document().IsModified());
+        QVERIFY(!Modified());
 
         // The translator's work, which the "spreadsheet program" below saves over the export.
         text.replace(QStringLiteral("10\t1\tTrès\tVery"),
                      QStringLiteral("10\t1\tExtrêmement\tVery"));
         const QString translated = m_dir.filePath(QStringLiteral("translated.txt"));
-        QFile work(translated);
-        QVERIFY(work.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        work.write("\xFF\xFE");
-        work.write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-        work.close();
+        QVERIFY(testutil::WriteAll(translated, testutil::Utf16Le(text)));
         View().SetEditorCommand({QStringLiteral("sh"), QStringLiteral("-c"),
                                  QStringLiteral("cp \"$0\" \"$1\""), translated});
 
@@ -646,7 +559,7 @@ private Q_SLOTS:
         // window offers to import it, and the import dialog starts from that file.
         BoxAnswerer answers(QMessageBox::Yes, {QStringLiteral("Open for Translation")});
         WhenOpen<ui::ExportDialog>(file);
-        m_window->Action(ui::strings::kExport)->trigger();
+        Trigger(ui::strings::kExport);
         WhenOpen<ui::ImportDialog>(file);
         QTRY_COMPARE(answers.texts.size(), 3);
         QCOMPARE(answers.texts[1],
@@ -654,7 +567,7 @@ private Q_SLOTS:
         QCOMPARE(answers.texts[2], QStringLiteral("1 captions have been modified!"));
         QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
         QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
-        QVERIFY(View().Document().IsModified());
+        QVERIFY(Modified());
     }
 
     // A questionnaire saved to a campaign on a server becomes that campaign; opened from the
@@ -666,29 +579,24 @@ private Q_SLOTS:
         QVERIFY(!uri.isEmpty());
         const QVariant language = View().Model().headerData(1, Qt::Horizontal);
         ClickCell(Cell(10, 1, 1));
-        Type(QStringLiteral("Sehr"));
-        QTest::keyClick(Editor(), Qt::Key_Return);
-        QVERIFY(View().Document().IsModified());
-        {
-            BoxAnswerer refusal;
-            WhenAsked(QStringLiteral("/tmp/not-a-server.qew"));
-            m_window->Action(ui::strings::kSaveServer)->trigger();
-            QCOMPARE(refusal.texts, QStringList{QStringLiteral(
-                                        "'/tmp/not-a-server.qew' is not a server location: it "
-                                        "begins with postgresql://.")});
-            QCOMPARE(View().Document().Document().Path(), m_path);
-        }
-        WhenAsked(uri);
-        m_window->Action(ui::strings::kSaveServer)->trigger();
+        Enter(QStringLiteral("Sehr"));
+        QVERIFY(Modified());
+        WhenOpen<QInputDialog>(QStringLiteral("/tmp/not-a-server.qew"));
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSaveServer); }),
+                 QStringList{QStringLiteral("'/tmp/not-a-server.qew' is not a server location: it "
+                                            "begins with postgresql://.")});
+        QCOMPARE(View().Document().Document().Path(), m_path);
+        WhenOpen<QInputDialog>(uri);
+        Trigger(ui::strings::kSaveServer);
         QCOMPARE(View().Document().Document().Path(), uri);
-        QVERIFY(!View().Document().IsModified());
+        QVERIFY(!Modified());
         QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [%1]").arg(uri));
         QCOMPARE(m_context->recentFiles.Files().value(0), uri);
 
-        m_window->Action(ui::strings::kClose)->trigger();
+        Trigger(ui::strings::kClose);
         QVERIFY(!m_window->ActiveView());
-        WhenAsked(uri);
-        m_window->Action(ui::strings::kOpenServer)->trigger();
+        WhenOpen<QInputDialog>(uri);
+        Trigger(ui::strings::kOpenServer);
         QVERIFY(m_window->ActiveView());
         QCOMPARE(View().Document().Document().Path(), uri);
         int column = 0; // a campaign has its own order of languages
