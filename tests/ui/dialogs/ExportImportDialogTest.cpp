@@ -6,8 +6,6 @@
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/dialogs/VersionComboBox.h"
 
-#include <algorithm>
-
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -70,6 +68,7 @@ QCheckBox* Box(QWidget& dialog, const QString& text) {
 
 // Clicks a check box on its label: a box wider than its text takes no click at its centre.
 void ClickBox(QCheckBox* box) {
+    QVERIFY(box);
     QTest::mouseClick(box, Qt::LeftButton, {},
                       QPoint(box->sizeHint().width() / 2, box->height() / 2));
 }
@@ -115,15 +114,23 @@ void ToggleVersion(ui::VersionComboBox& combo, int item, bool byKey) {
     }
 }
 
-QList<int> CheckedItems(const ui::VersionComboBox& combo) {
+// "1,2": lists compared as text, which also shows them when they differ.
+template <class T> QString Joined(const QList<T>& list) {
+    QStringList texts;
+    for (const T value : list)
+        texts.append(QString::number(value));
+    return texts.join(QLatin1Char(','));
+}
+
+QString CheckedItems(const ui::VersionComboBox& combo) {
     QList<int> items;
     for (int i = 0; i < combo.count(); ++i)
         if (combo.IsChecked(i))
             items.append(i);
-    return items;
+    return Joined(items);
 }
 
-template <class Dialog> void BrowseIn(Dialog& dialog) {
+template <class Dialog> void BrowseIn(Dialog&& dialog) {
     Show(dialog);
     QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "a.txt");
     QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
@@ -139,27 +146,25 @@ template <class Dialog> void BrowseIn(Dialog& dialog) {
 class ExportImportDialogTest : public QObject {
     Q_OBJECT
 
+    const CQuestionnaire m_q = MakeSample();
+
 private Q_SLOTS:
     // A popup ignores releases for a double-click interval after it opens; kept short so that
     // the version tests can wait it out and see the popup stay open on its own merits.
     void initTestCase() { QGuiApplication::styleHints()->setMouseDoubleClickInterval(20); }
 
     void exportDefaults() {
-        const CQuestionnaire q = MakeSample();
-        TestExportDialog dialog(q);
+        TestExportDialog dialog(m_q);
         Show(dialog);
         QCOMPARE(dialog.windowTitle(), "Export languages you want to export");
         QVERIFY(dialog.Path().isEmpty());
-        for (const QString& text : kExportBoxes)
-            QVERIFY2(Box(dialog, text) && !Box(dialog, text)->isChecked(), qPrintable(text));
         QCOMPARE(Flags(dialog.Options()), QList<bool>(kExportBoxes.size(), false));
         auto* list = Child<QTreeWidget>(dialog, "languages");
         QCOMPARE(Abbreviations(list), QStringList({"FRA", "ENU", "DEU"}));
-        QCOMPARE(list->topLevelItem(1)->text(1), q.GetLanguage(1).m_name);
-        QCOMPARE(list->headerItem()->text(0), "Abbreviation");
-        QCOMPARE(list->headerItem()->text(1), "Language");
-        QCOMPARE(list->columnWidth(0), 100);
-        QCOMPARE(list->columnWidth(1), 200);
+        QCOMPARE(list->topLevelItem(1)->text(1), m_q.GetLanguage(1).m_name);
+        QCOMPARE(list->headerItem()->text(0) + "|" + list->headerItem()->text(1),
+                 "Abbreviation|Language");
+        QCOMPARE(QList<int>({list->columnWidth(0), list->columnWidth(1)}), QList<int>({100, 200}));
         QCOMPARE(Child<ui::VersionComboBox>(dialog, "versions")->DisplayText(), "All versions");
         QVERIFY(!Child<QToolButton>(dialog, "moveUp")->icon().isNull());
     }
@@ -184,8 +189,7 @@ private Q_SLOTS:
         QFETCH(QString, path);
         QFETCH(QList<int>, unchecked);
         QFETCH(QString, message);
-        const CQuestionnaire q = MakeSample();
-        TestExportDialog dialog(q);
+        TestExportDialog dialog(m_q);
         Show(dialog);
         QTest::keyClicks(Child<QLineEdit>(dialog, "path"), path);
         for (int row : unchecked)
@@ -218,8 +222,7 @@ private Q_SLOTS:
         QFETCH(bool, up);
         QFETCH(QStringList, order);
         QFETCH(int, selected);
-        const CQuestionnaire q = MakeSample();
-        TestExportDialog dialog(q);
+        TestExportDialog dialog(m_q);
         Show(dialog);
         auto* list = Child<QTreeWidget>(dialog, "languages");
         const QString moved = row < 0 ? QString() : list->topLevelItem(row)->text(0);
@@ -247,8 +250,7 @@ private Q_SLOTS:
     // Each box sets its own option and no other; the version list hands over its choice.
     void exportOptions() {
         QFETCH(int, box);
-        const CQuestionnaire q = MakeSample();
-        TestExportDialog dialog(q);
+        TestExportDialog dialog(m_q);
         Show(dialog);
         QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "out.txt");
         ClickBox(Box(dialog, kExportBoxes[box]));
@@ -266,49 +268,39 @@ private Q_SLOTS:
 
     // "..." starts from the typed path and replaces it unless cancelled.
     void browse() {
-        const CQuestionnaire q = MakeSample();
-        TestExportDialog exportDialog(q);
-        TestImportDialog importDialog(q);
-        BrowseIn(exportDialog);
-        BrowseIn(importDialog);
+        BrowseIn(TestExportDialog(m_q));
+        BrowseIn(TestImportDialog(m_q));
     }
 
+    // Versions 1 and 2 are "Web" and "Phone"; item 0 is "All versions". Lists as in Joined.
     void versionRules_data() {
         QTest::addColumn<QList<qint32>>("preselected");
         QTest::addColumn<QList<int>>("toggles");
         QTest::addColumn<bool>("byKey");
-        QTest::addColumn<QList<int>>("checked");
-        QTest::addColumn<QList<qint32>>("chosen");
+        QTest::addColumn<QString>("checked");
+        QTest::addColumn<QString>("chosen"); // empty: all versions
         QTest::addColumn<QString>("text");
-        const QList<qint32> all;
-        QTest::newRow("opened") << all << QList<int>{} << false << QList<int>{0} << all
-                                << "All versions";
-        QTest::newRow("preselected") << QList<qint32>{2} << QList<int>{} << false << QList<int>{2}
-                                     << QList<qint32>{2} << "Phone";
-        QTest::newRow("unknown preselected")
-            << QList<qint32>{99} << QList<int>{} << false << QList<int>{0} << all << "All versions";
-        QTest::newRow("a version clears all")
-            << all << QList<int>{2} << false << QList<int>{2} << QList<qint32>{2} << "Phone";
-        QTest::newRow("by space bar")
-            << all << QList<int>{1} << true << QList<int>{1} << QList<qint32>{1} << "Web";
-        QTest::newRow("every version")
-            << all << QList<int>{2, 1} << false << QList<int>{1, 2} << all << "Web; Phone";
-        QTest::newRow("all clears versions") << QList<qint32>{1, 2} << QList<int>{0} << true
-                                             << QList<int>{0} << all << "All versions";
-        QTest::newRow("all unchecked")
-            << all << QList<int>{0} << false << QList<int>{} << all << QString();
-        QTest::newRow("version unchecked")
-            << QList<qint32>{1} << QList<int>{1} << true << QList<int>{} << all << QString();
+        using L = QList<int>;
+        // clang-format off
+        QTest::newRow("opened") << L{} << L{} << false << "0" << "" << "All versions";
+        QTest::newRow("preselected") << L{2} << L{} << false << "2" << "2" << "Phone";
+        QTest::newRow("unknown preselected") << L{99} << L{} << false << "0" << "" << "All versions";
+        QTest::newRow("a version clears all") << L{} << L{2} << false << "2" << "2" << "Phone";
+        QTest::newRow("by space bar") << L{} << L{1} << true << "1" << "1" << "Web";
+        QTest::newRow("every version") << L{} << L{2, 1} << false << "1,2" << "" << "Web; Phone";
+        QTest::newRow("all clears versions") << L{1, 2} << L{0} << true << "0" << "" << "All versions";
+        QTest::newRow("all unchecked") << L{} << L{0} << false << "" << "" << "";
+        QTest::newRow("version unchecked") << L{1} << L{1} << true << "" << "" << "";
+        // clang-format on
     }
 
     void versionRules() {
         QFETCH(QList<qint32>, preselected);
         QFETCH(QList<int>, toggles);
         QFETCH(bool, byKey);
-        const CQuestionnaire q = MakeSample();
         ui::VersionComboBox combo;
-        combo.Fill(q, {1});
-        combo.Fill(q, preselected); // a second fill starts afresh
+        combo.Fill(m_q, {1});
+        combo.Fill(m_q, preselected); // a second fill starts afresh
         Show(combo);
         combo.showPopup();
         QTest::qWait(40);
@@ -316,15 +308,8 @@ private Q_SLOTS:
             ToggleVersion(combo, item, byKey);
             QVERIFY(combo.view()->isVisible());
         }
-        // Element by element: Qt's list comparison hands null pointers to memcmp for empty lists.
-        QFETCH(QList<int>, checked);
-        QFETCH(QList<qint32>, chosen);
-        const QList<int> checkedNow = CheckedItems(combo);
-        const QList<qint32> chosenNow = combo.ChosenVersions(q);
-        QCOMPARE(checkedNow.size(), checked.size());
-        QVERIFY(std::equal(checked.begin(), checked.end(), checkedNow.begin()));
-        QCOMPARE(chosenNow.size(), chosen.size());
-        QVERIFY(std::equal(chosen.begin(), chosen.end(), chosenNow.begin()));
+        QTEST(CheckedItems(combo), "checked");
+        QTEST(Joined(combo.ChosenVersions(m_q)), "chosen");
         QTEST(combo.DisplayText(), "text");
         QTest::keyClick(combo.view(), Qt::Key_Escape);
         QTRY_VERIFY(!combo.view()->isVisible());
@@ -334,7 +319,7 @@ private Q_SLOTS:
         ui::VersionComboBox combo;
         combo.Fill(CQuestionnaire(), {1});
         QCOMPARE(combo.count(), 1);
-        QCOMPARE(CheckedItems(combo), QList<int>{0});
+        QCOMPARE(CheckedItems(combo), "0");
         QVERIFY(combo.ChosenVersions(CQuestionnaire()).isEmpty());
     }
 
@@ -360,16 +345,15 @@ private Q_SLOTS:
     }
 
     void importDefaults() {
-        const CQuestionnaire q = MakeSample();
-        TestImportDialog dialog(q);
+        TestImportDialog dialog(m_q);
         Show(dialog);
         QCOMPARE(dialog.windowTitle(), "Import file");
         QVERIFY(dialog.Path().isEmpty());
         QVERIFY(!dialog.OnlyUnchanged() && !dialog.CopyIdentical());
         auto* reference = Child<QComboBox>(dialog, "reference");
         QCOMPARE(reference->count(), 3);
-        QCOMPARE(reference->itemText(0), "FRA - " + q.GetLanguage(0).m_name);
-        QCOMPARE(reference->currentText(), "ENU - " + q.GetLanguage(1).m_name);
+        QCOMPARE(reference->itemText(0), "FRA - " + m_q.GetLanguage(0).m_name);
+        QCOMPARE(reference->currentText(), "ENU - " + m_q.GetLanguage(1).m_name);
         QVERIFY(!reference->isEnabled());
         QCOMPARE(dialog.ReferenceLanguage(), kEnglish);
         ClickOk(dialog);
@@ -392,8 +376,7 @@ private Q_SLOTS:
     void importOptions() {
         QFETCH(bool, onlyUnchanged);
         QFETCH(bool, copyIdentical);
-        const CQuestionnaire q = MakeSample();
-        TestImportDialog dialog(q);
+        TestImportDialog dialog(m_q);
         Show(dialog);
         auto* reference = Child<QComboBox>(dialog, "reference");
         QCheckBox* only = Box(dialog, "Only import unchanged captions since the export");
