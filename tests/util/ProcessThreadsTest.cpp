@@ -48,15 +48,12 @@ private:
     static inline QStringList s_lines;
 };
 
-bool ThreadEnded(qint64 tid) {
-    return !QFileInfo::exists(QStringLiteral("/proc/self/task/%1").arg(tid));
-}
-
 // Without handling events, so that nothing posted meanwhile is delivered.
 bool WaitForThreadEnd(qint64 tid) {
-    for (int i = 0; i < 3000 && !ThreadEnded(tid); ++i)
+    const QString task = QStringLiteral("/proc/self/task/%1").arg(tid);
+    for (int i = 0; i < 3000 && QFileInfo::exists(task); ++i)
         QThread::msleep(10);
-    return tid > 0 && ThreadEnded(tid);
+    return tid > 0 && !QFileInfo::exists(task);
 }
 
 bool MakeScript(const QString& path, const QString& body) {
