@@ -10,12 +10,15 @@
 #include "dictionary/Strings.h"
 #include "exchange/ExportFile.h"
 #include "exchange/ImportFile.h"
+#include "exchange/XliffFile.h"
+#include "dictionary/TmxFile.h"
 #include "questionnaire/CaptionTable.h"
 #include "questionnaire/LanguageList.h"
 #include "questionnaire/StaticTools.h"
 #include "util/Messages.h"
 #include "util/SqlConnection.h"
 
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace app {
@@ -81,6 +84,8 @@ void SetKey(BatchOptions& o, const QString& key, const QString& value) {
         o.headers = value;
     } else if (is("dictionary")) {
         o.dictionary = value;
+    } else if (is("xliff")) {
+        o.xliff = value;
     }
 }
 
@@ -110,6 +115,13 @@ public:
     qint32 AutoTranslate();
     qint32 SendDictionary();
     qint32 SaveAs();
+    // FILE is a dictionary: its entries go to a TMX file, or a TMX file's units come into it.
+    bool OnDictionary() const {
+        return m_o.file.endsWith(QLatin1String(".dic"), Qt::CaseInsensitive) &&
+               dictionary::IsTmxPath(m_o.path);
+    }
+    qint32 ExportMemory();
+    qint32 ImportMemory();
 
 private:
     // Standard error tells a script why; nothing waits for an answer.
@@ -139,6 +151,13 @@ private:
 };
 
 qint32 Batch::Export() {
+    if (OnDictionary())
+        return ExportMemory();
+    exchange::XliffVersion xliff = exchange::XliffVersion::V12;
+    if (!m_o.xliff.isEmpty() && !exchange::ParseXliffVersion(m_o.xliff, xliff)) {
+        m_messages.Error(Tr(strings::kUnknownXliffVersion).arg(m_o.xliff));
+        return kExportDone;
+    }
     if (!Load())
         return kCannotLoad;
     const CQuestionnaire& q = *m_document.Questionnaire();
@@ -152,6 +171,16 @@ qint32 Batch::Export() {
                                                 : questionnaire::ParseLanguageList(m_o.languages);
     options.headers = m_o.headers;
     exchange::ExportReport report;
+    if (exchange::IsXliffPath(m_o.path)) {
+        // Unlike the tab-separated export, the XLIFF export tells whether it wrote its files.
+        const bool written = exchange::ExportXliff(m_o.path, q, options, xliff, Captions().Rows(),
+                                                   m_messages, &report, m_progress);
+        if (written)
+            m_out << "exported " << report.rows << " units to "
+                  << exchange::XliffExportPaths(m_o.path, q, options).join(QStringLiteral(", "))
+                  << '\n';
+        return written ? 0 : kExportDone;
+    }
     const bool ok = exchange::ExportStringsForTranslation(m_o.path, q, options, Captions().Rows(),
                                                           m_messages, &report, m_progress);
     if (report.written)
@@ -161,6 +190,8 @@ qint32 Batch::Export() {
 }
 
 qint32 Batch::Translate() {
+    if (OnDictionary())
+        return ImportMemory();
     if (!Load())
         return kCannotLoad;
     CQuestionnaire& q = *m_document.Questionnaire();
@@ -175,8 +206,11 @@ qint32 Batch::Translate() {
     exchange::ImportReport report;
     // The import is silent in batch work: its result code says what happened.
     util::NoMessages silent;
-    const qint32 result = exchange::ImportTranslatedFile(q, m_o.path, options, Captions().Rows(),
-                                                         silent, &report, m_progress);
+    const qint32 result =
+        exchange::IsXliffPath(m_o.path)
+            ? exchange::ImportXliff(q, m_o.path, options, Captions().Rows(), silent, &report)
+            : exchange::ImportTranslatedFile(q, m_o.path, options, Captions().Rows(), silent,
+                                             &report, m_progress);
     if (result >= 0)
         m_out << "imported " << result << " captions, " << report.rejectedRows
               << " rows changed since the export"
@@ -253,6 +287,40 @@ qint32 Batch::SendDictionary() {
         return kCannotSaveDictionary;
     }
     return added;
+}
+
+qint32 Batch::ExportMemory() {
+    CDictionary dictionary;
+    if (!dictionary.Load(m_o.file, m_messages, m_progress))
+        return kCannotLoad;
+    qint64 units = 0;
+    if (!dictionary::ExportTmx(m_o.path, dictionary, m_messages, &units))
+        return kExportDone;
+    m_out << "exported " << units << " entries to " << m_o.path << '\n';
+    return 0;
+}
+
+qint32 Batch::ImportMemory() {
+    CDictionary dictionary;
+    // A missing file is an empty dictionary, which the memory fills.
+    if (QFileInfo::exists(m_o.file) && !dictionary.Load(m_o.file, m_messages, m_progress))
+        return kCannotLoad;
+    LeaveOutConflicts chooser;
+    const dictionary::TmxImport imported =
+        dictionary::ImportTmx(m_o.path, dictionary, chooser, m_messages);
+    if (imported.status == dictionary::TmxImport::Status::CannotRead)
+        return exchange::kImportCannotRead;
+    if (imported.status != dictionary::TmxImport::Status::Read)
+        return exchange::kImportNoRow;
+    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), imported.added)
+          << '\n';
+    if (chooser.leftOut > 0)
+        m_messages.Warn(Tr(strings::kUnitsLeftOut).arg(chooser.leftOut));
+    if (dictionary.IsModified() && !dictionary.Save(m_o.file, m_messages, m_progress)) {
+        m_messages.Error(Tr(strings::kCannotSaveDictionary).arg(m_o.file));
+        return kCannotSaveDictionary;
+    }
+    return imported.added;
 }
 
 qint32 Batch::SaveAs() {

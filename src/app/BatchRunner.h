@@ -35,6 +35,7 @@ struct BatchOptions {
     QString reference;
     QString headers;
     QString dictionary; // the dictionary file instead of the profile's
+    QString xliff;      // the XLIFF version of an export to .xlf or .xliff: "1.2" or "2.0"
     bool importUnchanged = false;
     bool copyIdentical = false;
     bool excludeNonVisible = false;

@@ -14,6 +14,11 @@ inline constexpr char kRowsLeftOut[] =
                              "conflict with one, which needs a choice.");
 inline constexpr char kCannotSaveDictionary[] =
     QT_TRANSLATE_NOOP("app", "Cannot save the dictionary '%1'.");
+inline constexpr char kUnitsLeftOut[] =
+    QT_TRANSLATE_NOOP("app", "%1 translation units were left out: they match several dictionary "
+                             "entries or conflict with one, which needs a choice.");
+inline constexpr char kUnknownXliffVersion[] =
+    QT_TRANSLATE_NOOP("app", "Unknown XLIFF version '%1': the versions are 1.2 and 2.0.");
 
 } // namespace app::strings
 

@@ -32,6 +32,12 @@ inline constexpr char kSaving[] = QT_TRANSLATE_NOOP("dictionary", "Saving the di
 inline constexpr char kTranslating[] =
     QT_TRANSLATE_NOOP("dictionary", "Translating from the dictionary");
 inline constexpr char kSending[] = QT_TRANSLATE_NOOP("dictionary", "Sending to the dictionary");
+inline constexpr char kCannotWriteTmx[] =
+    QT_TRANSLATE_NOOP("dictionary", "Cannot write the translation memory '%1': %2");
+inline constexpr char kCannotReadTmx[] =
+    QT_TRANSLATE_NOOP("dictionary", "Cannot read the translation memory '%1': %2");
+inline constexpr char kNotTmx[] =
+    QT_TRANSLATE_NOOP("dictionary", "'%1' is not a TMX translation memory.");
 
 } // namespace dictionary::strings
 

@@ -10,6 +10,7 @@ inline constexpr char kContext[] = "exchange";
 
 // A file name that scripts look for: never translated.
 inline constexpr char kUnusedStringsFile[] = "UnusedStrings.txt";
+inline constexpr char kUnusedStringsXliffFile[] = "UnusedStrings.xlf";
 
 inline constexpr char kCannotCreateExportFile[] =
     QT_TRANSLATE_NOOP("exchange", "Cannot create export file");

@@ -41,6 +41,37 @@ QString EscapeCaption(const QString& text) {
     return out;
 }
 
+QString UnescapeCaption(QStringView text) {
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c != QLatin1Char('\\') || i + 1 == text.size()) {
+            out.append(c);
+            continue;
+        }
+        switch (text[i + 1].unicode()) {
+        case u'\\':
+            out.append(QLatin1Char('\\'));
+            break;
+        case u'n':
+            out.append(QLatin1Char('\n'));
+            break;
+        case u'r':
+            out.append(QLatin1Char('\r'));
+            break;
+        case u't':
+            out.append(QLatin1Char('\t'));
+            break;
+        default:
+            out.append(c);
+            continue; // the backslash alone: the next character is read as it comes
+        }
+        ++i;
+    }
+    return out;
+}
+
 namespace {
 
 // "\r", "\n" and "\t" decoded first, then "\\"; with `quotes`, then a cell enclosed in double

@@ -11,6 +11,10 @@ QString EscapeCaption(const QString& text);
 // Appends the escaped caption to `out` without building a temporary.
 void AppendEscapedCaption(QString& out, const QString& text);
 
+// The exact inverse of EscapeCaption: "\\", "\n", "\r" and "\t" decoded in one pass from the
+// left; a backslash before anything else stays. Exchange formats that carry line breaks as
+// characters use it; the tab-separated import keeps its own order (UnescapeCell).
+QString UnescapeCaption(QStringView text);
 // What the import does to a cell: "\r", "\n", "\t" decoded first, then "\\"; then a cell that
 // both begins and ends with a double quote loses them and has its doubled quotes halved. The
 // order decodes an escaped backslash before n, r or t wrongly; the export warns about such

@@ -77,4 +77,22 @@ const LocaleInfo* LocaleTable::FindByTag(const QString& tag) const {
     return it == m_byTag.constEnd() ? nullptr : &m_locales[*it];
 }
 
+QString LanguageTag(qint32 lcid) {
+    const LocaleInfo* info = LocaleTable::Instance().Find(lcid);
+    if (!info || info->tag.isEmpty())
+        return QStringLiteral("x-lcid-%1").arg(lcid);
+    return QString(info->tag).replace(QLatin1Char('_'), QLatin1Char('-'));
+}
+
+qint32 LanguageFromTag(const QString& tag) {
+    static const QLatin1String kPrivate("x-lcid-");
+    if (tag.startsWith(kPrivate, Qt::CaseInsensitive)) {
+        bool ok = false;
+        const qint32 lcid = tag.mid(kPrivate.size()).toInt(&ok);
+        return ok && lcid > 0 ? lcid : 0;
+    }
+    const LocaleInfo* info = LocaleTable::Instance().FindByTag(tag);
+    return info ? info->lcid : 0;
+}
+
 } // namespace util

@@ -45,4 +45,10 @@ private:
     QHash<QString, qsizetype> m_byTag;               // key lower-cased, '_' as '-'
 };
 
+// The language tag exchange files (XLIFF, TMX) carry for a language identifier: the table's tag
+// with '-' throughout ("en-US", "es-ES-tradnl"), or "x-lcid-<number>" for an identifier the
+// table lacks. And back, any letter case, '_' or '-': 0 for a tag no identifier has.
+QString LanguageTag(qint32 lcid);
+qint32 LanguageFromTag(const QString& tag);
+
 } // namespace util
