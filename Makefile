@@ -8,7 +8,8 @@ PACKAGES := cmake ninja-build g++ pkg-config ccache \
 	libgtest-dev libgmock-dev libxml2-utils zip unzip sqlite3 postgresql \
 	libx11-dev python3 fonts-dejavu-core xvfb xauth x11-utils poppler-utils imagemagick \
 	qt6-tools-dev qt6-l10n-tools libqt6svg6 qt6-translations-l10n dpkg-dev file gzip man-db \
-	desktop-file-utils shared-mime-info xdg-utils libfile-mimeinfo-perl
+	desktop-file-utils shared-mime-info xdg-utils libfile-mimeinfo-perl \
+	php-symfony-translation translate-toolkit
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 

@@ -9,6 +9,7 @@
 #include "ui/CaptionModel.h"
 #include "ui/OpenDocument.h"
 #include "ui/Strings.h"
+#include "exchange/XliffFile.h"
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/support/ConflictDialog.h"
@@ -60,18 +61,29 @@ void TranslatorView::ExportStrings() {
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped export keeps the old file
     exchange::ExportReport report;
-    exchange::ExportStringsForTranslation(dialog.Path(), *q, dialog.Options(),
-                                          m_document->Captions().Rows(), m_document->Messages(),
-                                          &report, &progress);
+    const exchange::ExportOptions options = dialog.Options();
+    QString path = dialog.Path();
+    if (dialog.ChosenFormat() == ExportDialog::Format::TabSeparated) {
+        exchange::ExportStringsForTranslation(path, *q, options, m_document->Captions().Rows(),
+                                              m_document->Messages(), &report, &progress);
+    } else {
+        const auto version = dialog.ChosenFormat() == ExportDialog::Format::Xliff20
+                                 ? exchange::XliffVersion::V20
+                                 : exchange::XliffVersion::V12;
+        exchange::ExportXliff(path, *q, options, version, m_document->Captions().Rows(),
+                              m_document->Messages(), &report, &progress);
+        // Several target languages make a file each: the first is the one offered.
+        path = exchange::XliffExportPaths(path, *q, options).constFirst();
+    }
     if (!report.written)
         return;
-    switch (AskAfterExport(dialog.Path())) {
+    switch (AskAfterExport(path)) {
     case AfterExport::Open:
-        OpenExported(dialog.Path());
+        OpenExported(path);
         break;
     case AfterExport::ShowFolder:
-        if (!util::ShowInFileManager(dialog.Path()))
-            m_document->Messages().Error(Tr(strings::kCannotShowFolder).arg(dialog.Path()));
+        if (!util::ShowInFileManager(path))
+            m_document->Messages().Error(Tr(strings::kCannotShowFolder).arg(path));
         break;
     case AfterExport::Nothing:
         break;
@@ -136,8 +148,12 @@ void TranslatorView::ImportTranslation(const QString& path) {
     options.languages = table.Languages();
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped import changes nothing
-    const qint32 imported = exchange::ImportTranslatedFile(
-        *q, dialog.Path(), options, table.Rows(), m_document->Messages(), nullptr, &progress);
+    const qint32 imported =
+        exchange::IsXliffPath(dialog.Path())
+            ? exchange::ImportXliff(*q, dialog.Path(), options, table.Rows(),
+                                    m_document->Messages())
+            : exchange::ImportTranslatedFile(*q, dialog.Path(), options, table.Rows(),
+                                             m_document->Messages(), nullptr, &progress);
     if (imported > 0)
         table.QuestionnaireChanged(); // marks the document modified and refills every view
 }

@@ -7,6 +7,7 @@
 #include "ui/dialogs/VersionComboBox.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -50,6 +51,24 @@ ExportDialog::ExportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
     m_versions->setObjectName(QStringLiteral("versions"));
     m_versions->Fill(q, {});
 
+    m_format = new QComboBox(this);
+    m_format->setObjectName(QStringLiteral("format"));
+    m_format->addItem(Tr(strings::kFormatText), int(Format::TabSeparated));
+    m_format->addItem(Tr(strings::kFormatXliff12), int(Format::Xliff12));
+    m_format->addItem(Tr(strings::kFormatXliff20), int(Format::Xliff20));
+    // The file's ending follows the format, so that the file opens in the right program.
+    connect(m_format, &QComboBox::currentIndexChanged, this, [this] {
+        const bool xliff = ChosenFormat() != Format::TabSeparated;
+        const QString path = Path();
+        const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+        const QString ending = dot < 0 ? QString() : path.mid(dot).toLower();
+        const bool known = ending == QLatin1String(".txt") || ending == QLatin1String(".xlf") ||
+                           ending == QLatin1String(".xliff");
+        if (known && xliff != (ending != QLatin1String(".txt")))
+            m_path->setText(path.left(dot) +
+                            (xliff ? QStringLiteral(".xlf") : QStringLiteral(".txt")));
+    });
+
     auto* outputLabel = new QLabel(Tr(strings::kOutputFile), this);
     outputLabel->setBuddy(m_path);
     auto* versionsLabel = new QLabel(Tr(strings::kVersions), this);
@@ -58,8 +77,12 @@ ExportDialog::ExportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
     fileGrid->addWidget(outputLabel, 0, 0);
     fileGrid->addWidget(m_path, 0, 1);
     fileGrid->addWidget(browse, 0, 2);
-    fileGrid->addWidget(versionsLabel, 1, 0);
-    fileGrid->addWidget(m_versions, 1, 1, 1, 2);
+    auto* formatLabel = new QLabel(Tr(strings::kFormat), this);
+    formatLabel->setBuddy(m_format);
+    fileGrid->addWidget(formatLabel, 1, 0);
+    fileGrid->addWidget(m_format, 1, 1, 1, 2);
+    fileGrid->addWidget(versionsLabel, 2, 0);
+    fileGrid->addWidget(m_versions, 2, 1, 1, 2);
 
     auto box = [this](const char* text) { return new QCheckBox(Tr(text), this); };
     m_excludeTranslated = box(strings::kExcludeTranslated);
@@ -134,6 +157,10 @@ QString ExportDialog::Path() const {
     return m_path->text();
 }
 
+ExportDialog::Format ExportDialog::ChosenFormat() const {
+    return Format(m_format->currentData().toInt());
+}
+
 exchange::ExportOptions ExportDialog::Options() const {
     exchange::ExportOptions options;
     options.excludeTranslated = m_excludeTranslated->isChecked();
@@ -173,7 +200,9 @@ void ExportDialog::ShowMessage(const QString& text) {
 }
 
 QString ExportDialog::ChooseFile(const QString& current) {
-    return AskTextFile(this, true, current);
+    return AskTextFile(this, true, current,
+                       ChosenFormat() == Format::TabSeparated ? ExchangeFileKind::Text
+                                                              : ExchangeFileKind::Xliff);
 }
 
 void ExportDialog::Browse() {

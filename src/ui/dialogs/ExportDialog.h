@@ -8,6 +8,7 @@
 
 class CQuestionnaire;
 class QCheckBox;
+class QComboBox;
 class QLineEdit;
 class QTreeWidget;
 
@@ -25,7 +26,10 @@ public:
     // The questionnaire must outlive the dialog.
     ExportDialog(const CQuestionnaire& q, QWidget* parent = nullptr);
 
+    enum class Format { TabSeparated, Xliff12, Xliff20 };
+
     QString Path() const;
+    Format ChosenFormat() const;
     // The choices as the export takes them: the checked languages in list order, the chosen
     // versions (empty for all), no column titles.
     exchange::ExportOptions Options() const;
@@ -46,6 +50,7 @@ private:
 
     const CQuestionnaire& m_q;
     QLineEdit* m_path = nullptr;
+    QComboBox* m_format = nullptr;
     VersionComboBox* m_versions = nullptr;
     QCheckBox* m_excludeTranslated = nullptr;
     QCheckBox* m_excludeDuplicates = nullptr;

@@ -20,12 +20,24 @@ QPushButton* BrowseButton(QWidget* parent) {
     return button;
 }
 
-QString AskTextFile(QWidget* parent, bool save, const QString& current) {
+QString AskTextFile(QWidget* parent, bool save, const QString& current, ExchangeFileKind kind) {
     QFileDialog dialog(parent);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-    dialog.setDefaultSuffix(QStringLiteral("txt"));
-    dialog.setNameFilters({Tr(strings::kTextFiles), Tr(strings::kAllFiles)});
+    dialog.setDefaultSuffix(kind == ExchangeFileKind::Xliff ? QStringLiteral("xlf")
+                                                            : QStringLiteral("txt"));
+    switch (kind) {
+    case ExchangeFileKind::Text:
+        dialog.setNameFilters({Tr(strings::kTextFiles), Tr(strings::kAllFiles)});
+        break;
+    case ExchangeFileKind::Xliff:
+        dialog.setNameFilters({Tr(strings::kXliffFiles), Tr(strings::kAllFiles)});
+        break;
+    case ExchangeFileKind::Any:
+        dialog.setNameFilters({Tr(strings::kTranslationFiles), Tr(strings::kTextFiles),
+                               Tr(strings::kXliffFiles), Tr(strings::kAllFiles)});
+        break;
+    }
     if (!current.isEmpty())
         dialog.selectFile(current);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())

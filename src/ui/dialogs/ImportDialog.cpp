@@ -89,7 +89,7 @@ qint32 ImportDialog::ReferenceLanguage() const {
 }
 
 QString ImportDialog::ChooseFile(const QString& current) {
-    return AskTextFile(this, false, current);
+    return AskTextFile(this, false, current, ExchangeFileKind::Any);
 }
 
 void ImportDialog::Browse() {

@@ -12,6 +12,16 @@ inline constexpr char kAllVersions[] = QT_TRANSLATE_NOOP("ui::dialogs", "All ver
 inline constexpr char kBrowse[] = QT_TRANSLATE_NOOP("ui::dialogs", "...");
 inline constexpr char kTextFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "Text files (*.txt)");
 inline constexpr char kAllFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "All files (*.*)");
+inline constexpr char kXliffFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "XLIFF files (*.xlf *.xliff)");
+inline constexpr char kTranslationFiles[] =
+    QT_TRANSLATE_NOOP("ui::dialogs", "Translation files (*.txt *.xlf *.xliff)");
+inline constexpr char kFormat[] = QT_TRANSLATE_NOOP("ui::dialogs", "Format:");
+inline constexpr char kFormatText[] =
+    QT_TRANSLATE_NOOP("ui::dialogs", "Tab-separated text, for spreadsheets (.txt)");
+inline constexpr char kFormatXliff12[] =
+    QT_TRANSLATE_NOOP("ui::dialogs", "XLIFF 1.2, for translation tools (.xlf)");
+inline constexpr char kFormatXliff20[] =
+    QT_TRANSLATE_NOOP("ui::dialogs", "XLIFF 2.0, for translation tools (.xlf)");
 
 inline constexpr char kExportTitle[] =
     QT_TRANSLATE_NOOP("ui::dialogs", "Export languages you want to export");

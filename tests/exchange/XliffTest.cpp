@@ -1,0 +1,259 @@
+// XLIFF for translation tools: the files validate against the published schemas, come back
+// unchanged, are filled by another program's own XLIFF library, and are guarded on import as
+// the tab-separated file is.
+#include "common/SampleQuestionnaire.h"
+#include "common/TestUtil.h"
+#include "exchange/XliffFile.h"
+#include "questionnaire/CaptionAccess.h"
+#include "questionnaire/CaptionList.h"
+#include "questionnaire/Modalite.h"
+#include "questionnaire/Questionnaire.h"
+#include "util/Messages.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using testutil::kEnglish;
+using testutil::kFrench;
+using testutil::kGerman;
+using exchange::XliffVersion;
+
+namespace {
+
+// Everything a caption may hold that XML or a careless writer could spoil.
+const QString kSpecial = QStringLiteral("Line 1\nLine 2\tTab \"quoted\" & <b>bold</b> ") +
+                         QString::fromUcs4(U"\U0001F600 \u05E9\u05DC\u05D5\u05DD ") + QChar(1) +
+                         QStringLiteral(" end\r\nCRLF");
+
+// The published schemas with their import of xml.xsd pointed at the copy beside them, so that
+// xmllint needs no network.
+QString Schema(XliffVersion version, const QTemporaryDir& dir) {
+    const QString folder =
+        QStringLiteral("/usr/share/php/Symfony/Component/Translation/Resources/schemas/");
+    const QString name = version == XliffVersion::V12 ? QStringLiteral("xliff-core-1.2-strict.xsd")
+                                                      : QStringLiteral("xliff-core-2.0.xsd");
+    for (const QString& file : {name, QStringLiteral("xml.xsd")}) {
+        QByteArray text = testutil::ReadAll(folder + file);
+        text.replace("http://www.w3.org/2001/xml.xsd", "xml.xsd");
+        text.replace("informativeCopiesOf3rdPartySchemas/w3c/xml.xsd", "xml.xsd");
+        testutil::WriteAll(dir.filePath(file), text);
+    }
+    return dir.filePath(name);
+}
+
+// Empty when the file validates; xmllint's account otherwise.
+QString Validate(const QString& path, XliffVersion version) {
+    QTemporaryDir schemas;
+    QProcess lint;
+    lint.start(QStringLiteral("xmllint"), {QStringLiteral("--noout"), QStringLiteral("--nonet"),
+                                           QStringLiteral("--schema"), Schema(version, schemas),
+                                           path});
+    if (!lint.waitForFinished(60000))
+        return QStringLiteral("xmllint did not finish");
+    return lint.exitCode() == 0 ? QString() : QString::fromLocal8Bit(lint.readAllStandardError());
+}
+
+class XliffTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_q = testutil::MakeSample();
+        CQuestion* q10 = m_q.GetAdrQuestion(0);
+        q10->SetLocalisedShortCaption(kFrench, kSpecial);
+        q10->SetLocalisedShortCaption(kGerman, kSpecial + QStringLiteral(" DE"));
+        // A second response that shares its source text with the first.
+        q10->AddModalite(std::make_unique<CModalite>(3, QStringLiteral("3")));
+        q10->GetAdrModalite(2)->SetLocalisedLongCaption(kEnglish, QStringLiteral("Very"));
+        m_list.clear();
+        questionnaire::BuildCaptionList(m_q, m_list, false);
+        m_path = m_dir.filePath(QStringLiteral("survey.xlf"));
+    }
+
+    exchange::ExportOptions Options(QList<qint32> languages = {kEnglish, kFrench}) const {
+        exchange::ExportOptions options;
+        options.languages = languages;
+        return options;
+    }
+    exchange::ImportOptions ImportOptions() const {
+        exchange::ImportOptions options;
+        options.referenceLanguage = kEnglish;
+        options.languages = {kEnglish, kFrench, kGerman};
+        return options;
+    }
+    void Export(XliffVersion version, QList<qint32> languages = {kEnglish, kFrench}) {
+        util::RecordedMessages messages;
+        ASSERT_TRUE(exchange::ExportXliff(m_path, m_q, Options(languages), version, m_list,
+                                          messages))
+            << messages.messages.join(QLatin1Char('\n')).toStdString();
+    }
+    qint32 Import(const QString& path, const exchange::ImportOptions& options,
+                  exchange::ImportReport* report = nullptr) {
+        return exchange::ImportXliff(m_q, path, options, m_list, m_messages, report);
+    }
+    QString Caption(qint32 questionId, qint32 responseId, qint32 language) const {
+        return questionnaire::ReadCaption(m_q, questionId, responseId, language);
+    }
+    // Every caption of the list in these languages, to compare before and after.
+    QStringList Captions(QList<qint32> languages) const {
+        QStringList texts;
+        for (qsizetype k = 0; k < m_list.size(); ++k)
+            for (qint32 language : languages)
+                texts.append(Caption(m_list.questionIds[k], m_list.responseIds[k], language));
+        return texts;
+    }
+    void Clear(qint32 language) {
+        for (qsizetype k = 0; k < m_list.size(); ++k)
+            if (m_list.questionIds[k] > 0)
+                questionnaire::WriteCaption(m_q, m_list.questionIds[k], m_list.responseIds[k],
+                                            language, QString());
+    }
+
+    QTemporaryDir m_dir;
+    CQuestionnaire m_q;
+    questionnaire::CaptionList m_list;
+    QString m_path;
+    util::RecordedMessages m_messages;
+};
+
+TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
+    const struct {
+        XliffVersion version;
+        QList<qint32> languages;
+        QStringList files;
+    } cases[] = {
+        {XliffVersion::V12, {kEnglish, kFrench}, {"survey.xlf"}},
+        {XliffVersion::V12, {kEnglish, kFrench, kGerman}, {"survey.FRA.xlf", "survey.DEU.xlf"}},
+        {XliffVersion::V20, {kEnglish, kFrench}, {"survey.xlf"}},
+        {XliffVersion::V20, {kEnglish, kGerman, kFrench}, {"survey.DEU.xlf", "survey.FRA.xlf"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.files.join(QLatin1Char(' ')).toStdString());
+        for (const QString& file : QDir(m_dir.path()).entryList(QDir::Files))
+            QFile::remove(m_dir.filePath(file));
+        Export(c.version, c.languages);
+        const QList<qint32> targets = c.languages.mid(1);
+        const QStringList before = Captions(targets);
+        QStringList expected = c.files;
+        expected.sort();
+        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files, QDir::Name), expected);
+        for (qint32 language : targets)
+            Clear(language);
+        ASSERT_NE(Captions(targets), before);
+        for (const QString& file : c.files) {
+            const QString path = m_dir.filePath(file);
+            EXPECT_EQ(Validate(path, c.version), QString());
+            EXPECT_GT(Import(path, ImportOptions()), 0);
+        }
+        EXPECT_EQ(Captions(targets), before);
+    }
+}
+
+TEST_F(XliffTest, AFileFilledByAnotherToolImportsExactlyTheFilledUnits) {
+    Clear(kFrench);
+    Export(XliffVersion::V12);
+    const QString filled = m_dir.filePath(QStringLiteral("filled.xlf"));
+    QProcess tool;
+    tool.start(QStringLiteral("/usr/bin/python3"),
+               {testutil::DataPath(QStringLiteral("exchange/fill_xliff.py")), m_path, filled,
+                QStringLiteral("10_-2=Tab\\there & <there>\\nnext \\U0001F600 \\u05E9")});
+    ASSERT_TRUE(tool.waitForFinished(60000));
+    ASSERT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+    const int units = QString::fromLatin1(tool.readAllStandardOutput()).trimmed().toInt();
+    ASSERT_GT(units, 5);
+    EXPECT_EQ(Validate(filled, XliffVersion::V12), QString());
+    EXPECT_EQ(Import(filled, ImportOptions()), units);
+    EXPECT_EQ(Caption(10, -2, kFrench),
+              QStringLiteral("Tab\there & <there>\nnext ") + QString::fromUcs4(U"\U0001F600") +
+                  QStringLiteral(" \u05E9"));
+    EXPECT_EQ(Caption(10, -1, kFrench), QStringLiteral("T:How satisfied are you?"));
+}
+
+TEST_F(XliffTest, OnlyUnchangedSetsChangedUnitsAsideInAValidFile) {
+    for (const XliffVersion version : {XliffVersion::V12, XliffVersion::V20}) {
+        SetUp();
+        Export(version);
+        // After the export the source of 10/-1 changes and a translation of 10/1 is lost.
+        questionnaire::WriteCaption(m_q, 10, -1, kEnglish, QStringLiteral("How happy are you?"));
+        questionnaire::WriteCaption(m_q, 10, 1, kFrench, QString());
+        exchange::ImportOptions options = ImportOptions();
+        options.onlyUnchanged = true;
+        exchange::ImportReport report;
+        EXPECT_EQ(Import(m_path, options, &report), 1);
+        EXPECT_EQ(Caption(10, 1, kFrench), QStringLiteral("Très"));
+        EXPECT_EQ(Caption(10, -1, kFrench), QStringLiteral("Êtes-vous satisfait ?"));
+        EXPECT_EQ(report.rejectedRows, 1);
+        const QString unused = m_dir.filePath(QStringLiteral("UnusedStrings.xlf"));
+        EXPECT_EQ(report.unusedStringsPath, unused);
+        EXPECT_EQ(Validate(unused, version), QString());
+        const QString text = QString::fromUtf8(testutil::ReadAll(unused));
+        EXPECT_TRUE(text.contains(QStringLiteral("How happy are you?"))) << text.toStdString();
+        EXPECT_FALSE(text.contains(QStringLiteral("\"10_1\""))) << text.toStdString();
+        // Copy identical applies each unit to every caption with the same source.
+        questionnaire::WriteCaption(m_q, 10, 1, kFrench, QString());
+        options.onlyUnchanged = false;
+        options.copyIdentical = true;
+        EXPECT_EQ(Import(m_path, options), 2);
+        EXPECT_EQ(Caption(10, 3, kFrench), QStringLiteral("Très"));
+    }
+}
+
+// A one-unit XLIFF document: its languages, the unit's target and its state.
+QByteArray Document(const QString& version, const QString& source, const QString& target,
+                    const QString& state, const QString& text = QStringLiteral("Tout à fait")) {
+    if (version == QLatin1String("2.0"))
+        return QStringLiteral(
+                   "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:2.0\" version=\"2.0\" "
+                   "srcLang=\"%1\" trgLang=\"%2\"><file id=\"f\"><unit id=\"10_1\"><segment%3>"
+                   "<source>Very</source><target>%4</target></segment></unit></file></xliff>")
+            .arg(source, target, state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
+            .toUtf8();
+    return QStringLiteral(
+               "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:1.2\" version=\"1.2\"><file "
+               "original=\"s\" source-language=\"%1\" target-language=\"%2\" "
+               "datatype=\"plaintext\"><body><trans-unit id=\"10_1\"><source>Very</source>"
+               "<target%3>%4</target></trans-unit></body></file></xliff>")
+        .arg(source, target, state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
+        .toUtf8();
+}
+
+TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
+    const QByteArray good = Document(QStringLiteral("1.2"), QStringLiteral("en-US"),
+                                     QStringLiteral("fr-FR"), QString());
+    const struct {
+        const char* what;
+        QByteArray bytes;
+        qint32 result;
+    } cases[] = {
+        {"tab-separated text", "QuestionId\tResponseId\t1033(ENU)\r\n", exchange::kImportNoRow},
+        {"entity declared", "<!DOCTYPE xliff [<!ENTITY e \"Tout\">]>" + good.left(good.size() - 40),
+         exchange::kImportNoRow},
+        {"cut short", good.left(good.size() - 30), exchange::kImportNoRow},
+        {"unknown tag", Document("1.2", "en-US", "xx-XX", {}), exchange::kImportUnknownLanguage},
+        {"not the questionnaire's", Document("2.0", "en-US", "fr-CA", {}),
+         exchange::kImportLanguageNotInQuestionnaire},
+        {"source not the reference", Document("1.2", "de-DE", "fr-FR", {}),
+         exchange::kImportNoReferenceColumn},
+        {"1.2 new", Document("1.2", "en-US", "fr-FR", "new"), 0},
+        {"1.2 needs-translation", Document("1.2", "en-US", "fr-FR", "needs-translation"), 0},
+        {"2.0 initial", Document("2.0", "en-US", "fr-FR", "initial"), 0},
+        {"empty target", Document("2.0", "en-US", "fr-FR", "translated", {}), 0},
+        {"1.2 no state", good, 1},
+        {"1.2 final", Document("1.2", "en-US", "fr-FR", "final"), 1},
+        {"2.0 translated", Document("2.0", "en-US", "fr-FR", "translated"), 1},
+    };
+    const QString path = m_dir.filePath(QStringLiteral("in.xlf"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        SetUp();
+        ASSERT_TRUE(testutil::WriteAll(path, c.bytes));
+        EXPECT_EQ(Import(path, ImportOptions()), c.result);
+        EXPECT_EQ(Caption(10, 1, kFrench),
+                  c.result == 1 ? QStringLiteral("Tout à fait") : QStringLiteral("Très"));
+    }
+    EXPECT_EQ(Import(m_dir.filePath(QStringLiteral("missing.xlf")), ImportOptions()),
+              exchange::kImportCannotRead);
+}
+
+} // namespace
