@@ -1,5 +1,6 @@
 #include "campaign/schema/CampaignDatabase.h"
 #include "CatalogueTestUtil.h"
+#include "campaign/schema/Migrations.h"
 #include "common/PostgresServer.h"
 #include "common/TestUtil.h"
 
@@ -8,147 +9,194 @@
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QSqlRecord>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 
 using campaign::CreateDatabase;
+using campaign::MigrateDatabase;
+using campaign::ParseVersion;
+using campaign::Version;
+using testutil::Rows;
 using util::sql::Connection;
 using util::sql::Dialect;
 
 namespace {
 
+QStringList Split(const char* text, char separator) {
+    return QString::fromLatin1(text).split(QLatin1Char(separator), Qt::SkipEmptyParts);
+}
+
 // The schema as it must come out of the engine, written out independently of the library's
-// description. Types: L long, I 16-bit, B yes/no, F double, D date, M memo, Tn text of n.
+// description. Columns "name type", types: L long, I 16-bit, B yes/no, F double, D date, M memo,
+// Tn text of n. Indexes "name kind columns...", kind P primary, U unique, - plain.
 struct ExpectedTable {
     const char* name;
-    std::vector<const char*> columns;
-    // "name kind columns...": kind P primary, U unique, - plain.
-    std::vector<const char*> indexes;
+    const char* columns; // separated by ','
+    const char* indexes; // separated by ';'
 };
 
-const std::vector<ExpectedTable>& Expected() {
-    static const std::vector<ExpectedTable> tables = {
-        {"Campaigns", {"Name T50", "Description M", "VersionNumber T50"}, {}},
-        {"Waves",
-         {"WaveID L", "WaveOrder L", "Name T50", "Description M", "WaveStart D", "WaveEnd D",
-          "WaveMidpoint D"},
-         {"PrimaryKey P WaveID", "IndexWaveOrder U WaveOrder"}},
-        {"Volumes",
-         {"VolumeID L", "Name T50", "WaveID L", "InheritsFromVolumeID L", "SourceType L",
-          "MetaData M", "CaseData M", "IsMatchingStrict B", "QuestionMatchingMethods T255",
-          "ResponseMatchingMethods T255", "IsMainVolume B", "InterviewMergeMethod L",
-          "MainVolumeLinkQuestionID L", "ThisVolumeLinkQuestionID T50", "Status L",
-          "CaseSensitiveMatching B", "MatchUsingAncestorValues B", "AddNoNewQuestions B",
-          "ReconciliationSourceQuestionIDs M"},
-         {"PrimaryKey P VolumeID", "Index1 - WaveID"}},
-        {"Questions",
-         {"QuestionID L",
-          "IsDeleted B",
-          "Order L",
-          "Shortcut T50",
-          "Indent L",
-          "ElementType L",
-          "QuestionType L",
-          "IsDontKnow B",
-          "IsSemiOpen B",
-          "IsScale B",
-          "IsMultiple B",
-          "IsRanked B",
-          "MaxResponseCount L",
-          "Decimals L",
-          "MinValue F",
-          "MaxValue F",
-          "IsLevelLink B",
-          "LinkQuestionID L",
-          "IsProbabilityQuestion B",
-          "DateType L",
-          "QuestionClassID L",
-          "Versions M",
-          "UserData M",
-          "IsDevelopLevels B",
-          "AppearanceVolumeID L",
-          "DeletionWaveID L",
-          "IsVisibleInAnalyse B",
-          "Tags M"},
-         {"PrimaryKey P QuestionID", "Index1 - QuestionClassID", "Index2 - Order"}},
-        {"QuestionMatchings",
-         {"QuestionID L", "VolumeID L", "SourceID T50", "StartVolumeID L", "EndVolumeID L"},
-         {"PrimaryKey P QuestionID VolumeID"}},
-        {"QuestionClasses",
-         {"QuestionClassID L", "Caption T255"},
-         {"PrimaryKey P QuestionClassID"}},
-        {"QuestionCaptions",
-         {"QuestionID L", "LanguageID L", "LongCaption M", "ShortCaption M"},
-         {"PrimaryKey P QuestionID LanguageID", "Index1 - QuestionID"}},
-        {"Modalities",
-         {"ModalityID L", "QuestionID L", "IsDeleted B", "ModalityOrder L", "Value F",
-          "EntryCode T255", "IsExclusive B", "RotationBehaviour L", "Versions M", "UserData M",
-          "AppearanceVolumeID L", "DeletionWaveID L", "BaseType I", "Tags M"},
-         {"PrimaryKey P ModalityID", "Index1 - QuestionID ModalityOrder"}},
-        {"ModalityMatchings",
-         {"ModalityID L", "QuestionID L", "VolumeID L", "ModalitySourceID T50", "StartVolumeID L",
-          "EndVolumeID L"},
-         {"PrimaryKey P ModalityID QuestionID VolumeID"}},
-        {"ModalityCaptions",
-         {"ModalityID L", "QuestionID L", "LanguageID L", "ShortCaption M"},
-         {"PrimaryKey P ModalityID LanguageID", "Index1 - ModalityID"}},
-        {"Languages",
-         {"LanguageID L", "IsDefault B", "LanguageName T255"},
-         {"PrimaryKey P LanguageID"}},
-        {"Versions",
-         {"VersionID L", "LongCaption M", "ShortCaption T255"},
-         {"PrimaryKey P VersionID"}},
-        {"ModalityMergings",
-         {"MasterModalityID L", "ChildModalityID L", "MergeVolumeID L"},
-         {"PrimaryKey P MasterModalityID ChildModalityID"}},
-        // The database shows the key column as declared.
-        {"Tags", {"TagId L", "Caption T255", "Description M"}, {"PrimaryKey P TagId"}},
-    };
-    return tables;
-}
+const ExpectedTable kExpected[] = {
+    {"Campaigns", "Name T50,Description M,VersionNumber T50", ""},
+    {"Waves", "WaveID L,WaveOrder L,Name T50,Description M,WaveStart D,WaveEnd D,WaveMidpoint D",
+     "PrimaryKey P WaveID;IndexWaveOrder U WaveOrder"},
+    {"Volumes",
+     "VolumeID L,Name T50,WaveID L,InheritsFromVolumeID L,SourceType L,MetaData M,CaseData M,"
+     "IsMatchingStrict B,QuestionMatchingMethods T255,ResponseMatchingMethods T255,IsMainVolume B,"
+     "InterviewMergeMethod L,MainVolumeLinkQuestionID L,ThisVolumeLinkQuestionID T50,Status L,"
+     "CaseSensitiveMatching B,MatchUsingAncestorValues B,AddNoNewQuestions B,"
+     "ReconciliationSourceQuestionIDs M",
+     "PrimaryKey P VolumeID;Index1 - WaveID"},
+    {"Questions",
+     "QuestionID L,IsDeleted B,Order L,Shortcut T50,Indent L,ElementType L,QuestionType L,"
+     "IsDontKnow B,IsSemiOpen B,IsScale B,IsMultiple B,IsRanked B,MaxResponseCount L,Decimals L,"
+     "MinValue F,MaxValue F,IsLevelLink B,LinkQuestionID L,IsProbabilityQuestion B,DateType L,"
+     "QuestionClassID L,Versions M,UserData M,IsDevelopLevels B,AppearanceVolumeID L,"
+     "DeletionWaveID L,IsVisibleInAnalyse B,Tags M",
+     "PrimaryKey P QuestionID;Index1 - QuestionClassID;Index2 - Order"},
+    {"QuestionMatchings", "QuestionID L,VolumeID L,SourceID T50,StartVolumeID L,EndVolumeID L",
+     "PrimaryKey P QuestionID VolumeID"},
+    {"QuestionClasses", "QuestionClassID L,Caption T255", "PrimaryKey P QuestionClassID"},
+    {"QuestionCaptions", "QuestionID L,LanguageID L,LongCaption M,ShortCaption M",
+     "PrimaryKey P QuestionID LanguageID;Index1 - QuestionID"},
+    {"Modalities",
+     "ModalityID L,QuestionID L,IsDeleted B,ModalityOrder L,Value F,EntryCode T255,"
+     "IsExclusive B,RotationBehaviour L,Versions M,UserData M,AppearanceVolumeID L,"
+     "DeletionWaveID L,BaseType I,Tags M",
+     "PrimaryKey P ModalityID;Index1 - QuestionID ModalityOrder"},
+    {"ModalityMatchings",
+     "ModalityID L,QuestionID L,VolumeID L,ModalitySourceID T50,StartVolumeID L,EndVolumeID L",
+     "PrimaryKey P ModalityID QuestionID VolumeID"},
+    {"ModalityCaptions", "ModalityID L,QuestionID L,LanguageID L,ShortCaption M",
+     "PrimaryKey P ModalityID LanguageID;Index1 - ModalityID"},
+    {"Languages", "LanguageID L,IsDefault B,LanguageName T255", "PrimaryKey P LanguageID"},
+    {"Versions", "VersionID L,LongCaption M,ShortCaption T255", "PrimaryKey P VersionID"},
+    {"ModalityMergings", "MasterModalityID L,ChildModalityID L,MergeVolumeID L",
+     "PrimaryKey P MasterModalityID ChildModalityID"},
+    // The database shows the key column as declared.
+    {"Tags", "TagId L,Caption T255,Description M", "PrimaryKey P TagId"},
+};
 
 QString EngineType(const QString& code, Dialect dialect) {
-    const char kind = code.at(0).toLatin1();
-    if (dialect == Dialect::Sqlite) {
-        switch (kind) {
-        case 'F':
-        case 'D':
-            return QStringLiteral("REAL");
-        case 'M':
-        case 'T':
-            return QStringLiteral("TEXT");
-        default:
-            return QStringLiteral("INTEGER");
-        }
-    }
-    switch (kind) {
-    case 'L':
-        return QStringLiteral("integer");
-    case 'I':
-        return QStringLiteral("smallint");
-    case 'B':
-        return QStringLiteral("boolean");
-    case 'F':
-        return QStringLiteral("double precision");
-    case 'D':
-        return QStringLiteral("timestamp without time zone");
-    case 'M':
-        return QStringLiteral("text");
-    default:
-        return QStringLiteral("character varying(%1)").arg(code.mid(1));
-    }
+    static const std::map<char, std::pair<const char*, const char*>> types = {
+        {'L', {"INTEGER", "integer"}},
+        {'I', {"INTEGER", "smallint"}},
+        {'B', {"INTEGER", "boolean"}},
+        {'F', {"REAL", "double precision"}},
+        {'D', {"REAL", "timestamp without time zone"}},
+        {'M', {"TEXT", "text"}},
+        {'T', {"TEXT", "character varying(%1)"}},
+    };
+    const auto& [file, server] = types.at(code.at(0).toLatin1());
+    return dialect == Dialect::Sqlite
+               ? QString::fromLatin1(file)
+               : QString::fromLatin1(server).replace(QLatin1String("%1"), code.mid(1));
 }
-
-using testutil::Rows;
 
 int Count(Connection& db, const QString& table) {
     const QStringList rows =
         Rows(db, QStringLiteral("SELECT COUNT(*) FROM %1").arg(db.Quote(table)));
     return rows.isEmpty() ? -1 : rows[0].toInt();
+}
+
+QString Value(Connection& db, const char* sql) {
+    return Rows(db, QLatin1String(sql)).value(0);
+}
+
+// A statement with bound values, its failure returned rather than reported.
+util::Outcome Run(Connection& db, const QString& sql, const QVariantList& values) {
+    QSqlQuery query(db.Database());
+    query.prepare(sql);
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values[i]);
+    return query.exec() ? util::Outcome() : util::Outcome::Failure(query.lastError().text());
+}
+
+// `columns` separated by spaces, names as the engine spells them.
+util::Outcome Insert(Connection& db, const QString& table, const QString& columns,
+                     const QVariantList& values) {
+    QStringList quoted;
+    for (const QString& column : columns.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        quoted.append(db.Quote(column));
+    return Run(db,
+               QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+                   .arg(db.Quote(table), quoted.join(QLatin1Char(',')),
+                        QStringList(values.size(), QStringLiteral("?")).join(QLatin1Char(','))),
+               values);
+}
+
+void Exec(Connection& db, const QString& sql) {
+    const util::Outcome done = db.Exec(sql);
+    ASSERT_TRUE(done) << sql.toStdString() << ": " << done.Reason().toStdString();
+}
+
+// A wave and two volumes; in volume 1 question 10 with a caption and a matching and response 100
+// with a caption, a matching and a merging into response 200 of question 20 in volume 2. Every
+// version's tables take these rows.
+void InsertCampaign(Connection& db) {
+    const struct {
+        const char* table;
+        const char* columns;
+        QVariantList values;
+    } rows[] = {
+        {"Waves", "WaveID WaveOrder", {1, 1}},
+        {"Volumes", "VolumeID WaveID CaseData", {1, 1, "cases"}},
+        {"Volumes", "VolumeID WaveID", {2, 1}},
+        {"Questions",
+         "QuestionID Order QuestionClassID AppearanceVolumeID Versions",
+         {10, 1, 0, 1, "v1"}},
+        {"Questions", "QuestionID Order QuestionClassID AppearanceVolumeID", {20, 2, 0, 2}},
+        {"QuestionCaptions",
+         "QuestionID LanguageID LongCaption ShortCaption",
+         {10, 1033, "Long", "Short"}},
+        {"QuestionCaptions", "QuestionID LanguageID", {20, 1033}},
+        {"QuestionMatchings", "QuestionID VolumeID", {10, 1}},
+        {"QuestionMatchings", "QuestionID VolumeID", {20, 2}},
+        {"Modalities", "ModalityID QuestionID ModalityOrder AppearanceVolumeID", {100, 10, 1, 1}},
+        {"Modalities", "ModalityID QuestionID ModalityOrder AppearanceVolumeID", {200, 20, 1, 2}},
+        {"ModalityCaptions", "ModalityID LanguageID", {100, 1033}},
+        {"ModalityCaptions", "ModalityID LanguageID", {200, 1033}},
+        {"ModalityMatchings", "ModalityID QuestionID VolumeID", {100, 10, 1}},
+        {"ModalityMatchings", "ModalityID QuestionID VolumeID", {200, 20, 2}},
+        {"ModalityMergings", "MasterModalityID ChildModalityID MergeVolumeID", {200, 100, 2}},
+        {"Versions", "VersionID ShortCaption", {1, "v1"}},
+    };
+    for (const auto& row : rows) {
+        const util::Outcome inserted =
+            Insert(db, QLatin1String(row.table), QLatin1String(row.columns), row.values);
+        ASSERT_TRUE(inserted) << row.table << ": " << inserted.Reason().toStdString();
+    }
+}
+
+// Tables, columns (in any order: added columns come last), indexes and relations as the engine's
+// catalogue has them.
+QStringList Catalogue(Connection& db) {
+    QStringList tables = testutil::TableNames(db);
+    tables.sort();
+    QStringList catalogue = tables;
+    for (const QString& table : tables) {
+        QStringList columns = testutil::ColumnCatalogue(db, table);
+        columns.sort();
+        for (const QString& column : columns)
+            catalogue.append(table + QLatin1Char('.') + column);
+        catalogue += testutil::IndexCatalogue(db, table);
+    }
+    return catalogue + testutil::RelationCatalogue(db);
+}
+
+// What only one of two catalogues holds, marked "-" and "+", one entry a line.
+QString Difference(const QStringList& actual, const QStringList& expected) {
+    QStringList lines;
+    for (const QString& entry : actual)
+        if (!expected.contains(entry))
+            lines.append(QLatin1Char('-') + entry);
+    for (const QString& entry : expected)
+        if (!actual.contains(entry))
+            lines.append(QLatin1Char('+') + entry);
+    return lines.join(QLatin1Char('\n'));
 }
 
 // The campaign's tables and one more with a column declared twice: the last table fails, after
@@ -162,7 +210,8 @@ campaign::Schema BrokenSchema() {
     return broken;
 }
 
-class CampaignDatabaseTest : public ::testing::TestWithParam<Dialect> {
+// Every test runs on an SQLite file and on a PostgreSQL server of its own.
+class DatabaseTest : public ::testing::TestWithParam<Dialect> {
 protected:
     static void SetUpTestSuite() {
         s_server = std::make_unique<testutil::PostgresServer>();
@@ -170,189 +219,123 @@ protected:
     }
     static void TearDownTestSuite() { s_server.reset(); }
 
-    void SetUp() override {
-        if (GetParam() == Dialect::Sqlite) {
-            m_location = m_dir.filePath(QStringLiteral("campaign.qew"));
-        } else {
-            ASSERT_TRUE(s_serverStarted) << s_server->Error().toStdString();
-            m_location = s_server->CreateDatabase(QStringLiteral("campaign"));
-            ASSERT_FALSE(m_location.isEmpty()) << s_server->Error().toStdString();
-        }
-        const util::Outcome created = CreateDatabase(m_location);
-        ASSERT_TRUE(created) << created.Reason().toStdString();
-        const util::Outcome opened = m_db.Open(m_location);
-        ASSERT_TRUE(opened) << opened.Reason().toStdString();
-        ASSERT_EQ(m_db.GetDialect(), GetParam());
-        ASSERT_TRUE(campaign::EnableForeignKeys(m_db));
-    }
-
     bool Sqlite() const { return GetParam() == Dialect::Sqlite; }
 
-    util::Outcome Insert(const QString& table, const QStringList& columns,
-                         const QVariantList& values) {
-        QStringList quoted;
-        QStringList marks;
-        for (const QString& column : columns) {
-            quoted.append(m_db.Quote(column));
-            marks.append(QStringLiteral("?"));
+    // A database of its own made with `schema`, open in `db` with relations checked.
+    void Make(Connection& db, const campaign::Schema& schema, QString* location = nullptr) {
+        QString made;
+        const QString name = QStringLiteral("campaign%1").arg(++m_count);
+        if (Sqlite()) {
+            made = m_dir.filePath(name + QLatin1String(".qew"));
+        } else {
+            ASSERT_TRUE(s_serverStarted) << s_server->Error().toStdString();
+            made = s_server->CreateDatabase(name);
+            ASSERT_FALSE(made.isEmpty()) << s_server->Error().toStdString();
         }
-        QSqlQuery query(m_db.Database());
-        query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
-                          .arg(m_db.Quote(table), quoted.join(QLatin1Char(',')),
-                               marks.join(QLatin1Char(','))));
-        for (int i = 0; i < values.size(); ++i)
-            query.bindValue(i, values[i]);
-        if (query.exec())
-            return {};
-        return util::Outcome::Failure(query.lastError().text());
+        const util::Outcome created = CreateDatabase(made, schema);
+        ASSERT_TRUE(created) << created.Reason().toStdString();
+        const util::Outcome opened = db.Open(made);
+        ASSERT_TRUE(opened) << opened.Reason().toStdString();
+        ASSERT_EQ(db.GetDialect(), GetParam());
+        ASSERT_TRUE(campaign::EnableForeignKeys(db));
+        if (location)
+            *location = made;
     }
 
-    util::Outcome Delete(const QString& table, const QStringList& columns,
-                         const QVariantList& values) {
-        QStringList conditions;
-        for (const QString& column : columns)
-            conditions.append(m_db.Quote(column) + QLatin1String(" = ?"));
-        QSqlQuery query(m_db.Database());
-        query.prepare(QStringLiteral("DELETE FROM %1%2")
-                          .arg(m_db.Quote(table),
-                               conditions.isEmpty() ? QString()
-                                                    : QLatin1String(" WHERE ") +
-                                                          conditions.join(QLatin1String(" AND "))));
-        for (int i = 0; i < values.size(); ++i)
-            query.bindValue(i, values[i]);
-        if (query.exec())
-            return {};
-        return util::Outcome::Failure(query.lastError().text());
+    QString Bool(bool value) const {
+        return Sqlite() ? QString::number(value ? 1 : 0)
+                        : (value ? QStringLiteral("true") : QStringLiteral("false"));
     }
 
-    // A wave, two volumes, and in volume 1 a question with a caption and a matching and a
-    // response with a caption, a matching and a merging into a response of volume 2.
-    void InsertCampaign() {
-        const auto L = [](const char* text) { return QString::fromLatin1(text); };
-        const struct {
-            const char* table;
-            QStringList columns;
-            QVariantList values;
-        } rows[] = {
-            {"Waves", {L("WaveID"), L("WaveOrder")}, {1, 1}},
-            {"Volumes", {L("VolumeID"), L("WaveID")}, {1, 1}},
-            {"Volumes", {L("VolumeID"), L("WaveID")}, {2, 1}},
-            {"Questions",
-             {L("QuestionID"), L("Order"), L("QuestionClassID"), L("AppearanceVolumeID")},
-             {10, 1, 0, 1}},
-            {"Questions",
-             {L("QuestionID"), L("Order"), L("QuestionClassID"), L("AppearanceVolumeID")},
-             {20, 2, 0, 2}},
-            {"QuestionCaptions", {L("QuestionID"), L("LanguageID")}, {10, 1033}},
-            {"QuestionCaptions", {L("QuestionID"), L("LanguageID")}, {20, 1033}},
-            {"QuestionMatchings", {L("QuestionID"), L("VolumeID")}, {10, 1}},
-            {"QuestionMatchings", {L("QuestionID"), L("VolumeID")}, {20, 2}},
-            {"Modalities",
-             {L("ModalityID"), L("QuestionID"), L("ModalityOrder"), L("AppearanceVolumeID")},
-             {100, 10, 1, 1}},
-            {"Modalities",
-             {L("ModalityID"), L("QuestionID"), L("ModalityOrder"), L("AppearanceVolumeID")},
-             {200, 20, 1, 2}},
-            {"ModalityCaptions", {L("ModalityID"), L("LanguageID")}, {100, 1033}},
-            {"ModalityCaptions", {L("ModalityID"), L("LanguageID")}, {200, 1033}},
-            {"ModalityMatchings", {L("ModalityID"), L("QuestionID"), L("VolumeID")}, {100, 10, 1}},
-            {"ModalityMatchings", {L("ModalityID"), L("QuestionID"), L("VolumeID")}, {200, 20, 2}},
-            {"ModalityMergings",
-             {L("MasterModalityID"), L("ChildModalityID"), L("MergeVolumeID")},
-             {200, 100, 2}},
-        };
-        for (const auto& row : rows) {
-            const util::Outcome inserted =
-                Insert(QLatin1String(row.table), row.columns, row.values);
-            ASSERT_TRUE(inserted) << row.table << ": " << inserted.Reason().toStdString();
-        }
-    }
-
-    static std::unique_ptr<testutil::PostgresServer> s_server;
-    static bool s_serverStarted;
+    static inline std::unique_ptr<testutil::PostgresServer> s_server;
+    static inline bool s_serverStarted = false;
     QTemporaryDir m_dir;
+    int m_count = 0;
+};
+
+std::string DialectName(const ::testing::TestParamInfo<Dialect>& info) {
+    return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
+}
+
+// --- a database made with the current schema ---
+
+class CampaignDatabaseTest : public DatabaseTest {
+protected:
+    void SetUp() override { Make(m_db, campaign::CampaignSchema(), &m_location); }
+
     QString m_location;
     Connection m_db;
 };
 
-std::unique_ptr<testutil::PostgresServer> CampaignDatabaseTest::s_server;
-bool CampaignDatabaseTest::s_serverStarted = false;
-
-TEST_P(CampaignDatabaseTest, TablesAndColumnsInOrder) {
-    const QStringList tables = testutil::TableNames(m_db);
-    QStringList expectedTables;
-    for (const ExpectedTable& table : Expected())
-        expectedTables.append(QLatin1String(table.name));
-    EXPECT_EQ(tables, expectedTables);
-
-    for (const ExpectedTable& table : Expected()) {
-        const QString name = QLatin1String(table.name);
-        // Columns of an index refuse nulls, and on a server so do Yes/No columns.
+TEST_P(CampaignDatabaseTest, CatalogueHoldsEveryTableColumnIndexAndRelation) {
+    QStringList tables;
+    for (const ExpectedTable& table : kExpected) {
+        tables.append(QLatin1String(table.name));
         QStringList indexed;
-        for (const char* index : table.indexes)
-            indexed += QString::fromLatin1(index).split(QLatin1Char(' ')).mid(2);
-        QStringList expected;
-        for (const char* column : table.columns) {
-            const QStringList parts = QString::fromLatin1(column).split(QLatin1Char(' '));
+        QStringList indexes;
+        for (const QString& index : Split(table.indexes, ';')) {
+            const QStringList parts = index.split(QLatin1Char(' '));
+            indexed += parts.mid(2);
+            indexes.append(
+                QStringLiteral("%1_%2 %3 %4")
+                    .arg(tables.last(), parts[0], parts[1], parts.mid(2).join(QLatin1Char(','))));
+        }
+        indexes.sort();
+        // Columns of an index refuse nulls, and on a server so do Yes/No columns.
+        QStringList columns;
+        for (const QString& column : Split(table.columns, ',')) {
+            const QStringList parts = column.split(QLatin1Char(' '));
             const bool notNull = indexed.contains(parts[0], Qt::CaseInsensitive) ||
                                  (!Sqlite() && parts[1] == QLatin1String("B"));
-            expected.append(
-                QStringLiteral("%1|%2|%3")
-                    .arg(parts[0], EngineType(parts[1], GetParam()),
-                         notNull ? QStringLiteral("not null") : QStringLiteral("null")));
+            columns.append(QStringLiteral("%1|%2|%3")
+                               .arg(parts[0], EngineType(parts[1], GetParam()),
+                                    notNull ? "not null" : "null"));
         }
-        const QStringList actual = testutil::ColumnCatalogue(m_db, name);
-        EXPECT_EQ(actual, expected) << table.name;
+        EXPECT_EQ(testutil::ColumnCatalogue(m_db, tables.last()), columns) << table.name;
+        EXPECT_EQ(testutil::IndexCatalogue(m_db, tables.last()), indexes) << table.name;
     }
+    EXPECT_EQ(testutil::TableNames(m_db), tables);
+    // Every relation cascades on update and delete.
+    QStringList relations =
+        QString::fromLatin1(
+            "Modalities_ModalityMergingsChild Modalities.ModalityID "
+            "ModalityMergings.ChildModalityID;"
+            "Modalities_ModalityMergingsMaster Modalities.ModalityID "
+            "ModalityMergings.MasterModalityID;"
+            "Modalities_Modality_Captions Modalities.ModalityID ModalityCaptions.ModalityID;"
+            "Questions_Question_Captions Questions.QuestionID QuestionCaptions.QuestionID;"
+            "Volumes_ModalityMergings Volumes.VolumeID ModalityMergings.MergeVolumeID;"
+            "Volumes_Modalities Volumes.VolumeID Modalities.AppearanceVolumeID;"
+            "Volumes_Modality_Matchings Volumes.VolumeID ModalityMatchings.VolumeID;"
+            "Volumes_Question_Matchings Volumes.VolumeID QuestionMatchings.VolumeID;"
+            "Volumes_Questions Volumes.VolumeID Questions.AppearanceVolumeID;"
+            "Waves_Volumes Waves.WaveID Volumes.WaveID")
+            .split(QLatin1Char(';'));
+    relations.sort();
+    EXPECT_EQ(testutil::RelationCatalogue(m_db), relations);
 }
 
-TEST_P(CampaignDatabaseTest, IndexesWithTheirNamesAndUniqueness) {
-    for (const ExpectedTable& table : Expected()) {
-        const QString name = QLatin1String(table.name);
-        QStringList expected;
-        for (const char* index : table.indexes) {
-            QStringList parts = QString::fromLatin1(index).split(QLatin1Char(' '));
-            expected.append(
-                QStringLiteral("%1_%2 %3 %4")
-                    .arg(name, parts[0], parts[1], parts.mid(2).join(QLatin1Char(','))));
-        }
-        expected.sort();
-        const QStringList actual = testutil::IndexCatalogue(m_db, name);
-        EXPECT_EQ(actual, expected) << table.name;
-    }
-}
+TEST_P(CampaignDatabaseTest, ChangedKeysAndDeletionsCascade) {
+    InsertCampaign(m_db);
+    Exec(m_db, QStringLiteral("UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"));
+    Exec(m_db, QStringLiteral(
+                   "UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"));
+    EXPECT_EQ(Value(m_db, "SELECT \"MasterModalityID\", \"ChildModalityID\", \"MergeVolumeID\" "
+                          "FROM \"ModalityMergings\""),
+              QStringLiteral("200|101|5"));
+    EXPECT_EQ(Value(m_db, "SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
+                          "\"QuestionID\" = 20"),
+              QStringLiteral("5"));
+    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
+                                        "BY 1")),
+              (QStringList{QStringLiteral("101"), QStringLiteral("200")}));
 
-TEST_P(CampaignDatabaseTest, RelationsCascadeOnUpdateAndDelete) {
-    const QStringList expected = {
-        QStringLiteral("Modalities_ModalityMergingsChild Modalities.ModalityID "
-                       "ModalityMergings.ChildModalityID"),
-        QStringLiteral("Modalities_ModalityMergingsMaster Modalities.ModalityID "
-                       "ModalityMergings.MasterModalityID"),
-        QStringLiteral("Modalities_Modality_Captions Modalities.ModalityID "
-                       "ModalityCaptions.ModalityID"),
-        QStringLiteral("Questions_Question_Captions Questions.QuestionID "
-                       "QuestionCaptions.QuestionID"),
-        QStringLiteral("Volumes_ModalityMergings Volumes.VolumeID ModalityMergings.MergeVolumeID"),
-        QStringLiteral("Volumes_Modalities Volumes.VolumeID Modalities.AppearanceVolumeID"),
-        QStringLiteral("Volumes_Modality_Matchings Volumes.VolumeID ModalityMatchings.VolumeID"),
-        QStringLiteral("Volumes_Question_Matchings Volumes.VolumeID QuestionMatchings.VolumeID"),
-        QStringLiteral("Volumes_Questions Volumes.VolumeID Questions.AppearanceVolumeID"),
-        QStringLiteral("Waves_Volumes Waves.WaveID Volumes.WaveID"),
-    };
-    const QStringList actual = testutil::RelationCatalogue(m_db);
-    QStringList sorted = expected;
-    sorted.sort();
-    EXPECT_EQ(actual, sorted);
-}
-
-TEST_P(CampaignDatabaseTest, DeletingAVolumeRemovesWhatDependsOnIt) {
-    InsertCampaign();
-    ASSERT_TRUE(m_db.Exec(QStringLiteral("DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1")));
+    Exec(m_db, QStringLiteral("DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"));
     const struct {
         const char* table;
-        const char* remaining; // what is left is volume 2's
+        const char* remaining; // what is left is volume 5's
     } cases[] = {
-        {"Volumes", "2"},
+        {"Volumes", "5"},
         {"Questions", "20"},
         {"QuestionCaptions", "20"},
         {"QuestionMatchings", "20"},
@@ -371,131 +354,103 @@ TEST_P(CampaignDatabaseTest, DeletingAVolumeRemovesWhatDependsOnIt) {
             << c.table;
     }
     // Deleting the wave takes the last volume and everything of it.
-    ASSERT_TRUE(m_db.Exec(QStringLiteral("DELETE FROM \"Waves\"")));
-    for (const char* table : {"Volumes", "Questions", "QuestionCaptions", "Modalities",
-                              "ModalityCaptions", "ModalityMatchings", "QuestionMatchings"})
-        EXPECT_EQ(Count(m_db, QLatin1String(table)), 0) << table;
-}
-
-TEST_P(CampaignDatabaseTest, ChangedKeysAreCarriedToDependentRows) {
-    InsertCampaign();
-    ASSERT_TRUE(m_db.Exec(QStringLiteral("UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE "
-                                         "\"VolumeID\" = 2")));
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"MergeVolumeID\" FROM \"ModalityMergings\"")),
-              QStringList{QStringLiteral("5")});
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
-                                        "\"QuestionID\" = 20")),
-              QStringList{QStringLiteral("5")});
-    ASSERT_TRUE(m_db.Exec(QStringLiteral("UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE "
-                                         "\"ModalityID\" = 100")));
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ChildModalityID\" FROM \"ModalityMergings\"")),
-              QStringList{QStringLiteral("101")});
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
-                                        "BY 1")),
-              (QStringList{QStringLiteral("101"), QStringLiteral("200")}));
+    Exec(m_db, QStringLiteral("DELETE FROM \"Waves\""));
+    for (const auto& c : cases)
+        EXPECT_EQ(Count(m_db, QLatin1String(c.table)), 0) << c.table;
 }
 
 TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefused) {
-    InsertCampaign();
-    const auto L = [](const char* text) { return QString::fromLatin1(text); };
+    InsertCampaign(m_db);
     const struct {
         const char* why;
         const char* table;
-        QStringList columns;
+        const char* columns;
         QVariantList values;
     } cases[] = {
-        {"a volume of a missing wave", "Volumes", {L("VolumeID"), L("WaveID")}, {3, 9}},
+        {"a volume of a missing wave", "Volumes", "VolumeID WaveID", {3, 9}},
         {"a caption of a missing question",
          "QuestionCaptions",
-         {L("QuestionID"), L("LanguageID")},
+         "QuestionID LanguageID",
          {99, 1033}},
         {"a merging of a missing response",
          "ModalityMergings",
-         {L("MasterModalityID"), L("ChildModalityID")},
+         "MasterModalityID ChildModalityID",
          {100, 999}},
-        {"a second wave in the same place", "Waves", {L("WaveID"), L("WaveOrder")}, {2, 1}},
+        {"a second wave in the same place", "Waves", "WaveID WaveOrder", {2, 1}},
         {"a second caption in one language",
          "QuestionCaptions",
-         {L("QuestionID"), L("LanguageID")},
+         "QuestionID LanguageID",
          {10, 1033}},
-        {"a key left empty", "Languages", {L("IsDefault")}, {false}},
-        {"an indexed column left empty", "Volumes", {L("VolumeID")}, {3}},
-        {"a text longer than its size",
-         "Waves",
-         {L("WaveID"), L("WaveOrder"), L("Name")},
-         {3, 3, QString(51, QLatin1Char('n'))}},
+        {"a key left empty", "Languages", "IsDefault", {false}},
+        {"an indexed column left empty", "Volumes", "VolumeID", {3}},
+        {"a text longer than its size", "Waves", "WaveID WaveOrder Name", {3, 3, QString(51, 'n')}},
     };
     for (const auto& c : cases)
-        EXPECT_FALSE(Insert(QLatin1String(c.table), c.columns, c.values)) << c.why;
-    EXPECT_TRUE(Insert(QStringLiteral("Waves"), {L("WaveID"), L("WaveOrder"), L("Name")},
-                       {3, 3, QString(50, QLatin1Char('n'))}))
+        EXPECT_FALSE(Insert(m_db, QLatin1String(c.table), QLatin1String(c.columns), c.values))
+            << c.why;
+    EXPECT_TRUE(Insert(m_db, QStringLiteral("Waves"), QStringLiteral("WaveID WaveOrder Name"),
+                       {3, 3, QString(50, 'n')}))
         << "a text of its full size fits";
     // The tag key answers to the name its index gives it.
-    const campaign::Table* tags = campaign::CampaignSchema().FindTable(QStringLiteral("Tags"));
-    ASSERT_TRUE(
-        Insert(QStringLiteral("Tags"), {tags->ResolveColumn(QStringLiteral("TagID"))}, {7}));
-    EXPECT_FALSE(
-        Insert(QStringLiteral("Tags"), {tags->ResolveColumn(QStringLiteral("TagID"))}, {7}));
+    const QString tagId = campaign::CampaignSchema()
+                              .FindTable(QStringLiteral("Tags"))
+                              ->ResolveColumn(QStringLiteral("TagID"));
+    ASSERT_TRUE(Insert(m_db, QStringLiteral("Tags"), tagId, {7}));
+    EXPECT_FALSE(Insert(m_db, QStringLiteral("Tags"), tagId, {7}));
 }
 
 TEST_P(CampaignDatabaseTest, EmptyTextsOnlyWhereAllowed) {
-    InsertCampaign();
-    // A row each table accepts, using the parents InsertCampaign made.
-    const auto L = [](const char* text) { return QString::fromLatin1(text); };
-    const std::map<QString, std::pair<QStringList, QVariantList>> rows = {
-        {L("Campaigns"), {{}, {}}},
-        {L("Waves"), {{L("WaveID"), L("WaveOrder")}, {7, 7}}},
-        {L("Volumes"), {{L("VolumeID"), L("WaveID")}, {7, 1}}},
-        {L("Questions"), {{L("QuestionID"), L("Order"), L("QuestionClassID")}, {7, 7, 0}}},
-        {L("QuestionMatchings"), {{L("QuestionID"), L("VolumeID")}, {7, 1}}},
-        {L("QuestionClasses"), {{L("QuestionClassID")}, {7}}},
-        {L("QuestionCaptions"), {{L("QuestionID"), L("LanguageID")}, {10, 7}}},
-        {L("Modalities"), {{L("ModalityID"), L("QuestionID"), L("ModalityOrder")}, {7, 10, 7}}},
-        {L("ModalityMatchings"), {{L("ModalityID"), L("QuestionID"), L("VolumeID")}, {7, 10, 1}}},
-        {L("ModalityCaptions"), {{L("ModalityID"), L("LanguageID")}, {100, 7}}},
-        {L("Languages"), {{L("LanguageID")}, {7}}},
-        {L("Versions"), {{L("VersionID")}, {7}}},
-        {L("Tags"), {{L("TagId")}, {7}}},
+    InsertCampaign(m_db);
+    // A row each table accepts, using the parents InsertCampaign made; the first column is its
+    // key.
+    const std::map<QString, std::pair<QString, QVariantList>> rows = {
+        {"Campaigns", {"", {}}},
+        {"Waves", {"WaveID WaveOrder", {7, 7}}},
+        {"Volumes", {"VolumeID WaveID", {7, 1}}},
+        {"Questions", {"QuestionID Order QuestionClassID", {7, 7, 0}}},
+        {"QuestionMatchings", {"QuestionID VolumeID", {7, 1}}},
+        {"QuestionClasses", {"QuestionClassID", {7}}},
+        {"QuestionCaptions", {"LanguageID QuestionID", {7, 10}}},
+        {"Modalities", {"ModalityID QuestionID ModalityOrder", {7, 10, 7}}},
+        {"ModalityMatchings", {"ModalityID QuestionID VolumeID", {7, 10, 1}}},
+        {"ModalityCaptions", {"LanguageID ModalityID", {7, 100}}},
+        {"Languages", {"LanguageID", {7}}},
+        {"Versions", {"VersionID", {7}}},
+        {"Tags", {"TagId", {7}}},
     };
-    const QStringList allowing = {
-        L("Campaigns.VersionNumber"),
-        L("Waves.Name"),
-        L("Volumes.Name"),
-        L("Volumes.MetaData"),
-        L("Volumes.CaseData"),
-        L("Volumes.QuestionMatchingMethods"),
-        L("Volumes.ResponseMatchingMethods"),
-        L("Questions.Shortcut"),
-        L("QuestionMatchings.SourceID"),
-        L("QuestionClasses.Caption"),
-        L("ModalityMatchings.ModalitySourceID"),
-        L("ModalityCaptions.ShortCaption"),
-        L("Languages.LanguageName"),
-        L("Versions.LongCaption"),
-        L("Versions.ShortCaption"),
-        L("Tags.Caption"),
-    };
+    const QStringList allowing =
+        QString::fromLatin1(
+            "Campaigns.VersionNumber Waves.Name Volumes.Name Volumes.MetaData Volumes.CaseData "
+            "Volumes.QuestionMatchingMethods Volumes.ResponseMatchingMethods Questions.Shortcut "
+            "QuestionMatchings.SourceID QuestionClasses.Caption ModalityMatchings.ModalitySourceID "
+            "ModalityCaptions.ShortCaption Languages.LanguageName Versions.LongCaption "
+            "Versions.ShortCaption Tags.Caption")
+            .split(QLatin1Char(' '));
     int texts = 0;
-    for (const ExpectedTable& table : Expected()) {
+    for (const ExpectedTable& table : kExpected) {
         const QString name = QLatin1String(table.name);
-        for (const char* spec : table.columns) {
-            const QStringList parts = QString::fromLatin1(spec).split(QLatin1Char(' '));
+        for (const QString& column : Split(table.columns, ',')) {
+            const QStringList parts = column.split(QLatin1Char(' '));
             if (!parts[1].startsWith(QLatin1Char('T')) && parts[1] != QLatin1String("M"))
                 continue;
             ++texts;
             const auto& [columns, values] = rows.at(name);
-            const bool allowed = allowing.contains(name + QLatin1Char('.') + parts[0]);
-            for (const QString& text :
-                 {QString(), QStringLiteral("x"), QString(QLatin1String(""))}) {
-                QVariantList all = values;
-                // A null text is NULL, never refused.
-                all.append(text.isNull() ? QVariant() : QVariant(text));
-                const bool expected = !text.isNull() && text.isEmpty() ? allowed : true;
-                const bool inserted = bool(Insert(name, columns + QStringList{parts[0]}, all));
-                EXPECT_EQ(inserted, expected) << (name + QLatin1Char('.') + parts[0]).toStdString()
-                                              << " with '" << text.toStdString() << "'";
-                if (inserted) { // the key is free for the next case
-                    ASSERT_TRUE(Delete(name, columns, values));
+            const QString named = name + QLatin1Char('.') + parts[0];
+            // A null text is NULL, never refused; an empty one only where allowed.
+            for (const QVariant& text : {QVariant(), QVariant(QStringLiteral("x")),
+                                         QVariant(QString(QLatin1String("")))}) {
+                const bool expected =
+                    text.isNull() || !text.toString().isEmpty() || allowing.contains(named);
+                const bool inserted = bool(Insert(m_db, name, columns + QLatin1Char(' ') + parts[0],
+                                                  QVariantList(values) << text));
+                EXPECT_EQ(inserted, expected)
+                    << named.toStdString() << " with '" << text.toString().toStdString() << "'";
+                if (inserted && !values.isEmpty()) { // the key is free for the next case
+                    Exec(m_db, QStringLiteral("DELETE FROM %1 WHERE %2 = %3")
+                                   .arg(m_db.Quote(name), m_db.Quote(columns.section(' ', 0, 0)),
+                                        values[0].toString()));
+                } else if (inserted) {
+                    Exec(m_db, QStringLiteral("DELETE FROM %1").arg(m_db.Quote(name)));
                 }
             }
         }
@@ -503,98 +458,384 @@ TEST_P(CampaignDatabaseTest, EmptyTextsOnlyWhereAllowed) {
     EXPECT_EQ(texts, 31);
 }
 
-TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTables) {
-    InsertCampaign();
-    m_db.Close();
-    const util::Outcome created = CreateDatabase(m_location);
-    ASSERT_TRUE(created) << created.Reason().toStdString();
-    ASSERT_TRUE(m_db.Open(m_location));
-    for (const ExpectedTable& table : Expected())
-        EXPECT_EQ(Count(m_db, QLatin1String(table.name)), 0) << table.name;
-}
-
-TEST_P(CampaignDatabaseTest, AFailedCreationChangesNothing) {
-    InsertCampaign();
+TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNothing) {
+    InsertCampaign(m_db);
     // Every table was dropped and made again before the last statement failed.
-    campaign::Schema broken = BrokenSchema();
-    EXPECT_FALSE(CreateDatabase(m_db, broken));
+    EXPECT_FALSE(CreateDatabase(m_db, BrokenSchema()));
     EXPECT_FALSE(m_db.HasTable(QStringLiteral("Broken")));
     EXPECT_EQ(Count(m_db, QStringLiteral("Modalities")), 2);
     EXPECT_EQ(Count(m_db, QStringLiteral("ModalityMergings")), 1);
     // Schemas that name what is not there are refused before anything is touched.
-    const auto missingIndexColumn = [] {
-        campaign::Schema schema = campaign::CampaignSchema();
-        schema.tables[1].indexes[1].columns = QStringList{QStringLiteral("WaveRank")};
-        return schema;
-    };
-    const auto missingRelationTable = [] {
-        campaign::Schema schema = campaign::CampaignSchema();
-        schema.relations.back().primaryTable = QStringLiteral("Volume");
-        return schema;
-    };
-    const auto missingRelationColumn = [] {
-        campaign::Schema schema = campaign::CampaignSchema();
-        schema.relations.front().foreignColumn = QStringLiteral("Wave");
-        return schema;
-    };
-    const auto tableTwice = [] {
-        campaign::Schema schema = campaign::CampaignSchema();
-        schema.tables.push_back(schema.tables.front());
-        schema.tables.back().name = QStringLiteral("CAMPAIGNS");
-        return schema;
-    };
     const struct {
-        campaign::Schema schema;
+        std::function<void(campaign::Schema&)> change;
         const char* named;
     } cases[] = {
-        {missingIndexColumn(), "WaveRank"},
-        {missingRelationTable(), "Volume"},
-        {missingRelationColumn(), "Wave"},
-        {tableTwice(), "CAMPAIGNS"},
+        {[](auto& s) { s.tables[1].indexes[1].columns = QStringList{"WaveRank"}; }, "WaveRank"},
+        {[](auto& s) { s.relations.back().primaryTable = QStringLiteral("Volume"); }, "Volume"},
+        {[](auto& s) { s.relations.front().foreignColumn = QStringLiteral("Wave"); }, "Wave"},
+        {[](auto& s) {
+             s.tables.push_back(s.tables.front());
+             s.tables.back().name = QStringLiteral("CAMPAIGNS");
+         },
+         "CAMPAIGNS"},
     };
     for (const auto& c : cases) {
-        const util::Outcome refused = CreateDatabase(m_db, c.schema);
+        campaign::Schema schema = campaign::CampaignSchema();
+        c.change(schema);
+        const util::Outcome refused = CreateDatabase(m_db, schema);
         EXPECT_FALSE(refused) << c.named;
         EXPECT_TRUE(refused.Reason().contains(QLatin1String(c.named)))
             << refused.Reason().toStdString();
         EXPECT_EQ(Count(m_db, QStringLiteral("Volumes")), 2) << c.named;
     }
+
+    m_db.Close();
+    const util::Outcome created = CreateDatabase(m_location);
+    ASSERT_TRUE(created) << created.Reason().toStdString();
+    ASSERT_TRUE(m_db.Open(m_location));
+    for (const ExpectedTable& table : kExpected)
+        EXPECT_EQ(Count(m_db, QLatin1String(table.name)), 0) << table.name;
 }
 
 TEST_P(CampaignDatabaseTest, YesNoIsFalseUnlessSetOnAServer) {
-    ASSERT_TRUE(Insert(QStringLiteral("Waves"),
-                       {QStringLiteral("WaveID"), QStringLiteral("WaveOrder")}, {1, 1}));
-    ASSERT_TRUE(Insert(QStringLiteral("Volumes"),
-                       {QStringLiteral("VolumeID"), QStringLiteral("WaveID")}, {1, 1}));
-    const QStringList flags = Rows(
-        m_db, QStringLiteral("SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\""));
+    ASSERT_TRUE(Insert(m_db, QStringLiteral("Waves"), QStringLiteral("WaveID WaveOrder"), {1, 1}));
+    ASSERT_TRUE(Insert(m_db, QStringLiteral("Volumes"), QStringLiteral("VolumeID WaveID"), {1, 1}));
     // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
-    EXPECT_EQ(flags, QStringList{Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false")});
+    EXPECT_EQ(Value(m_db, "SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\""),
+              Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, CampaignDatabaseTest,
-                         ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql),
-                         [](const ::testing::TestParamInfo<Dialect>& info) {
-                             return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
-                         });
+// --- version texts and the steps they plan ---
 
-QByteArray ReadAll(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+Version V(quint32 a, quint32 b, quint32 c, quint32 d) {
+    return Version{{a, b, c, d}};
 }
+
+TEST(SchemaVersion, ParsesDotsOrCommas) {
+    const struct {
+        const char* text;
+        Version version;
+        bool found;
+    } cases[] = {
+        {"5.6.1.0", V(5, 6, 1, 0), true},
+        {"5,6,1,0", V(5, 6, 1, 0), true},
+        {"5,2,0,0", V(5, 2, 0, 0), true},
+        {"5.4.10.0", V(5, 4, 10, 0), true},
+        {"5.6", V(5, 6, 0, 0), true},
+        {" 5 . 3 ", V(5, 3, 0, 0), true},
+        {"1.2.3.4.5", V(1, 2, 3, 4), true},
+        {"4294967295.0.0.1", V(4294967295u, 0, 0, 1), true},
+        // Reading stops at the first part that is not a number.
+        {"5.x.1.0", V(5, 0, 0, 0), true},
+        {"5.-1.1", V(5, 0, 0, 0), true},
+        // With a dot in it, commas do not separate.
+        {"5,6.1.0", V(0, 0, 0, 0), false},
+        {"4294967296", V(0, 0, 0, 0), false},
+        {"", V(0, 0, 0, 0), false},
+        {"version", V(0, 0, 0, 0), false},
+    };
+    for (const auto& c : cases) {
+        const campaign::ParsedVersion parsed = ParseVersion(QLatin1String(c.text));
+        EXPECT_EQ(parsed.version, c.version)
+            << c.text << " read as " << parsed.version.ToText().toStdString();
+        EXPECT_EQ(parsed.found, c.found) << c.text;
+    }
+}
+
+TEST(SchemaVersion, ComparesNumberByNumber) {
+    const struct {
+        const char* a;
+        const char* b;
+        bool older;
+    } cases[] = {
+        {"5.4.9.4", "5.4.10.0", true}, {"5.4.10.0", "5.4.9.4", false},
+        {"5.6.1.0", "5.6.1.0", false}, {"5,6,1,0", "5.6.1.0", false},
+        {"5.3.4.6", "5.3.5.1", true},  {"", "5.1.6.15", true},
+        {"5.10", "5.9.9.9", false},    {"4.99.99.99", "5", true},
+        {"5.6.0.0", "5.6.0.1", true},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(campaign::IsOlder(ParseVersion(QLatin1String(c.a)).version,
+                                    ParseVersion(QLatin1String(c.b)).version),
+                  c.older)
+            << c.a << " < " << c.b;
+    EXPECT_TRUE(campaign::IsOlderThanCurrent(V(5, 6, 0, 99)));
+    EXPECT_FALSE(campaign::IsOlderThanCurrent(V(5, 6, 1, 0)));
+    EXPECT_FALSE(campaign::IsOlderThanCurrent(V(5, 7, 0, 0)));
+}
+
+TEST(SchemaVersion, KnownVersionsRiseToTheCurrentOne) {
+    const QStringList& known = campaign::KnownVersions();
+    ASSERT_EQ(known.size(), 77);
+    EXPECT_EQ(known.front(), QStringLiteral("5.1.6.15"));
+    for (qsizetype i = 1; i < known.size(); ++i)
+        EXPECT_TRUE(
+            campaign::IsOlder(ParseVersion(known[i - 1]).version, ParseVersion(known[i]).version))
+            << known[i].toStdString();
+    EXPECT_EQ(campaign::CurrentVersion().ToText(), campaign::CampaignSchema().version);
+    for (const campaign::MigrationStep& step : campaign::MigrationSteps())
+        EXPECT_TRUE(known.contains(step.threshold)) << step.threshold.toStdString();
+}
+
+QStringList PlannedNames(const char* from) {
+    QStringList names;
+    for (const campaign::MigrationStep* step :
+         campaign::PlannedSteps(ParseVersion(QLatin1String(from)).version))
+        names.append(step->threshold + QLatin1Char(' ') + step->name);
+    return names;
+}
+
+TEST(SchemaVersion, EachThresholdRunsItsStepsForOlderDatabasesOnly) {
+    const QStringList latest = {
+        QStringLiteral("5.6.1.0 CSurveyTagsRSAdo::MoveTo5_6_1_0"),
+        QStringLiteral("5.6.1.0 CModalitiesRSAdo::MoveTo5_6_1_0"),
+        QStringLiteral("5.6.1.0 CQuestionCaptionsRSAdo::MoveTo5_6_1_0"),
+        QStringLiteral("5.6.1.0 CVersionsRSAdo::MoveTo5_6_1_0"),
+    };
+    EXPECT_EQ(PlannedNames("5.6.0.0"), latest);
+    EXPECT_EQ(PlannedNames("5,6,0,0"), latest);
+    EXPECT_EQ(PlannedNames("5.6.1.0"), QStringList());
+    EXPECT_EQ(PlannedNames("5.7"), QStringList());
+
+    const QStringList all = PlannedNames("");
+    EXPECT_EQ(all.size(), static_cast<qsizetype>(campaign::MigrationSteps().size()));
+    EXPECT_EQ(all.size(), 26);
+    EXPECT_EQ(all.front(), QStringLiteral("5.1.6.15 CVolumesRSAdo::MoveTo5_1_6_15"));
+    EXPECT_EQ(PlannedNames("garbage"), all);
+
+    const struct {
+        const char* from;
+        int steps;         // how many run
+        const char* first; // the first of them
+    } cases[] = {
+        {"5.1.6.14", 26, "5.1.6.15 CVolumesRSAdo::MoveTo5_1_6_15"},
+        {"5.1.6.15", 25, "5.2.0.0 CVolumesRSAdo::MoveTo5_2_0_0"},
+        {"5,2,0,0", 24, "5.2.1.1 CQuestionsRSAdo::MoveTo5_2_1_1"},
+        {"5.2.3.4", 23, "5.2.3.5 CQuestionsRSAdo::MoveTo5_2_3_5"},
+        {"5.2.3.5", 21, "5.3.0.0 CVolumesRSAdo::MoveTo5_3_0_0"},
+        {"5.3.0.0", 20, "5.3.0.1 CWavesRSAdo::MoveTo5_3_0_1"},
+        {"5.3.2.2", 18, "5.3.2.3 CVolumesRSAdo::MoveTo5_3_2_3"},
+        {"5.3.4.5", 16, "5.3.4.6 CQuestionsRSAdo::MoveTo5_2_3_5"},
+        // Equal is not older: only the second repair.
+        {"5.3.4.6", 14, "5.3.5.1 CQuestionsRSAdo::MoveTo5_2_3_5"},
+        {"5.3.5.1", 12, "5.5.2.4 CQuestionsRSAdo::MoveTo5_5_2_4"},
+        {"5.4.9.4", 12, "5.5.2.4 CQuestionsRSAdo::MoveTo5_5_2_4"},
+        {"5.4.10.0", 12, "5.5.2.4 CQuestionsRSAdo::MoveTo5_5_2_4"},
+        {"5.5.2.4", 9, "5.6.0.0 CCampaignsRSAdo::MoveTo5_6_0_0"},
+    };
+    for (const auto& c : cases) {
+        const QStringList planned = PlannedNames(c.from);
+        EXPECT_EQ(planned.size(), c.steps) << c.from;
+        EXPECT_EQ(planned.value(0), QLatin1String(c.first)) << c.from;
+        EXPECT_EQ(planned, all.mid(all.size() - planned.size())) << "a tail of the whole run";
+    }
+}
+
+TEST(SchemaVersion, OlderSchemasLackWhatLaterStepsAdd) {
+    const campaign::Schema old = campaign::SchemaAt(V(5, 1, 0, 0));
+    EXPECT_EQ(old.tables.size(), 13u) << "no tags yet";
+    EXPECT_EQ(old.FindTable(QStringLiteral("Tags")), nullptr);
+    EXPECT_EQ(old.relations.size(), 10u);
+    const campaign::Table* volumes = old.FindTable(QStringLiteral("Volumes"));
+    ASSERT_NE(volumes, nullptr);
+    EXPECT_EQ(volumes->FindColumn(QStringLiteral("MatchUsingAncestorValues")), nullptr);
+    EXPECT_EQ(volumes->FindColumn(QStringLiteral("CaseData"))->type, campaign::kText);
+    EXPECT_EQ(old.FindTable(QStringLiteral("Waves"))->indexes.size(), 1u);
+    // A version at a threshold has what that threshold's steps made.
+    const campaign::Schema at = campaign::SchemaAt(V(5, 5, 2, 4));
+    ASSERT_NE(at.FindTable(QStringLiteral("Tags")), nullptr);
+    EXPECT_EQ(at.FindTable(QStringLiteral("Tags"))->FindColumn(QStringLiteral("Caption"))->size,
+              50);
+    const campaign::Schema current = campaign::SchemaAt(campaign::CurrentVersion());
+    EXPECT_EQ(campaign::CreateStatements(current, Connection()),
+              campaign::CreateStatements(campaign::CampaignSchema(), Connection()));
+}
+
+// --- older databases migrated ---
+
+using MigrationsTest = DatabaseTest;
+
+TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
+    Connection fresh;
+    Make(fresh, campaign::CampaignSchema());
+    const QStringList expected = Catalogue(fresh);
+    ASSERT_EQ(expected.size(), 148) << "14 tables, 104 columns, 20 indexes, 10 relations";
+    for (const char* from : {"", "5.1.6.15", "5,2,3,6", "5.3.4.6", "5.5.2.4", "5.6.0.0"}) {
+        SCOPED_TRACE(from);
+        Connection db;
+        Make(db, campaign::SchemaAt(ParseVersion(QLatin1String(from)).version));
+        if (*from == '\0') {
+            EXPECT_NE(Catalogue(db), expected) << "the old schema differs";
+        }
+        InsertCampaign(db);
+        const util::Outcome migrated = MigrateDatabase(db, QLatin1String(from));
+        ASSERT_TRUE(migrated) << migrated.Reason().toStdString();
+        EXPECT_EQ(Difference(Catalogue(db), expected).toStdString(), "");
+        // The rows are kept, rebuilt tables included, and relations still cascade.
+        EXPECT_EQ(Value(db, "SELECT \"CaseData\", \"Versions\", \"LongCaption\", \"ShortCaption\" "
+                            "FROM \"Volumes\", \"Questions\" q, \"QuestionCaptions\" c WHERE "
+                            "\"VolumeID\" = 1 AND q.\"QuestionID\" = 10 AND c.\"QuestionID\" = 10"),
+                  QStringLiteral("cases|v1|Long|Short"));
+        if (Sqlite()) {
+            EXPECT_EQ(Value(db, "PRAGMA foreign_keys"), QStringLiteral("1"));
+        }
+        Exec(db, QStringLiteral("DELETE FROM \"Volumes\""));
+        EXPECT_EQ(Count(db, QStringLiteral("QuestionCaptions")), 0);
+        EXPECT_EQ(Count(db, QStringLiteral("Modalities")), 0);
+    }
+}
+
+TEST_P(MigrationsTest, AddedColumnsGetTheirValuesAndChangedOnesTheirRules) {
+    Connection db;
+    Make(db, campaign::SchemaAt(Version{}));
+    InsertCampaign(db);
+    ASSERT_TRUE(MigrateDatabase(db, QString()));
+    EXPECT_EQ(Value(db, "SELECT \"MatchUsingAncestorValues\", \"CaseSensitiveMatching\", "
+                        "\"AddNoNewQuestions\", \"ReconciliationSourceQuestionIDs\" FROM "
+                        "\"Volumes\""),
+              QStringLiteral("%1|%1|%1|").arg(Bool(false)));
+    EXPECT_EQ(Value(db, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM \"Questions\""),
+              QStringLiteral("%1|%1").arg(Bool(true)));
+    EXPECT_EQ(Value(db, "SELECT \"BaseType\" FROM \"Modalities\""), QStringLiteral("0"));
+    const QString longText(300, QLatin1Char('x'));
+    const struct {
+        const char* why;
+        const char* sql; // %1 is a text of 300 characters
+        bool accepted;
+    } cases[] = {
+        {"question versions may be empty", "UPDATE \"Questions\" SET \"Versions\" = ''", true},
+        {"question user data may be empty", "UPDATE \"Questions\" SET \"UserData\" = ''", true},
+        {"entry codes may be empty", "UPDATE \"Modalities\" SET \"EntryCode\" = ''", true},
+        {"response versions may be empty", "UPDATE \"Modalities\" SET \"Versions\" = ''", true},
+        {"wave descriptions may be empty", "UPDATE \"Waves\" SET \"Description\" = ''", true},
+        {"link ids may be empty", "UPDATE \"Volumes\" SET \"ThisVolumeLinkQuestionID\" = ''", true},
+        {"long captions may be empty", "UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''",
+         true},
+        {"tag descriptions may be empty",
+         "INSERT INTO \"Tags\" (\"TagId\", \"Description\") VALUES (1, '')", true},
+        {"response user data still refuses an empty text",
+         "UPDATE \"Modalities\" SET \"UserData\" = ''", false},
+        {"case data became a memo", "UPDATE \"Volumes\" SET \"CaseData\" = '%1'", true},
+        {"short question captions became memos",
+         "UPDATE \"QuestionCaptions\" SET \"ShortCaption\" = '%1'", true},
+        {"response user data became a memo", "UPDATE \"Modalities\" SET \"UserData\" = '%1'", true},
+        {"short version captions became Text(255)",
+         "UPDATE \"Versions\" SET \"ShortCaption\" = '%1'", false},
+        {"tag captions are Text(255)",
+         "INSERT INTO \"Tags\" (\"TagId\", \"Caption\") VALUES (1, '%1')", false},
+    };
+    for (const auto& c : cases) {
+        const QString sql = QString::fromLatin1(c.sql).replace(QLatin1String("%1"), longText);
+        const bool accepted = bool(db.Exec(sql));
+        EXPECT_EQ(accepted, c.accepted) << c.why;
+        if (accepted) { // a tag it adds is taken away again, so that the next case can use the key
+            Exec(db, QStringLiteral("DELETE FROM \"Tags\""));
+        }
+    }
+}
+
+TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
+    Connection db;
+    Make(db, campaign::SchemaAt(V(5, 2, 3, 6)));
+    // Two waves in one place: the unique wave order cannot be made.
+    Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (1, 1)"));
+    Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (2, 1)"));
+    const util::Outcome failed = MigrateDatabase(db, QStringLiteral("5.2.3.6"));
+    ASSERT_FALSE(failed);
+    EXPECT_TRUE(
+        failed.Reason().startsWith(QLatin1String("ADO error CWavesRSAdo::MoveTo5_3_0_1 - ")))
+        << failed.Reason().toStdString();
+    EXPECT_GT(failed.Reason().size(), 45) << "the database's reason follows";
+    EXPECT_TRUE(db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("AddNoNewQuestions")));
+    EXPECT_TRUE(
+        db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("ReconciliationSourceQuestionIDs")));
+    EXPECT_FALSE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("IsVisibleInAnalyse")));
+    EXPECT_FALSE(db.HasTable(QStringLiteral("Tags")));
+    // Once the cause is gone the same version text migrates: what was done is not done twice.
+    Exec(db, QStringLiteral("DELETE FROM \"Waves\" WHERE \"WaveID\" = 2"));
+    Exec(db, QStringLiteral("INSERT INTO \"Volumes\" (\"VolumeID\", \"WaveID\", "
+                            "\"AddNoNewQuestions\") VALUES (1, 1, %1)")
+                 .arg(Bool(true)));
+    const util::Outcome again = MigrateDatabase(db, QStringLiteral("5.2.3.6"));
+    ASSERT_TRUE(again) << again.Reason().toStdString();
+    EXPECT_EQ(Value(db, "SELECT \"AddNoNewQuestions\" FROM \"Volumes\""), Bool(true));
+    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
+}
+
+TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
+    Connection db;
+    Make(db, campaign::SchemaAt(V(5, 6, 0, 0)));
+    InsertCampaign(db);
+    // Too long for the Text(255) that the last step makes of it.
+    const QString longText(300, QLatin1Char('x'));
+    Exec(db, QStringLiteral("UPDATE \"Versions\" SET \"ShortCaption\" = '%1'").arg(longText));
+    const util::Outcome failed = MigrateDatabase(db, QStringLiteral("5,6,0,0"));
+    ASSERT_FALSE(failed);
+    EXPECT_TRUE(
+        failed.Reason().startsWith(QLatin1String("ADO error CVersionsRSAdo::MoveTo5_6_1_0 - ")))
+        << failed.Reason().toStdString();
+    // The step before it stays applied.
+    EXPECT_TRUE(db.Exec(QStringLiteral("UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''")));
+    // Its own first change, the long caption becoming a memo, is undone with it.
+    EXPECT_FALSE(
+        db.Exec(QStringLiteral("UPDATE \"Versions\" SET \"LongCaption\" = '%1'").arg(longText)));
+    EXPECT_EQ(Value(db, "SELECT \"ShortCaption\" FROM \"Versions\""), longText);
+    EXPECT_EQ(testutil::TableNames(db).size(), 14);
+}
+
+TEST_P(MigrationsTest, AColumnThatExistsIsSkippedWithItsFill) {
+    Connection db;
+    Make(db, campaign::CampaignSchema());
+    InsertCampaign(db);
+    Exec(db, QStringLiteral("UPDATE \"Questions\" SET \"IsDevelopLevels\" = %1, "
+                            "\"IsVisibleInAnalyse\" = %1")
+                 .arg(Bool(false)));
+    const QStringList before = Catalogue(db);
+    // A version text older than the tables: every step finds its work done.
+    const util::Outcome migrated = MigrateDatabase(db, QStringLiteral("5.0"));
+    ASSERT_TRUE(migrated) << migrated.Reason().toStdString();
+    EXPECT_EQ(Catalogue(db), before);
+    EXPECT_EQ(Value(db, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM \"Questions\""),
+              QStringLiteral("%1|%1").arg(Bool(false)));
+}
+
+TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
+    // Files at 5.3.4.6 and 5.3.5.1 whose question versions still refuse an empty text.
+    campaign::Schema broken = campaign::SchemaAt(V(5, 3, 5, 1));
+    for (campaign::Table& table : broken.tables)
+        for (campaign::Column& column : table.columns)
+            if (table.name == QLatin1String("Questions") &&
+                column.name == QLatin1String("Versions"))
+                column.allowZeroLength = false;
+    const struct {
+        const char* from;
+        bool repaired;
+    } cases[] = {{"5.3.4.5", true}, {"5.3.4.6", true}, {"5.3.5.1", false}, {"5.3.5.2", false}};
+    for (const auto& c : cases) {
+        Connection db;
+        Make(db, broken);
+        InsertCampaign(db);
+        ASSERT_TRUE(MigrateDatabase(db, QLatin1String(c.from))) << c.from;
+        EXPECT_EQ(bool(db.Exec(QStringLiteral("UPDATE \"Questions\" SET \"Versions\" = ''"))),
+                  c.repaired)
+            << c.from;
+    }
+}
+
+const auto kDialects = ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql);
+INSTANTIATE_TEST_SUITE_P(Each, CampaignDatabaseTest, kDialects, DialectName);
+INSTANTIATE_TEST_SUITE_P(Each, MigrationsTest, kDialects, DialectName);
+
+// --- a database file ---
 
 TEST(CampaignDatabaseFile, ReplacesAnExistingFileOrLeavesItWhole) {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("old.qew"));
-    {
-        QFile old(path);
-        ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-        old.write("not a campaign yet");
-    }
+    ASSERT_TRUE(testutil::WriteAll(path, "not a campaign yet"));
     const util::Outcome failed = CreateDatabase(path, BrokenSchema());
     EXPECT_FALSE(failed);
     EXPECT_TRUE(failed.Reason().contains(path)) << failed.Reason().toStdString();
-    EXPECT_EQ(ReadAll(path), QByteArray("not a campaign yet"));
+    EXPECT_EQ(testutil::ReadAll(path), QByteArray("not a campaign yet"));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("old.qew")})
         << "nothing is left behind";
 
