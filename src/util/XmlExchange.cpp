@@ -99,7 +99,15 @@ bool ReadSmallFile(const QString& path, qint64 maxBytes, QByteArray& bytes, QStr
         error = QStringLiteral("larger than %1 bytes").arg(maxBytes);
         return false;
     }
-    bytes = file.read(maxBytes + 1);
+    // In pieces, not in one buffer of the limit's size: most files are small.
+    bytes.clear();
+    bytes.reserve(file.size());
+    while (!file.atEnd() && bytes.size() <= maxBytes) {
+        const QByteArray piece = file.read(qint64(1) << 20);
+        if (piece.isEmpty())
+            break;
+        bytes.append(piece);
+    }
     if (bytes.size() > maxBytes) { // a file that grew, or a device without a size
         error = QStringLiteral("larger than %1 bytes").arg(maxBytes);
         return false;
