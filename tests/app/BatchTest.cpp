@@ -254,6 +254,39 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
     }
 }
 
+// XLIFF for translation tools and TMX for the dictionary, through the real program.
+TEST_F(BatchProcessTest, XliffAndTmxFiles) {
+    const struct {
+        QStringList arguments;
+        const char* result;
+        const char* file;    // written by the run, and what it must hold
+        const char* holds;
+    } runs[] = {
+        {{m_survey, "export:out.xlf", "languages:ENU,FRA"}, "0", "out.xlf", "version=\"1.2\""},
+        {{m_survey, "export:out2.XLIFF", "xliff:2.0", "languages:ENU,FRA"}, "0", "out2.XLIFF",
+         "version=\"2.0\""},
+        {{m_survey, "export:bad.xlf", "xliff:2.1"}, "-20", nullptr, nullptr},
+        {{m_survey, "translate:out2.XLIFF"}, "0", nullptr, nullptr}, // every target as it is
+        {{Path("memory.dic"), "export:memory.tmx"}, "-1", nullptr, nullptr}, // no dictionary
+        {{Path("memory.dic"), "translate:shared.tmx"}, "2", nullptr, nullptr},
+        {{Path("memory.dic"), "export:memory.tmx"}, "0", "memory.tmx", "xml:lang=\"fr-FR\""},
+        {{Path("memory.dic"), "translate:out.xlf"}, "-1", nullptr, nullptr}, // no questionnaire
+    };
+    QProcess tool;
+    tool.start(QStringLiteral("/usr/bin/python3"),
+               {testutil::DataPath(QStringLiteral("dictionary/tmx_tool.py")),
+                QStringLiteral("write"), Path(QStringLiteral("shared.tmx"))});
+    ASSERT_TRUE(tool.waitForFinished(60000));
+    for (const auto& r : runs) {
+        SCOPED_TRACE(r.arguments.join(QLatin1Char(' ')).toStdString());
+        const ProcessRun run = Translator(r.arguments);
+        EXPECT_EQ(run.result, QLatin1String(r.result)) << run.err.toStdString();
+        if (r.file)
+            EXPECT_TRUE(testutil::ReadAll(Path(QLatin1String(r.file))).contains(r.holds));
+    }
+    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("bad.xlf"))));
+}
+
 TEST_F(BatchProcessTest, WithoutAnOperationNoBatchWorkIsDone) {
     for (const QStringList& arguments :
          {QStringList{m_survey}, QStringList{m_survey, QStringLiteral("translate:")},
