@@ -443,8 +443,10 @@ qint32 XliffImporter::Run(ImportReport* report) {
         if (const qint32 code = CheckLanguage(file.sourceTag, source); code < 0)
             return code;
         // The file's source is what only-unchanged and copy identical compare with the
-        // reference language: another source language cannot be checked against it.
-        if (source != m_options.referenceLanguage)
+        // reference language: another source language cannot be checked against it. Otherwise
+        // the units' keys say where the targets go, whatever the source.
+        if ((m_options.onlyUnchanged || m_options.copyIdentical) &&
+            source != m_options.referenceLanguage)
             return Fail(kImportNoReferenceColumn, Tr(strings::kReferenceLanguageNotFound));
         qint32 target = 0;
         if (!file.targetTag.isEmpty())

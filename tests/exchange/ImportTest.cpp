@@ -27,7 +27,7 @@ using testutil::kGerman;
 
 namespace {
 
-constexpr char kHeader[] = "QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n";
+const QString kHeader = QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n");
 
 class ImportTest : public ::testing::Test {
 protected:
@@ -59,75 +59,42 @@ protected:
 };
 
 TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {
-    const QString notTranslation = QStringLiteral("This does not seem to be a translation file");
     const struct {
-        const char* name;
-        QString text;
-        bool onlyUnchanged;
+        const char* header; // a row follows unless the file is empty
         qint32 code;
-        QString message;
+        const char* message = "This does not seem to be a translation file";
+        bool onlyUnchanged = false;
     } cases[] = {
-        {"no row", QString(), false, -11, notTranslation},
-        {"only line ends", QStringLiteral("\r\n\r\n"), false, -12, notTranslation},
-        {"two header cells", QStringLiteral("QuestionId\tResponseId\r\n1\t-1\r\n"), false, -12,
-         notTranslation},
-        {"first title in other case", QStringLiteral("questionid\tResponseId\t1033(ENU)\r\n"),
-         false, -13, notTranslation},
-        {"second title", QStringLiteral("QuestionId\tResponse\t1033(ENU)\r\n"), false, -14,
-         notTranslation},
-        {"no parenthesis", QStringLiteral("QuestionId\tResponseId\tEnglish\r\n"), false, -15,
-         notTranslation},
-        {"not a number", QStringLiteral("QuestionId\tResponseId\tEN(ENU)\r\n"), false, -16,
-         notTranslation},
-        {"unknown language", QStringLiteral("QuestionId\tResponseId\t32767(XYZ)\r\n"), false, -17,
-         QStringLiteral("Language not recognised...")},
-        {"language not in the questionnaire",
-         QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1034(ESP)\r\n"), false, -18,
-         QStringLiteral("The language 'Spanish (Spain)' is not defined in the qes file!")},
-        {"no reference column", QStringLiteral("QuestionId\tResponseId\t1036(FRA)\r\n"), true, -19,
-         QStringLiteral("The reference language has not been found in the file! It is not "
-                        "possible to know if a caption has changed!")},
+        {"", -11},
+        {"\r\n\r\n", -12},
+        {"QuestionId\tResponseId\r\n1\t-1\r\n", -12},
+        {"questionid\tResponseId\t1033(ENU)\r\n", -13},
+        {"QuestionId\tResponse\t1033(ENU)\r\n", -14},
+        {"QuestionId\tResponseId\tEnglish\r\n", -15},
+        {"QuestionId\tResponseId\tEN(ENU)\r\n", -16},
+        {"QuestionId\tResponseId\t32767(XYZ)\r\n", -17, "Language not recognised..."},
+        {"QuestionId\tResponseId\t1033(ENU)\t1034(ESP)\r\n", -18,
+         "The language 'Spanish (Spain)' is not defined in the qes file!"},
+        {"QuestionId\tResponseId\t1036(FRA)\r\n", -19,
+         "The reference language has not been found in the file! It is not possible to know if a "
+         "caption has changed!",
+         true},
     };
     const CQuestionnaire before = m_q;
     for (const auto& c : cases) {
         m_options.onlyUnchanged = c.onlyUnchanged;
-        const QString row = QStringLiteral("10\t-1\tchanged\tchangé\r\n");
-        EXPECT_EQ(Import(c.text.isEmpty() ? QString() : c.text + row), c.code) << c.name;
-        EXPECT_EQ(m_messages.messages, QStringList{c.message}) << c.name;
-        EXPECT_EQ(m_messages.kinds, QList<util::MessageKind>{util::MessageKind::Error}) << c.name;
+        const QString header = QString::fromLatin1(c.header);
+        EXPECT_EQ(Import(header.isEmpty() ? header
+                                          : header + QStringLiteral("10\t-1\tchanged\tchangé\r\n")),
+                  c.code)
+            << c.header;
+        EXPECT_EQ(m_messages.messages, QStringList{QString::fromLatin1(c.message)}) << c.header;
+        EXPECT_EQ(m_messages.kinds, QList<util::MessageKind>{util::MessageKind::Error}) << c.header;
     }
     EXPECT_EQ(m_q, before);
 }
 
-TEST_F(ImportTest, UnreadableFilesGiveMinusTen) {
-    EXPECT_EQ(ImportPath(m_dir.filePath(QStringLiteral("missing.txt"))), -10);
-    EXPECT_EQ(m_messages.messages.value(0),
-              QStringLiteral("Cannot open the file '%1'")
-                  .arg(m_dir.filePath(QStringLiteral("missing.txt"))));
-    // UTF-16 without its mark is read as ANSI and stops at the first zero byte.
-    const QString unmarked = m_dir.filePath(QStringLiteral("unmarked.txt"));
-    testutil::WriteAll(unmarked, testutil::Utf16Le(QString::fromLatin1(kHeader) +
-                                                       QStringLiteral("10\t-1\tx\ty\r\n"),
-                                                   false));
-    EXPECT_EQ(ImportPath(unmarked), -10);
-
-    // A zero character ends the text; well before the end of the file it makes the file binary,
-    // whether it stands in the header or after rows that were already imported.
-    const CQuestionnaire before = m_q;
-    const QString rows = QStringLiteral("10\t-1\tx\tchanged\r\n").repeated(3);
-    const QString padding(30, QLatin1Char(' '));
-    for (const QString& text : {QStringLiteral("Quest") + QChar(0) + padding,
-                                QString::fromLatin1(kHeader) + rows + QChar(0) + padding}) {
-        EXPECT_EQ(Import(text), -10);
-        EXPECT_EQ(m_messages.messages.value(0), QStringLiteral("Cannot open the file '%1'")
-                                                    .arg(m_dir.filePath(QStringLiteral("in.txt"))));
-        EXPECT_TRUE(m_q == before);
-    }
-    // Near the end it only cuts the text short.
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + rows + QChar(0) + QStringLiteral("tail")), 2);
-}
-
-TEST_F(ImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
+TEST_F(ImportTest, UnreadableFilesGiveMinusTenAndChangeNothing) {
     const QString huge = m_dir.filePath(QStringLiteral("huge.txt"));
     {
         QFile file(huge);
@@ -135,20 +102,46 @@ TEST_F(ImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
         file.write("\xFF\xFE", 2);
         ASSERT_TRUE(file.resize(qint64(2) << 30)); // sparse: costs no disk
     }
+    // UTF-16 without its mark is read as ANSI and stops at the first zero byte.
+    const QString unmarked = m_dir.filePath(QStringLiteral("unmarked.txt"));
+    ASSERT_TRUE(testutil::WriteAll(
+        unmarked, testutil::Utf16Le(kHeader + QStringLiteral("10\t-1\tx\ty\r\n"), false)));
+    // A zero character ends the text; well before the end of the file it makes the file binary,
+    // whether it stands in the header or after rows that would be imported.
+    const QString rows = QStringLiteral("10\t-1\tx\tchanged\r\n").repeated(3);
+    const QString padding(30, QLatin1Char(' '));
+    const QString cannotOpen = QStringLiteral("Cannot open the file '%1'");
+    const struct {
+        QString path;
+        QString message;
+    } cases[] = {
+        {m_dir.filePath(QStringLiteral("missing.txt")), cannotOpen},
+        {unmarked, cannotOpen},
+        {Write(QStringLiteral("Quest") + QChar(0) + padding, QStringLiteral("zero1.txt")),
+         cannotOpen},
+        {Write(kHeader + rows + QChar(0) + padding, QStringLiteral("zero2.txt")), cannotOpen},
+        {huge, QStringLiteral("The file '%1' is larger than 1 GiB: a translation file is never "
+                              "that large.")},
+    };
     const CQuestionnaire before = m_q;
-    EXPECT_EQ(ImportPath(huge), -10);
-    EXPECT_TRUE(m_messages.messages.value(0).contains(QLatin1String("larger than 1 GiB")));
-    EXPECT_EQ(m_q, before);
+    for (const auto& c : cases) {
+        EXPECT_EQ(ImportPath(c.path), -10) << c.path.toStdString();
+        EXPECT_EQ(m_messages.messages, QStringList{c.message.arg(c.path)});
+        EXPECT_EQ(m_q, before);
+    }
+    // Near the end a zero only cuts the text short.
+    EXPECT_EQ(Import(kHeader + rows + QChar(0) + QStringLiteral("tail")), 2);
+}
+
+TEST_F(ImportTest, LongLinesAndLoneSurrogatesAreRead) {
     // One line of 100 MB: read, cut and written like any other.
     const QString caption = QStringLiteral("x").repeated(50 * 1000 * 1000);
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
-                     QStringLiteral("10\t-1\tHow satisfied are you?\t") + caption),
-              1);
+    EXPECT_EQ(Import(kHeader + QStringLiteral("10\t-1\tHow satisfied are you?\t") + caption), 1);
     EXPECT_EQ(ReadCaption(m_q, 10, -1, kFrench).size(), caption.size());
     // A lone surrogate is a code unit like any other; the first zero ends the text.
     const QString lone = QStringLiteral("a") + QChar(0xDC00) + QStringLiteral("b");
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) + QStringLiteral("10\t-2\tSatisfaction\t") +
-                     lone + QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
+    EXPECT_EQ(Import(kHeader + QStringLiteral("10\t-2\tSatisfaction\t") + lone +
+                     QStringLiteral("\r\n10\t-4\t\tbefore zero") + QChar(0) +
                      QStringLiteral("\r\n10\t-3\t\tlost\r\n")),
               2);
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), lone);
@@ -157,18 +150,18 @@ TEST_F(ImportTest, HugeFilesAreRefusedUnreadAndLongLinesRead) {
 }
 
 TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
-    const QString text = QString::fromLatin1(kHeader) +
-                         QStringLiteral("10\t-1\tHow satisfied are you?\tÊtes-vous satisfait ?\r\n"
-                                        "10\t-2\tSatisfaction\tSatisfaction\r\n"
-                                        "10\t-3\t\t\r\n"        // empty English: kept as it was
-                                        "10\t1\tVery\t\r\n"     // empty French: cleared
-                                        "0\t-1\tzero\tzero\r\n" // a zero key is never imported
-                                        "10\t0\tzero\tzero\r\n"
-                                        "abc\t-1\tx\tx\r\n" // not a number reads as 0
-                                        "999\t-1\tx\tx\r\n" // unknown question
-                                        "10\r\n"            // too short
-                                        "-2\t5\tSkipping ahead\tOn saute\r\n"
-                                        "-1\t3\tPlease answer this one.\tRépondez\\nsvp\r\n");
+    const QString text =
+        kHeader + QStringLiteral("10\t-1\tHow satisfied are you?\tÊtes-vous satisfait ?\r\n"
+                                 "10\t-2\tSatisfaction\tSatisfaction\r\n"
+                                 "10\t-3\t\t\r\n"        // empty English: kept as it was
+                                 "10\t1\tVery\t\r\n"     // empty French: cleared
+                                 "0\t-1\tzero\tzero\r\n" // a zero key is never imported
+                                 "10\t0\tzero\tzero\r\n"
+                                 "abc\t-1\tx\tx\r\n" // not a number reads as 0
+                                 "999\t-1\tx\tx\r\n" // unknown question
+                                 "10\r\n"            // too short
+                                 "-2\t5\tSkipping ahead\tOn saute\r\n"
+                                 "-1\t3\tPlease answer this one.\tRépondez\\nsvp\r\n");
     // A cell differing from a caption that does not exist counts as written, though the write
     // finds nothing to change: the unknown question's two cells are in the count.
     EXPECT_EQ(Import(text), 6);
@@ -204,19 +197,17 @@ TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
 TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
     m_options.onlyUnchanged = true;
     // One rejected row (a change of letter case counts): no file, the plain message.
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
-                     QStringLiteral("10\t-2\tSATISFACTION\tSatisfaction\r\n"
-                                    "10\t1\tVery\tTrès bien\r\n")),
+    EXPECT_EQ(Import(kHeader + QStringLiteral("10\t-2\tSATISFACTION\tSatisfaction\r\n"
+                                              "10\t1\tVery\tTrès bien\r\n")),
               1);
     EXPECT_EQ(m_messages.messages, QStringList{QStringLiteral("1 captions have been modified!")});
     EXPECT_FALSE(QFileInfo::exists(Unused()));
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QString());
 
     // Two rejected rows: both in the file, with the current source text; the message says one.
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
-                     QStringLiteral("10\t-1\tOld question\tAncienne\r\n"
-                                    "10\t-3\tOld\\ninstructions\tx\ty\r\n"
-                                    "10\t-2\tSatisfaction\tSatisfaction\r\n")),
+    EXPECT_EQ(Import(kHeader + QStringLiteral("10\t-1\tOld question\tAncienne\r\n"
+                                              "10\t-3\tOld\\ninstructions\tx\ty\r\n"
+                                              "10\t-2\tSatisfaction\tSatisfaction\r\n")),
               1);
     EXPECT_EQ(m_report.rejectedRows, 2);
     EXPECT_EQ(testutil::ReadAll(Unused()),
@@ -558,7 +549,7 @@ TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
 TEST_F(ImportTest, RejectedRowsAreQuotedAsExportedRows) {
     m_options.onlyUnchanged = true;
     questionnaire::WriteCaption(m_q, 10, -2, kEnglish, QStringLiteral("Say \"hi\""));
-    EXPECT_EQ(Import(QString::fromLatin1(kHeader) +
+    EXPECT_EQ(Import(kHeader +
                      QStringLiteral("10\t-2\tSatisfaction\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
                                     "10\t-1\tOld question\t\"deux\nlignes\"\r\n")),
               0);

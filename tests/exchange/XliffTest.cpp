@@ -233,13 +233,14 @@ TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
         {"unknown tag", Document("1.2", "en-US", "xx-XX", {}), exchange::kImportUnknownLanguage},
         {"not the questionnaire's", Document("2.0", "en-US", "fr-CA", {}),
          exchange::kImportLanguageNotInQuestionnaire},
-        {"source not the reference", Document("1.2", "de-DE", "fr-FR", {}),
+        {"source not the reference, only unchanged", Document("1.2", "de-DE", "fr-FR", {}),
          exchange::kImportNoReferenceColumn},
         {"1.2 new", Document("1.2", "en-US", "fr-FR", "new"), 0},
         {"1.2 needs-translation", Document("1.2", "en-US", "fr-FR", "needs-translation"), 0},
         {"2.0 initial", Document("2.0", "en-US", "fr-FR", "initial"), 0},
         {"empty target", Document("2.0", "en-US", "fr-FR", "translated", {}), 0},
         {"1.2 no state", good, 1},
+        {"source not the reference", Document("1.2", "de-DE", "fr-FR", {}), 1},
         {"1.2 final", Document("1.2", "en-US", "fr-FR", "final"), 1},
         {"2.0 translated", Document("2.0", "en-US", "fr-FR", "translated"), 1},
     };
@@ -248,7 +249,9 @@ TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
         SCOPED_TRACE(c.what);
         SetUp();
         ASSERT_TRUE(testutil::WriteAll(path, c.bytes));
-        EXPECT_EQ(Import(path, ImportOptions()), c.result);
+        exchange::ImportOptions options = ImportOptions();
+        options.onlyUnchanged = QByteArray(c.what).endsWith("only unchanged");
+        EXPECT_EQ(Import(path, options), c.result);
         EXPECT_EQ(Caption(10, 1, kFrench),
                   c.result == 1 ? QStringLiteral("Tout à fait") : QStringLiteral("Très"));
     }

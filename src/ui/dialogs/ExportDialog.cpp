@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -67,6 +68,19 @@ ExportDialog::ExportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
         if (known && xliff != (ending != QLatin1String(".txt")))
             m_path->setText(path.left(dot) +
                             (xliff ? QStringLiteral(".xlf") : QStringLiteral(".txt")));
+    });
+
+    // And a typed ending chooses the format.
+    connect(m_path, &QLineEdit::textEdited, this, [this](const QString& path) {
+        const bool xliff = path.endsWith(QLatin1String(".xlf"), Qt::CaseInsensitive) ||
+                           path.endsWith(QLatin1String(".xliff"), Qt::CaseInsensitive);
+        const bool text = path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive);
+        const bool chosenXliff = ChosenFormat() != Format::TabSeparated;
+        QSignalBlocker keepPath(m_format);
+        if (xliff && !chosenXliff)
+            m_format->setCurrentIndex(m_format->findData(int(Format::Xliff12)));
+        else if (text && chosenXliff)
+            m_format->setCurrentIndex(m_format->findData(int(Format::TabSeparated)));
     });
 
     auto* outputLabel = new QLabel(Tr(strings::kOutputFile), this);

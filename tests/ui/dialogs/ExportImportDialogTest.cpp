@@ -8,6 +8,7 @@
 
 #include <QAbstractItemView>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -264,6 +265,38 @@ private Q_SLOTS:
         flags[box] = true;
         QCOMPARE(Flags(dialog.Options()), flags);
         QCOMPARE(dialog.Options().versions, QList<qint32>{2});
+    }
+
+    // The format chosen with the keys; the file's ending follows it, another ending stays.
+    void formatFollowsEnding() {
+        TestExportDialog dialog(m_q);
+        Show(dialog);
+        auto* path = Child<QLineEdit>(dialog, "path");
+        auto* format = Child<QComboBox>(dialog, "format");
+        QTest::keyClicks(path, "out.txt");
+        const struct {
+            Qt::Key key;
+            ui::ExportDialog::Format format;
+            const char* path;
+        } steps[] = {{Qt::Key_Down, ui::ExportDialog::Format::Xliff12, "out.xlf"},
+                     {Qt::Key_Down, ui::ExportDialog::Format::Xliff20, "out.xlf"},
+                     {Qt::Key_Up, ui::ExportDialog::Format::Xliff12, "out.xlf"},
+                     {Qt::Key_Up, ui::ExportDialog::Format::TabSeparated, "out.txt"}};
+        for (const auto& step : steps) {
+            QTest::keyClick(format, step.key);
+            QCOMPARE(dialog.ChosenFormat(), step.format);
+            QCOMPARE(dialog.Path(), step.path);
+        }
+        path->setText("notes.dat");
+        QTest::keyClick(format, Qt::Key_Down);
+        QCOMPARE(dialog.Path(), "notes.dat");
+        // A typed ending chooses the format in its turn.
+        QTest::keyClicks(path, ".txt");
+        QCOMPARE(dialog.ChosenFormat(), ui::ExportDialog::Format::TabSeparated);
+        path->clear();
+        QTest::keyClicks(path, "mine.XLIFF");
+        QCOMPARE(dialog.ChosenFormat(), ui::ExportDialog::Format::Xliff12);
+        QCOMPARE(dialog.Path(), "mine.XLIFF");
     }
 
     // "..." starts from the typed path and replaces it unless cancelled.

@@ -34,7 +34,6 @@
 #include <QTimer>
 #include <QToolBar>
 
-#include <functional>
 #include <memory>
 
 using testutil::kEnglish;
@@ -603,6 +602,28 @@ private Q_SLOTS:
         while (View().Model().headerData(column, Qt::Horizontal) != language)
             QVERIFY(++column < View().Model().columnCount());
         QCOMPARE(Cell(10, 1, column).data().toString(), QStringLiteral("Sehr"));
+    }
+
+    // The same round trip in XLIFF: one file per target language, and its import.
+    void exportsAndImportsXliff() {
+        // The typed ending chooses the format.
+        const QString file = m_dir.filePath(QStringLiteral("survey.xlf"));
+        const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
+        WhenOpen<ui::ExportDialog>(file);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
+                 QStringList{QStringLiteral("The captions have been exported to '%1'.")
+                                 .arg(english)});
+        QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
+        QByteArray xliff = testutil::ReadAll(english);
+        const QByteArray unit = "<source>Très</source><target state=\"translated\">Very</target>";
+        QVERIFY2(xliff.contains(unit), xliff.constData());
+        xliff.replace(unit, "<source>Très</source><target state=\"final\">Extremely</target>");
+        QVERIFY(testutil::WriteAll(english, xliff));
+        WhenOpen<ui::ImportDialog>(english);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
+                 QStringList{QStringLiteral("1 captions have been modified!")});
+        QCOMPARE(Stored(10, 1, kEnglish), QStringLiteral("Extremely"));
+        QVERIFY(Modified());
     }
 
     // Printing ends every page with its number and the count.
