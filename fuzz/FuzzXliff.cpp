@@ -45,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.languages = {1033, 1036, 1031};
     util::RecordedMessages messages;
     const qint32 result = exchange::ImportXliff(q, path, options, captions, messages);
-    if (result < 0 && (result < -19 || result > -10 || !(q == before) || messages.messages.isEmpty()))
+    if (result < 0 &&
+        (result < -19 || result > -10 || !(q == before) || messages.messages.isEmpty()))
         std::abort();
     return 0;
 }

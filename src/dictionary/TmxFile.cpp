@@ -56,14 +56,14 @@ bool IsTmxPath(const QString& path) {
 
 bool ExportTmx(const QString& path, const CDictionary& dictionary, util::Messages& messages,
                qint64* units) {
-    QString out = QStringLiteral(
-                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<tmx version=\"1.4\">\n"
-                      " <header creationtool=\"%1\" creationtoolversion=\"%2.%3\" "
-                      "segtype=\"sentence\" o-tmf=\"%1\" adminlang=\"en-US\" srclang=\"*all*\" "
-                      "datatype=\"plaintext\"/>\n <body>\n")
-                      .arg(QLatin1String(buildinfo::kProduct))
-                      .arg(buildinfo::kVersionMajor)
-                      .arg(buildinfo::kVersionMinor);
+    QString out =
+        QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<tmx version=\"1.4\">\n"
+                       " <header creationtool=\"%1\" creationtoolversion=\"%2.%3\" "
+                       "segtype=\"sentence\" o-tmf=\"%1\" adminlang=\"en-US\" srclang=\"*all*\" "
+                       "datatype=\"plaintext\"/>\n <body>\n")
+            .arg(QLatin1String(buildinfo::kProduct))
+            .arg(buildinfo::kVersionMajor)
+            .arg(buildinfo::kVersionMinor);
     qint64 written = 0;
     for (int n = 0; n < dictionary.GetEntryCount(); ++n) {
         const CDicEntry& entry = dictionary.GetEntry(n);
@@ -120,11 +120,10 @@ TmxImport ImportTmx(const QString& path, CDictionary& dictionary, ConflictChoose
                     continue;
                 }
                 // TMX 1.1 named the language "lang"; 1.4 uses xml:lang.
-                QString tag =
-                    reader.attributes()
-                        .value(QLatin1String("http://www.w3.org/XML/1998/namespace"),
-                               QLatin1String("lang"))
-                        .toString();
+                QString tag = reader.attributes()
+                                  .value(QLatin1String("http://www.w3.org/XML/1998/namespace"),
+                                         QLatin1String("lang"))
+                                  .toString();
                 if (tag.isEmpty())
                     tag = reader.attributes().value(QLatin1String("lang")).toString();
                 const qint32 language = util::LanguageFromTag(tag);

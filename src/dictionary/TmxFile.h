@@ -25,9 +25,9 @@ bool ExportTmx(const QString& path, const CDictionary& dictionary, util::Message
 struct TmxImport {
     enum class Status { Read, CannotRead, NotTmx, Cancelled };
     Status status = Status::Read;
-    int added = 0;    // new entries
-    int units = 0;    // units with two languages or more, sent to the dictionary
-    int skipped = 0;  // units with fewer languages the program knows
+    int added = 0;   // new entries
+    int units = 0;   // units with two languages or more, sent to the dictionary
+    int skipped = 0; // units with fewer languages the program knows
 };
 
 // Sends every unit with texts in two languages or more to the dictionary, as sending caption rows

@@ -23,7 +23,7 @@ struct ExportRow {
     qint32 responseId = 0;
     // The caption in each exported language, in the order of the options' languages.
     const std::vector<const QString*>* texts = nullptr;
-    const CQuestion* question = nullptr;  // null for system messages and routings
+    const CQuestion* question = nullptr; // null for system messages and routings
     const CModalite* response = nullptr; // set on response rows
 };
 

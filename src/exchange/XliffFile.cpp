@@ -144,11 +144,13 @@ QByteArray Document(XliffVersion version, const QString& original, qint32 source
         }
         UnsafeAs12 placeholders;
         const util::xml::UnsafeWriter unsafe =
-            v20 ? util::xml::UnsafeWriter(UnsafeAs20) : util::xml::UnsafeWriter(std::ref(placeholders));
+            v20 ? util::xml::UnsafeWriter(UnsafeAs20)
+                : util::xml::UnsafeWriter(std::ref(placeholders));
         util::xml::AppendContent(out, unit.source, unsafe);
         out += QLatin1String("</source>");
         if (unit.hasTarget) {
-            out += v20 ? QStringLiteral("<target>") : QStringLiteral("<target state=\"translated\">");
+            out +=
+                v20 ? QStringLiteral("<target>") : QStringLiteral("<target state=\"translated\">");
             util::xml::AppendContent(out, unit.target, unsafe);
             out += QLatin1String("</target>");
         }
@@ -162,7 +164,8 @@ QByteArray Document(XliffVersion version, const QString& original, qint32 source
             out += QLatin1String("</trans-unit>\n");
         }
     }
-    out += v20 ? QStringLiteral(" </file>\n</xliff>\n") : QStringLiteral("  </body>\n </file>\n</xliff>\n");
+    out += v20 ? QStringLiteral(" </file>\n</xliff>\n")
+               : QStringLiteral("  </body>\n </file>\n</xliff>\n");
     return out.toUtf8();
 }
 
@@ -313,8 +316,8 @@ bool Parse(const QByteArray& bytes, ParsedDocument& document) {
         sourceTag = reader.attributes().value(QLatin1String("srcLang")).toString();
         targetTag = reader.attributes().value(QLatin1String("trgLang")).toString();
     } else if (ns == QLatin1String(kNamespace12) ||
-               (ns.isEmpty() && reader.attributes().value(QLatin1String("version")) ==
-                                    QLatin1String("1.2"))) {
+               (ns.isEmpty() &&
+                reader.attributes().value(QLatin1String("version")) == QLatin1String("1.2"))) {
         document.version = XliffVersion::V12;
     } else {
         return false;
@@ -572,8 +575,10 @@ bool ExportXliff(const QString& path, const CQuestionnaire& q, const ExportOptio
         ExportRow row;
         if (!selector.Select(captions, k, row))
             continue;
-        Row kept{row.questionId, row.responseId,
-                 row.question ? row.question->m_shortcut : QString(), {}};
+        Row kept{row.questionId,
+                 row.responseId,
+                 row.question ? row.question->m_shortcut : QString(),
+                 {}};
         for (const QString* text : *row.texts)
             kept.texts.append(*text);
         rows.push_back(std::move(kept));

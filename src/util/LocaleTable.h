@@ -9,12 +9,12 @@ namespace util {
 // Facts about one Windows locale identifier, from the bundled locale table.
 struct LocaleInfo {
     qint32 lcid = 0;
-    QString tag;            // LCIDToLocaleName form, e.g. "en-US", "es-ES_tradnl"
-    QString abbreviation;   // three-letter abbreviated language name, e.g. "ENU"
+    QString tag;          // LCIDToLocaleName form, e.g. "en-US", "es-ES_tradnl"
+    QString abbreviation; // three-letter abbreviated language name, e.g. "ENU"
     QString languageEnglish;
     QString countryEnglish;
     QString languageNative;
-    int ansiCodePage = 0;   // 0 for a Unicode-only locale
+    int ansiCodePage = 0; // 0 for a Unicode-only locale
     int oemCodePage = 0;
     QString listSeparator;
 

@@ -259,11 +259,13 @@ TEST_F(BatchProcessTest, XliffAndTmxFiles) {
     const struct {
         QStringList arguments;
         const char* result;
-        const char* file;    // written by the run, and what it must hold
+        const char* file; // written by the run, and what it must hold
         const char* holds;
     } runs[] = {
         {{m_survey, "export:out.xlf", "languages:ENU,FRA"}, "0", "out.xlf", "version=\"1.2\""},
-        {{m_survey, "export:out2.XLIFF", "xliff:2.0", "languages:ENU,FRA"}, "0", "out2.XLIFF",
+        {{m_survey, "export:out2.XLIFF", "xliff:2.0", "languages:ENU,FRA"},
+         "0",
+         "out2.XLIFF",
          "version=\"2.0\""},
         {{m_survey, "export:bad.xlf", "xliff:2.1"}, "-20", nullptr, nullptr},
         {{m_survey, "translate:out2.XLIFF"}, "0", nullptr, nullptr}, // every target as it is

@@ -78,7 +78,8 @@ TEST(Tmx, AMemoryWrittenByTranslateToolkitFillsAnEmptyDictionary) {
 TEST(Tmx, ADictionaryWrittenAsTmxReadsBackTheSameInBothPrograms) {
     CDictionary dictionary;
     const std::vector<CDicEntry::Texts> entries = {
-        {{kEnglish, QStringLiteral("Yes")}, {kFrench, QStringLiteral("Oui")},
+        {{kEnglish, QStringLiteral("Yes")},
+         {kFrench, QStringLiteral("Oui")},
          {kGerman, QStringLiteral("Ja")}},
         {{kEnglish, QStringLiteral("Read out\\nthe scale")},
          {kFrench, QStringLiteral("Lire\\tl'échelle & <fin> \"x\"")}},
@@ -98,8 +99,8 @@ TEST(Tmx, ADictionaryWrittenAsTmxReadsBackTheSameInBothPrograms) {
     EXPECT_EQ(units, 4);
 
     // The other program sees each entry as a unit, line breaks and tabs as characters.
-    const QStringList lines = TmxTool(QStringLiteral("read"), path).split(
-        QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList lines =
+        TmxTool(QStringLiteral("read"), path).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 4);
     const QJsonObject second = QJsonDocument::fromJson(lines[1].toUtf8()).object();
     EXPECT_EQ(second.value(QStringLiteral("en-US")).toString(),

@@ -16,10 +16,10 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using exchange::XliffVersion;
 using testutil::kEnglish;
 using testutil::kFrench;
 using testutil::kGerman;
-using exchange::XliffVersion;
 
 namespace {
 
@@ -48,9 +48,9 @@ QString Schema(XliffVersion version, const QTemporaryDir& dir) {
 QString Validate(const QString& path, XliffVersion version) {
     QTemporaryDir schemas;
     QProcess lint;
-    lint.start(QStringLiteral("xmllint"), {QStringLiteral("--noout"), QStringLiteral("--nonet"),
-                                           QStringLiteral("--schema"), Schema(version, schemas),
-                                           path});
+    lint.start(QStringLiteral("xmllint"),
+               {QStringLiteral("--noout"), QStringLiteral("--nonet"), QStringLiteral("--schema"),
+                Schema(version, schemas), path});
     if (!lint.waitForFinished(60000))
         return QStringLiteral("xmllint did not finish");
     return lint.exitCode() == 0 ? QString() : QString::fromLocal8Bit(lint.readAllStandardError());
@@ -84,8 +84,8 @@ protected:
     }
     void Export(XliffVersion version, QList<qint32> languages = {kEnglish, kFrench}) {
         util::RecordedMessages messages;
-        ASSERT_TRUE(exchange::ExportXliff(m_path, m_q, Options(languages), version, m_list,
-                                          messages))
+        ASSERT_TRUE(
+            exchange::ExportXliff(m_path, m_q, Options(languages), version, m_list, messages))
             << messages.messages.join(QLatin1Char('\n')).toStdString();
     }
     qint32 Import(const QString& path, const exchange::ImportOptions& options,
@@ -164,9 +164,9 @@ TEST_F(XliffTest, AFileFilledByAnotherToolImportsExactlyTheFilledUnits) {
     ASSERT_GT(units, 5);
     EXPECT_EQ(Validate(filled, XliffVersion::V12), QString());
     EXPECT_EQ(Import(filled, ImportOptions()), units);
-    EXPECT_EQ(Caption(10, -2, kFrench),
-              QStringLiteral("Tab\there & <there>\nnext ") + QString::fromUcs4(U"\U0001F600") +
-                  QStringLiteral(" \u05E9"));
+    EXPECT_EQ(Caption(10, -2, kFrench), QStringLiteral("Tab\there & <there>\nnext ") +
+                                            QString::fromUcs4(U"\U0001F600") +
+                                            QStringLiteral(" \u05E9"));
     EXPECT_EQ(Caption(10, -1, kFrench), QStringLiteral("T:How satisfied are you?"));
 }
 
@@ -207,14 +207,16 @@ QByteArray Document(const QString& version, const QString& source, const QString
                    "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:2.0\" version=\"2.0\" "
                    "srcLang=\"%1\" trgLang=\"%2\"><file id=\"f\"><unit id=\"10_1\"><segment%3>"
                    "<source>Very</source><target>%4</target></segment></unit></file></xliff>")
-            .arg(source, target, state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
+            .arg(source, target,
+                 state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
             .toUtf8();
     return QStringLiteral(
                "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:1.2\" version=\"1.2\"><file "
                "original=\"s\" source-language=\"%1\" target-language=\"%2\" "
                "datatype=\"plaintext\"><body><trans-unit id=\"10_1\"><source>Very</source>"
                "<target%3>%4</target></trans-unit></body></file></xliff>")
-        .arg(source, target, state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
+        .arg(source, target,
+             state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
         .toUtf8();
 }
 

@@ -12,7 +12,8 @@ inline constexpr char kAllVersions[] = QT_TRANSLATE_NOOP("ui::dialogs", "All ver
 inline constexpr char kBrowse[] = QT_TRANSLATE_NOOP("ui::dialogs", "...");
 inline constexpr char kTextFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "Text files (*.txt)");
 inline constexpr char kAllFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "All files (*.*)");
-inline constexpr char kXliffFiles[] = QT_TRANSLATE_NOOP("ui::dialogs", "XLIFF files (*.xlf *.xliff)");
+inline constexpr char kXliffFiles[] =
+    QT_TRANSLATE_NOOP("ui::dialogs", "XLIFF files (*.xlf *.xliff)");
 inline constexpr char kTranslationFiles[] =
     QT_TRANSLATE_NOOP("ui::dialogs", "Translation files (*.txt *.xlf *.xliff)");
 inline constexpr char kFormat[] = QT_TRANSLATE_NOOP("ui::dialogs", "Format:");

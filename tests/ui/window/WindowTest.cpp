@@ -610,9 +610,9 @@ private Q_SLOTS:
         const QString file = m_dir.filePath(QStringLiteral("survey.xlf"));
         const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
         WhenOpen<ui::ExportDialog>(file);
-        QCOMPARE(Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
-                 QStringList{QStringLiteral("The captions have been exported to '%1'.")
-                                 .arg(english)});
+        QCOMPARE(
+            Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
+            QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(english)});
         QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
         QByteArray xliff = testutil::ReadAll(english);
         const QByteArray unit = "<source>Très</source><target state=\"translated\">Very</target>";
