@@ -540,7 +540,10 @@ QStringList XliffExportPaths(const QString& path, const CQuestionnaire& q,
                              const ExportOptions& options) {
     if (options.languages.size() <= 2)
         return {path};
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    // The extension of the file's own name: a dot in a folder's name is not one.
+    qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot <= path.lastIndexOf(QLatin1Char('/')))
+        dot = path.size();
     QStringList paths;
     for (qsizetype i = 1; i < options.languages.size(); ++i)
         paths.append(path.left(dot) + QLatin1Char('.') +

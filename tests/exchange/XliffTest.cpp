@@ -150,6 +150,25 @@ TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
     }
 }
 
+TEST(XliffPaths, ALanguageNameGoesBeforeTheFileNamesOwnExtension) {
+    const CQuestionnaire q = testutil::MakeSample();
+    exchange::ExportOptions options;
+    options.languages = {kEnglish, kFrench, kGerman};
+    const struct {
+        const char* path;
+        QStringList expected;
+    } cases[] = {
+        {"/a/survey.xlf", {"/a/survey.FRA.xlf", "/a/survey.DEU.xlf"}},
+        {"/a.b/survey", {"/a.b/survey.FRA", "/a.b/survey.DEU"}},
+        {"survey.v2.xliff", {"survey.v2.FRA.xliff", "survey.v2.DEU.xliff"}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(exchange::XliffExportPaths(QLatin1String(c.path), q, options), c.expected);
+    options.languages = {kEnglish, kFrench};
+    EXPECT_EQ(exchange::XliffExportPaths(QStringLiteral("/a/survey.xlf"), q, options),
+              QStringList{QStringLiteral("/a/survey.xlf")});
+}
+
 TEST_F(XliffTest, AFileFilledByAnotherToolImportsExactlyTheFilledUnits) {
     Clear(kFrench);
     Export(XliffVersion::V12);
