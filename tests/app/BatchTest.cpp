@@ -283,8 +283,17 @@ TEST_F(BatchProcessTest, XliffAndTmxFiles) {
         SCOPED_TRACE(r.arguments.join(QLatin1Char(' ')).toStdString());
         const ProcessRun run = Translator(r.arguments);
         EXPECT_EQ(run.result, QLatin1String(r.result)) << run.err.toStdString();
-        if (r.file)
-            EXPECT_TRUE(testutil::ReadAll(Path(QLatin1String(r.file))).contains(r.holds));
+        if (!r.file)
+            continue;
+        const QString file = Path(QLatin1String(r.file));
+        EXPECT_TRUE(testutil::ReadAll(file).contains(r.holds));
+        // Other programs read what this one writes.
+        if (file.endsWith(QLatin1String(".tmx")))
+            EXPECT_EQ(testutil::ReadTmxWithToolkit(file), QString());
+        else
+            EXPECT_EQ(
+                testutil::ValidateXliff(file, r.arguments.contains("xliff:2.0") ? "2.0" : "1.2"),
+                QString());
     }
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("bad.xlf"))));
 }

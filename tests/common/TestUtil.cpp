@@ -3,7 +3,9 @@
 #include "util/SqlConnection.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 
 namespace testutil {
 
@@ -64,6 +66,46 @@ QStringList Dump(const QString& database, const QString& table) {
         rows.append(cells.join(QLatin1Char('|')));
     }
     return rows;
+}
+
+QString ValidateXliff(const QString& path, const QString& version) {
+    // The schemas Debian ships, with their import of xml.xsd pointed at the copy beside them so
+    // that xmllint needs no network.
+    const QString folder =
+        QStringLiteral("/usr/share/php/Symfony/Component/Translation/Resources/schemas/");
+    const QString name = version == QLatin1String("1.2")
+                             ? QStringLiteral("xliff-core-1.2-strict.xsd")
+                             : QStringLiteral("xliff-core-2.0.xsd");
+    QTemporaryDir dir;
+    for (const QString& file : {name, QStringLiteral("xml.xsd")}) {
+        QByteArray text = ReadAll(folder + file);
+        if (text.isEmpty())
+            return QStringLiteral("no %1 (Debian package php-symfony-translation)").arg(file);
+        text.replace("http://www.w3.org/2001/xml.xsd", "xml.xsd");
+        text.replace("informativeCopiesOf3rdPartySchemas/w3c/xml.xsd", "xml.xsd");
+        WriteAll(dir.filePath(file), text);
+    }
+    QProcess lint;
+    lint.start(QStringLiteral("xmllint"), {QStringLiteral("--noout"), QStringLiteral("--nonet"),
+                                           QStringLiteral("--schema"), dir.filePath(name), path});
+    if (!lint.waitForFinished(60000))
+        return QStringLiteral("xmllint did not finish");
+    return lint.exitStatus() == QProcess::NormalExit && lint.exitCode() == 0
+               ? QString()
+               : QString::fromLocal8Bit(lint.readAllStandardError()) + QStringLiteral(" ");
+}
+
+QString ReadTmxWithToolkit(const QString& path, int* units) {
+    QProcess tool;
+    tool.start(QStringLiteral("/usr/bin/python3"),
+               {DataPath(QStringLiteral("dictionary/tmx_tool.py")), QStringLiteral("read"), path});
+    if (!tool.waitForFinished(60000))
+        return QStringLiteral("translate-toolkit did not finish");
+    if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0)
+        return QString::fromLocal8Bit(tool.readAllStandardError()) + QStringLiteral(" ");
+    if (units)
+        *units = int(tool.readAllStandardOutput().count('\n'));
+    return {};
 }
 
 } // namespace testutil

@@ -16,6 +16,13 @@ bool WriteAll(const QString& path, const QByteArray& bytes);
 // UTF-16LE bytes of a text, optionally preceded by the mark FF FE.
 QByteArray Utf16Le(const QString& text, bool withMark = true);
 
+// Empty when the XLIFF file validates against the published schema of its version ("1.2"
+// strict or "2.0"); xmllint's account otherwise.
+QString ValidateXliff(const QString& path, const QString& version);
+// Empty when translate-toolkit, a second client, reads the TMX file; its account otherwise.
+// `units` receives the number of units it found.
+QString ReadTmxWithToolkit(const QString& path, int* units = nullptr);
+
 // Runs statements on a database through a connection of the test's own; false when one fails.
 bool Sql(const QString& database, const QStringList& statements);
 // Every row of a table as text, for before/after comparisons.

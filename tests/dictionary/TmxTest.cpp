@@ -99,6 +99,9 @@ TEST(Tmx, ADictionaryWrittenAsTmxReadsBackTheSameInBothPrograms) {
     EXPECT_EQ(units, 4);
 
     // The other program sees each entry as a unit, line breaks and tabs as characters.
+    int read = 0;
+    EXPECT_EQ(testutil::ReadTmxWithToolkit(path, &read), QString());
+    EXPECT_EQ(read, 4);
     const QStringList lines =
         TmxTool(QStringLiteral("read"), path).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 4);
