@@ -1,6 +1,7 @@
 // Bytes of a translated file, imported into a small questionnaire with options taken from the
 // first byte. A refused file must change nothing; the result is a count or a known code.
 #include "FuzzInput.h"
+#include "FuzzQuestionnaire.h"
 #include "exchange/ImportFile.h"
 #include "questionnaire/CaptionList.h"
 #include "questionnaire/Questionnaire.h"
@@ -12,36 +13,13 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace {
-
-CQuestionnaire Small() {
-    CQuestionnaire q;
-    for (quint32 lcid : {1033u, 1036u, 1031u})
-        q.AddLanguage(std::make_unique<CLanguage>(lcid));
-    q.SetDefaultLanguage(1033);
-    for (int i = 1; i <= 3; ++i) {
-        auto question = std::make_unique<CQuestion>(i, QStringLiteral("Q%1").arg(i));
-        question->SetLocalisedLongCaption(1033, QStringLiteral("Question %1").arg(i));
-        auto response = std::make_unique<CModalite>(1, QStringLiteral("1"));
-        response->SetLocalisedLongCaption(1033, QStringLiteral("Yes"));
-        question->AddModalite(std::move(response));
-        q.AddQuestion(std::move(question));
-    }
-    auto routing = std::make_unique<CFiltre>(1, CFiltre::kKindWithMessage);
-    routing->SetLocalisedMessage(1033, QStringLiteral("Yes"));
-    q.AddFiltre(std::move(routing));
-    return q;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)
         return 0;
     const uint8_t flags = data[0];
     const QString path = FuzzInputFile(QStringLiteral("translated.txt"), data + 1, size - 1);
 
-    CQuestionnaire q = Small();
+    CQuestionnaire q = FuzzQuestionnaire();
     const CQuestionnaire before = q;
     questionnaire::CaptionList captions;
     questionnaire::BuildCaptionList(q, captions, false);

@@ -39,10 +39,7 @@ bool ReadSegment(QXmlStreamReader& reader, QString& text) {
         const QStringView type = r.attributes().value(QLatin1String("type"));
         if (r.name() != QLatin1String("ph") || !type.startsWith(QLatin1String("x-cp-")))
             return false; // other inline markup: its text counts
-        bool ok = false;
-        const uint c = type.mid(5).toUInt(&ok, 16);
-        if (ok && c <= 0xFFFF)
-            into.append(QChar(char16_t(c)));
+        util::xml::AppendHexCharacter(type.mid(5), into);
         r.skipCurrentElement();
         return true;
     });

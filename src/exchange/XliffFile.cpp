@@ -209,12 +209,7 @@ bool ReadText(QXmlStreamReader& reader, QString& text) {
             hex = r.attributes().value(QLatin1String("ctype")).mid(5);
         if (hex.isNull())
             return false; // other inline markup: its text counts
-        bool ok = false;
-        const uint c = hex.toUInt(&ok, 16);
-        if (ok && c <= 0xFFFF)
-            into.append(QChar(char16_t(c)));
-        else if (ok && c <= 0x10FFFF)
-            into.append(QString::fromUcs4(reinterpret_cast<const char32_t*>(&c), 1));
+        util::xml::AppendHexCharacter(hex, into);
         r.skipCurrentElement();
         return true;
     });

@@ -35,58 +35,62 @@ template <class Each> void ForEachCodePoint(QStringView text, Each&& each) {
 
 } // namespace
 
-void AppendContent(QString& out, QStringView text, const UnsafeWriter& unsafe) {
+namespace {
+
+// The reference a character needs where it stands, or null when it goes as it is. Readers turn
+// a carriage return into a line feed anywhere, and tabs and line feeds into spaces in attributes.
+const char* Reference(char32_t c, bool attribute) {
+    switch (c) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return attribute ? nullptr : "&gt;";
+    case '"':
+        return attribute ? "&quot;" : nullptr;
+    case '\t':
+        return attribute ? "&#9;" : nullptr;
+    case '\n':
+        return attribute ? "&#10;" : nullptr;
+    case '\r':
+        return "&#13;";
+    default:
+        return nullptr;
+    }
+}
+
+void Append(QString& out, QStringView text, bool attribute, const UnsafeWriter* unsafe) {
     ForEachCodePoint(text, [&](char32_t c, qsizetype at, qsizetype length) {
-        switch (c) {
-        case '&':
-            out.append(QLatin1String("&amp;"));
-            return;
-        case '<':
-            out.append(QLatin1String("&lt;"));
-            return;
-        case '>':
-            out.append(QLatin1String("&gt;"));
-            return;
-        case '\r':
-            out.append(QLatin1String("&#13;"));
-            return;
-        default:
-            break;
-        }
-        if (IsXmlChar(c))
+        if (const char* reference = Reference(c, attribute))
+            out.append(QLatin1String(reference));
+        else if (IsXmlChar(c))
             out.append(text.mid(at, length));
-        else
-            unsafe(out, char16_t(c));
+        else if (unsafe)
+            (*unsafe)(out, char16_t(c));
     });
 }
 
+} // namespace
+
+void AppendContent(QString& out, QStringView text, const UnsafeWriter& unsafe) {
+    Append(out, text, false, &unsafe);
+}
+
 void AppendAttribute(QString& out, QStringView text) {
-    ForEachCodePoint(text, [&](char32_t c, qsizetype at, qsizetype length) {
-        switch (c) {
-        case '&':
-            out.append(QLatin1String("&amp;"));
-            return;
-        case '<':
-            out.append(QLatin1String("&lt;"));
-            return;
-        case '"':
-            out.append(QLatin1String("&quot;"));
-            return;
-        case '\t':
-            out.append(QLatin1String("&#9;"));
-            return;
-        case '\n':
-            out.append(QLatin1String("&#10;"));
-            return;
-        case '\r':
-            out.append(QLatin1String("&#13;"));
-            return;
-        default:
-            break;
-        }
-        if (IsXmlChar(c))
-            out.append(text.mid(at, length));
-    });
+    Append(out, text, true, nullptr);
+}
+
+bool AppendHexCharacter(QStringView hex, QString& text) {
+    bool ok = false;
+    const uint c = hex.toUInt(&ok, 16);
+    if (!ok || c > 0x10FFFF)
+        return false;
+    if (c <= 0xFFFF)
+        text.append(QChar(char16_t(c)));
+    else
+        text.append(QString::fromUcs4(reinterpret_cast<const char32_t*>(&c), 1));
+    return true;
 }
 
 bool ReadSmallFile(const QString& path, qint64 maxBytes, QByteArray& bytes, QString& error) {

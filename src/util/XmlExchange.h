@@ -27,6 +27,10 @@ void AppendContent(QString& out, QStringView text, const UnsafeWriter& unsafe);
 // references, since readers turn them into spaces. Characters XML cannot carry are left out.
 void AppendAttribute(QString& out, QStringView text);
 
+// Appends the character whose code point `hex` gives in hexadecimal, as the writers' markup for
+// characters XML cannot carry names it; false, appending nothing, for anything else.
+bool AppendHexCharacter(QStringView hex, QString& text);
+
 // Reads a file of at most `maxBytes`; false with the reason in `error` otherwise. A larger file
 // is refused unread.
 bool ReadSmallFile(const QString& path, qint64 maxBytes, QByteArray& bytes, QString& error);

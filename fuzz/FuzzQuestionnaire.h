@@ -1,0 +1,26 @@
+#pragma once
+
+// The small questionnaire the import fuzz targets write into: three languages, three questions
+// with a response each, a routing with a message.
+#include "questionnaire/Questionnaire.h"
+
+#include <memory>
+
+inline CQuestionnaire FuzzQuestionnaire() {
+    CQuestionnaire q;
+    for (quint32 lcid : {1033u, 1036u, 1031u})
+        q.AddLanguage(std::make_unique<CLanguage>(lcid));
+    q.SetDefaultLanguage(1033);
+    for (int i = 1; i <= 3; ++i) {
+        auto question = std::make_unique<CQuestion>(i, QStringLiteral("Q%1").arg(i));
+        question->SetLocalisedLongCaption(1033, QStringLiteral("Question %1").arg(i));
+        auto response = std::make_unique<CModalite>(1, QStringLiteral("1"));
+        response->SetLocalisedLongCaption(1033, QStringLiteral("Yes"));
+        question->AddModalite(std::move(response));
+        q.AddQuestion(std::move(question));
+    }
+    auto routing = std::make_unique<CFiltre>(1, CFiltre::kKindWithMessage);
+    routing->SetLocalisedMessage(1033, QStringLiteral("Yes"));
+    q.AddFiltre(std::move(routing));
+    return q;
+}
