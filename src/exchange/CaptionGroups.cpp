@@ -1,6 +1,7 @@
 #include "exchange/CaptionGroups.h"
 
 #include "questionnaire/CaptionAccess.h"
+#include "questionnaire/LocalisedText.h"
 
 #include <algorithm>
 
@@ -12,14 +13,19 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
                              qsizetype columns)
     : m_q(q), m_captions(captions), m_reference(reference) {
     m_byText.reserve(captions.size());
+    m_texts.reserve(size_t(captions.size()));
     for (qsizetype k = 0; k < captions.size(); ++k) {
-        Group& group = m_byText[Text(k)];
+        const qint32 questionId = captions.questionIds[k];
+        const CLocalisedText* texts =
+            questionId == kSystemMessageMarker
+                ? nullptr
+                : FindCaptionTexts(q, questionId, captions.responseIds[k]);
+        m_texts.push_back(texts);
+        Group& group = m_byText[texts ? texts->Get(reference) : Text(k)];
         group.captions.append(k);
         if (group.synced.empty())
             group.synced.assign(size_t(columns), false);
-        const qint32 questionId = captions.questionIds[k];
-        group.syncable = group.syncable && questionId != kSystemMessageMarker &&
-                         FindCaptionTexts(q, questionId, captions.responseIds[k]);
+        group.syncable = group.syncable && texts;
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <vector>
 
+class CLocalisedText;
 class CQuestionnaire;
 
 namespace exchange {
@@ -36,6 +37,8 @@ public:
     }
     // Caption k's reference text.
     QString Text(qsizetype k) const;
+    // Where caption k's texts live, found once: null for system messages and unknown ids.
+    const CLocalisedText* Texts(qsizetype k) const { return m_texts[size_t(k)]; }
     qint32 Reference() const { return m_reference; }
     // Called after caption k's reference text may have changed from `before`. Groups are never
     // kept in step when reference texts can change.
@@ -46,6 +49,7 @@ private:
     const questionnaire::CaptionList& m_captions;
     qint32 m_reference;
     QHash<QString, Group> m_byText;
+    std::vector<const CLocalisedText*> m_texts; // by caption
 };
 
 } // namespace exchange

@@ -42,27 +42,36 @@ class UndoLog {
 public:
     // Before the text of `texts` in `language` changes.
     void Save(CLocalisedText* texts, qint32 language) {
-        if (texts)
-            m_changes.push_back({texts, language, texts->Has(language), texts->Get(language)});
+        if (!texts)
+            return;
+        if (!texts->Has(language)) {
+            m_changes.push_back({texts, language, -1});
+            return;
+        }
+        m_changes.push_back({texts, language, qint32(m_replaced.size())});
+        m_replaced.push_back(texts->Get(language));
     }
     void Restore() {
         for (auto it = m_changes.rbegin(); it != m_changes.rend(); ++it) {
-            if (it->had)
-                it->texts->Set(it->language, it->before);
-            else
+            if (it->replaced < 0)
                 it->texts->Remove(it->language);
+            else
+                it->texts->Set(it->language, m_replaced[size_t(it->replaced)]);
         }
         m_changes.clear();
+        m_replaced.clear();
     }
 
 private:
+    // Most writes of a large import give a caption a language it lacked: their entries stay
+    // small, and only replaced texts are kept.
     struct Change {
         CLocalisedText* texts;
         qint32 language;
-        bool had;
-        QString before;
+        qint32 replaced; // in m_replaced; -1 when the language was new
     };
     std::deque<Change> m_changes; // grows without moving what it holds
+    std::deque<QString> m_replaced;
 };
 
 class Importer {
@@ -413,19 +422,18 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
     const bool inStep = m_syncing && group->syncable && matches.size() > 1;
     bool eachCaption = !inStep; // some column must be compared caption by caption
     bool groupWrites = false;   // some column in step is written to every caption
+    // The row's own caption, when it has the same source: the rows before it brought its texts
+    // into the cache, and a cell it already holds is shared rather than copied for the others.
+    const qint32 rowQuestion = CStaticTools::ToLong(cells[0].text);
+    const qint32 rowResponse = CStaticTools::ToLong(cells[1].text);
+    qsizetype own = -1;
+    for (qsizetype k : matches)
+        if (m_captions.questionIds[k] == rowQuestion && m_captions.responseIds[k] == rowResponse)
+            own = k;
+    const CLocalisedText* ownTexts = own >= 0 ? m_index->Texts(own) : nullptr;
     if (inStep) {
-        // Any caption of the group will do; the row's own is the one whose texts the rows
-        // before it brought into the cache.
-        const qint32 rowQuestion = CStaticTools::ToLong(cells[0].text);
-        const qint32 rowResponse = CStaticTools::ToLong(cells[1].text);
-        qsizetype representative = matches.front();
-        for (qsizetype k : matches)
-            if (m_captions.questionIds[k] == rowQuestion &&
-                m_captions.responseIds[k] == rowResponse)
-                representative = k;
-        m_columns->Read(FindCaptionTexts(m_q, m_captions.questionIds[representative],
-                                         m_captions.responseIds[representative]),
-                        m_current);
+        // Any caption of the group will do to compare with.
+        m_columns->Read(m_index->Texts(own >= 0 ? own : matches.front()), m_current);
         for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
             DecodedCell& cell = m_decoded[size_t(i)];
             if (!cell.used || (cell.final && cell.text.isEmpty()))
@@ -448,8 +456,7 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         const qint32 questionId = m_captions.questionIds[k];
         const qint32 responseId = m_captions.responseIds[k];
         const bool message = questionId == kSystemMessageMarker;
-        const CLocalisedText* texts =
-            message ? nullptr : FindCaptionTexts(m_q, questionId, responseId);
+        const CLocalisedText* texts = m_index->Texts(k);
         // The reference texts of a group in step never change: its captions all still match.
         if (!inStep) {
             if (!message)
@@ -488,8 +495,11 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
                                  !util::SameText(cell.text, *m_current[size_t(i)]);
             if (!differs)
                 continue;
-            if (cell.written.isNull())
-                cell.written = cell.text.toString();
+            if (cell.written.isNull()) {
+                const QString* held = ownTexts ? &ownTexts->Get(lcid) : nullptr;
+                cell.written =
+                    held && util::SameText(*held, cell.text) ? *held : cell.text.toString();
+            }
             if (message || lcid == reference) {
                 ApplyPending(texts);
                 if (!message)

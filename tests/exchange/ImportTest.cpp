@@ -7,6 +7,7 @@
 #include "questionnaire/CaptionEscaping.h"
 #include "questionnaire/StaticTools.h"
 #include "util/Messages.h"
+#include "util/Progress.h"
 #include "util/TextFile.h"
 
 #include <QDir>
@@ -131,6 +132,52 @@ TEST_F(ImportTest, UnreadableFilesGiveMinusTenAndChangeNothing) {
     }
     // Near the end a zero only cuts the text short.
     EXPECT_EQ(Import(kHeader + rows + QChar(0) + QStringLiteral("tail")), 2);
+}
+
+// Stops the work at its second step, as a user pressing the progress dialog's button: the
+// import has then written the first piece of its file.
+class StopAtSecondStep : public util::Progress {
+public:
+    void Begin(const QString&, qint64) override {}
+    bool Advance(qint64) override { return ++m_steps < 2; }
+    void End() override {}
+
+private:
+    int m_steps = 0;
+};
+
+TEST_F(ImportTest, AStoppedImportChangesNothing) {
+    // Rows enough for more pieces of the file than are read ahead, so that the first ones are
+    // written before the stop: texts replaced, and languages new to their captions.
+    const QString padding(150, QLatin1Char('.'));
+    m_q.AddLanguage(std::make_unique<CLanguage>(1040));
+    m_options.languages.append(1040);
+    QString file = QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1040(ITA)\r\n");
+    for (int i = 0; i < 30000; ++i) {
+        const qsizetype k = i % m_captions.size();
+        const qint32 question = m_captions.questionIds[k];
+        const qint32 response = m_captions.responseIds[k];
+        if (question == questionnaire::kSystemMessageMarker)
+            continue;
+        file += QStringLiteral("%1\t%2\t%3\tf%4%5\ti%4%5\r\n")
+                    .arg(question)
+                    .arg(response)
+                    .arg(ReadCaption(m_q, question, response, kEnglish))
+                    .arg(i)
+                    .arg(padding);
+    }
+    const QString path = Write(file);
+    const CQuestionnaire before = m_q;
+    for (const bool identical : {false, true}) {
+        m_options.copyIdentical = identical;
+        StopAtSecondStep stop;
+        util::RecordedMessages messages;
+        EXPECT_EQ(
+            ImportTranslatedFile(m_q, path, m_options, m_captions, messages, &m_report, &stop),
+            kImportStopped);
+        EXPECT_TRUE(m_report.stopped);
+        EXPECT_TRUE(m_q == before) << "copy identical " << identical;
+    }
 }
 
 TEST_F(ImportTest, LongLinesAndLoneSurrogatesAreRead) {
