@@ -60,7 +60,7 @@ CModalityMatching* AddResponse(CCampaign& campaign, qint32 id, qint32 question, 
     return campaign.AddModalityMatching(std::move(matching));
 }
 
-TEST(CampaignTest, VolumesAreListedInTheirWaves) {
+TEST(CampaignTest, VolumesAreListedAndOrderedByTheirWaves) {
     const auto campaign = TwoWaves();
     const CWave* first = campaign->FindWave(7);
     ASSERT_NE(first, nullptr);
@@ -69,10 +69,7 @@ TEST(CampaignTest, VolumesAreListedInTheirWaves) {
     EXPECT_EQ(campaign->FindVolume(11)->m_wave, first);
     EXPECT_EQ(campaign->FindVolume(5)->m_wave, campaign->FindWave(3));
     EXPECT_EQ(campaign->FindVolume(6), nullptr);
-}
 
-TEST(CampaignTest, VolumeOrder) {
-    const auto campaign = TwoWaves();
     struct Case {
         qint32 first, second;
         bool before;
@@ -140,6 +137,9 @@ TEST(CampaignTest, RowsFindTheirOwnersByIdAndUnknownOnesAreDropped) {
     auto campaign = TwoWaves();
     CQuestion* two = AddQuestion(*campaign, 2);
     CQuestion* three = AddQuestion(*campaign, 3);
+    AddQuestion(*campaign, 2); // listed, but the id keeps finding the first
+    EXPECT_EQ(campaign->Questions().size(), 3u);
+    EXPECT_EQ(campaign->FindQuestion(2), two);
     // Runs of one question, then back to an earlier one, then one nobody holds.
     for (qint32 question : {2, 2, 3, 2, 99}) {
         auto caption = std::make_unique<CQuestionCaption>();
@@ -165,14 +165,6 @@ TEST(CampaignTest, RowsFindTheirOwnersByIdAndUnknownOnesAreDropped) {
     merging->m_masterModalityID = 301;
     merging->m_childModalityID = 302;
     EXPECT_NE(campaign->AddModalityMerging(std::move(merging)), nullptr);
-}
-
-TEST(CampaignTest, DuplicateIdKeepsFindingTheFirst) {
-    auto campaign = std::make_unique<CCampaign>();
-    CQuestion* first = AddQuestion(*campaign, 8);
-    AddQuestion(*campaign, 8);
-    EXPECT_EQ(campaign->Questions().size(), 2u);
-    EXPECT_EQ(campaign->FindQuestion(8), first);
 }
 
 // A campaign with something in every list, responses held before and after the question joined.
@@ -225,21 +217,16 @@ void ExpectLinked(const CCampaign& campaign) {
     EXPECT_NE(campaign.FindQuestionClass(4), nullptr);
 }
 
-TEST(CampaignTest, CopyIsDeepAndLinkedToItself) {
+TEST(CampaignTest, CopyAndArchiveRoundTripRebuildEveryLink) {
     const auto original = FullCampaign();
+    const QByteArray bytes = Store(*original);
     CCampaign copy(*original);
     ExpectLinked(copy);
     EXPECT_NE(copy.FindVolume(10), original->FindVolume(10));
-    EXPECT_NE(copy.FindModality(21), original->FindModality(21));
-    EXPECT_EQ(copy.FindVolume(10)->m_wave, copy.FindWave(7));
-    EXPECT_EQ(Store(copy), Store(*original));
+    EXPECT_EQ(Store(copy), bytes);
     copy.FindQuestion(2)->m_shortcut = QStringLiteral("changed");
     EXPECT_EQ(original->FindQuestion(2)->m_shortcut, QStringLiteral("Q2"));
-}
 
-TEST(CampaignTest, ArchiveRoundTripRebuildsEveryLink) {
-    auto original = FullCampaign();
-    const QByteArray bytes = Store(*original);
     CCampaign loaded;
     AddQuestion(loaded, 77); // replaced by the load
     CArchiveVersion archive(bytes);
