@@ -166,27 +166,6 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
     EXPECT_TRUE(m_messages.messages.isEmpty());
 }
 
-TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModified) {
-    app::QuestionnaireDocument document(m_app, m_messages);
-    EXPECT_EQ(document.Captions().RowCount(), 0);
-    ASSERT_TRUE(document.Open(kExample));
-    questionnaire::CaptionTable& table = document.Captions();
-    ASSERT_GT(table.RowCount(), 42);
-    EXPECT_FALSE(document.IsModified());
-    EXPECT_TRUE(table.WriteBack(0, 0, table.Text(0, 0))); // unchanged: nothing happens
-    EXPECT_FALSE(document.IsModified());
-    EXPECT_TRUE(table.WriteBack(0, 1, QStringLiteral("Nouveau\\\\n")));
-    EXPECT_TRUE(document.IsModified());
-    ASSERT_TRUE(document.Save(Path(QStringLiteral("edited.xml"))));
-    EXPECT_FALSE(document.IsModified());
-    EXPECT_EQ(questionnaire::ReadCaption(Load(Path(QStringLiteral("edited.xml"))),
-                                         table.QuestionId(0), table.ResponseId(0),
-                                         table.ColumnLanguage(1)),
-              QStringLiteral("Nouveau\\\n"));
-    document.DeleteContents();
-    EXPECT_EQ(document.Captions().RowCount(), 0);
-}
-
 TEST_F(DocumentTest, SaveAsRules) {
     const QString qes = Path(QStringLiteral("survey.qes"));
     ASSERT_TRUE(questionnaire::WriteQesFile(qes, testutil::MakeSample(), 0x100));
@@ -235,20 +214,32 @@ TEST_F(DocumentTest, LoadFailuresAreShownUnlessSilent) {
     }
 }
 
-TEST_F(DocumentTest, PackageWorkingFolderLivesWhileTheDocumentHoldsIt) {
+TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModifiedAndAPackageWorkingFolderLivesWithIt) {
     const QString qex = Path(QStringLiteral("survey.qex"));
-    {
-        app::QuestionnaireDocument document(m_app, m_messages);
-        ASSERT_TRUE(document.Open(kExample));
-        ASSERT_TRUE(document.Save(qex));
-    }
     const QString folder = Path(QStringLiteral("survey.tmp"));
     {
         app::QuestionnaireDocument document(m_app, m_messages);
+        EXPECT_EQ(document.Captions().RowCount(), 0);
+        ASSERT_TRUE(document.Open(kExample));
+        questionnaire::CaptionTable& table = document.Captions();
+        ASSERT_GT(table.RowCount(), 42);
+        EXPECT_FALSE(document.IsModified());
+        EXPECT_TRUE(table.WriteBack(0, 0, table.Text(0, 0))); // unchanged: nothing happens
+        EXPECT_FALSE(document.IsModified());
+        EXPECT_TRUE(table.WriteBack(0, 1, QStringLiteral("Nouveau\\\\n")));
+        EXPECT_TRUE(document.IsModified());
+        ASSERT_TRUE(document.Save(qex));
+        EXPECT_FALSE(document.IsModified());
+        document.DeleteContents();
+        EXPECT_EQ(table.RowCount(), 0);
+
         ASSERT_TRUE(document.Open(qex));
         EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/questionnaire.xml")));
         EXPECT_TRUE(QFileInfo::exists(
             folder + QStringLiteral("/stamp%1.stp").arg(m_app.stamps.stampNumber)));
+        EXPECT_EQ(questionnaire::ReadCaption(*document.Questionnaire(), table.QuestionId(0),
+                                             table.ResponseId(0), table.ColumnLanguage(1)),
+                  QStringLiteral("Nouveau\\\n"));
         questionnaire::WriteCaption(*document.Questionnaire(), 110, 4, testutil::kFrench,
                                     QStringLiteral("Pas du tout satisfait"));
         ASSERT_TRUE(document.SaveBatch());

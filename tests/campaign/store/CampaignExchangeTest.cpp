@@ -29,7 +29,6 @@ constexpr qint32 kGerman = 1031;
 
 struct BatchRun {
     qint32 exitCode = 0;
-    QString out;
     QString messages;
 };
 
@@ -37,18 +36,20 @@ BatchRun Batch(const QStringList& arguments) {
     app::AppContext app;
     util::RecordedMessages messages;
     BatchRun run;
-    QTextStream out(&run.out);
+    QString listing;
+    QTextStream out(&listing);
     EXPECT_TRUE(
         app::RunBatch(app, QStringList{QStringLiteral("translator")} + arguments, messages, out));
-    out.flush();
     run.exitCode = app.exitCode;
     run.messages = messages.messages.join(QLatin1Char('\n'));
     return run;
 }
 
-QString ReadUtf16(const QString& path) {
-    QStringDecoder decode(QStringDecoder::Utf16);
-    return decode(testutil::ReadAll(path));
+// The bytes of the tab-separated export of the campaign at `location`, written to `path`.
+QByteArray Export(const QString& location, const QString& path) {
+    const BatchRun run = Batch({location, QStringLiteral("export:") + path});
+    EXPECT_EQ(run.exitCode, -20) << run.messages.toStdString();
+    return testutil::ReadAll(path);
 }
 
 // Writes the campaign the way another program would (Python's sqlite3, version 5.5.0.0).
@@ -67,70 +68,16 @@ vw::CCampaign Load(const QString& location) {
     return campaign;
 }
 
-QString QuestionCaption(const vw::CCampaign& c, qint32 language, bool isLong = true) {
+// The long caption of question 10.
+QString QuestionCaption(const vw::CCampaign& c, qint32 language) {
     const vw::CQuestionCaption* caption = c.FindQuestion(10)->FindCaption(language);
-    return !caption ? QStringLiteral("<none>")
-                    : (isLong ? caption->m_longCaption : caption->m_shortCaption);
+    return caption ? caption->m_longCaption : QStringLiteral("<none>");
 }
 
 QString ResponseCaption(const vw::CCampaign& c, qint32 response, qint32 language) {
     const vw::CModality* modality = c.FindModality(response);
     const vw::CModalityCaption* caption = modality ? modality->FindCaption(language) : nullptr;
     return caption ? caption->m_shortCaption : QStringLiteral("<none>");
-}
-
-TEST(CampaignFromAnotherProgram, OpensExportsImportsGainsALanguageAndIsMigratedWhenSaved) {
-    QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("old.qew"));
-    WriteWithPython(file);
-    const QString exported = dir.filePath(QStringLiteral("old.txt"));
-
-    const BatchRun exportRun = Batch({file, QStringLiteral("export:") + exported});
-    EXPECT_EQ(exportRun.exitCode, -20) << exportRun.messages.toStdString();
-    const QString text = ReadUtf16(exported);
-    // The deleted response (12, "Pear") stays out; empty captions are not passed on.
-    EXPECT_TRUE(text.startsWith(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n")))
-        << text.toStdString();
-    EXPECT_TRUE(text.contains(QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n")));
-    EXPECT_TRUE(text.contains(QStringLiteral("10\t13\tPlum\t\r\n")));
-    EXPECT_FALSE(text.contains(QStringLiteral("Pear")));
-
-    QString translated = text;
-    translated.replace(
-        QStringLiteral("10\t-1\tWhich fruit do you like?\t\r\n"),
-        QStringLiteral("10\t-1\tWhich fruit do you like?\tQuel fruit aimez-vous ?\r\n"));
-    translated.replace(QStringLiteral("10\t13\tPlum\t\r\n"),
-                       QStringLiteral("10\t13\tPlum\tPrune\r\n"));
-    ASSERT_TRUE(testutil::WriteAll(exported, testutil::Utf16Le(translated)));
-    const BatchRun importRun = Batch({file, QStringLiteral("translate:") + exported});
-    EXPECT_EQ(importRun.exitCode, 2) << importRun.messages.toStdString();
-
-    const BatchRun added =
-        Batch({file, QStringLiteral("addlanguage"), QStringLiteral("languages:%1").arg(kGerman)});
-    EXPECT_EQ(added.exitCode, 0) << added.messages.toStdString();
-
-    util::sql::Connection db;
-    ASSERT_TRUE(db.Open(file));
-    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
-    EXPECT_TRUE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("Tags")));
-    EXPECT_TRUE(db.HasColumn(QStringLiteral("Modalities"), QStringLiteral("Tags")));
-    db.Close();
-
-    const vw::CCampaign saved = Load(file);
-    EXPECT_EQ(saved.m_versionNumber, QStringLiteral("5,6,1,0"));
-    EXPECT_EQ(QuestionCaption(saved, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
-    EXPECT_EQ(ResponseCaption(saved, 13, kFrench), QStringLiteral("Prune"));
-    EXPECT_EQ(ResponseCaption(saved, 11, kFrench), QStringLiteral("Pomme"));
-    EXPECT_EQ(saved.FindQuestion(10)->m_userData, QStringLiteral("kept as is"));
-    ASSERT_NE(saved.FindLanguage(kGerman), nullptr);
-    EXPECT_TRUE(saved.FindLanguage(kEnglish)->m_isDefault);
-    // The deleted response is back as the other program wrote it.
-    const vw::CModality* pear = saved.FindModality(12);
-    ASSERT_NE(pear, nullptr);
-    EXPECT_TRUE(pear->m_isDeleted);
-    EXPECT_EQ(pear->m_userData, QStringLiteral("data 12"));
-    EXPECT_EQ(ResponseCaption(saved, 12, kEnglish), QStringLiteral("Pear"));
-    EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
 }
 
 TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepeatPerQuestion) {
@@ -167,51 +114,42 @@ TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepea
     EXPECT_GT(responses, 10);
 }
 
-class CampaignOnServer : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        s_server = std::make_unique<testutil::PostgresServer>();
-        s_started = s_server->Start();
+// One campaign another program wrote: exported, moved to a server and back with the same export,
+// shared there by two translators saving at once, and as a file translated, given a language and
+// migrated by the save.
+TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMigratesWhenSaved) {
+    testutil::PostgresServer postgres;
+    ASSERT_TRUE(postgres.Start()) << postgres.Error().toStdString();
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("panel.qew"));
+    WriteWithPython(file);
+    const QString exported = dir.filePath(QStringLiteral("file.txt"));
+    const QByteArray fromFile = Export(file, exported);
+    const QString text = QStringDecoder(QStringDecoder::Utf16)(fromFile);
+    // The deleted response (12, "Pear") stays out; empty captions are not passed on.
+    EXPECT_TRUE(text.startsWith(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n")))
+        << text.toStdString();
+    QString translated = text; // imported at the end
+    for (const auto& [row, french] :
+         {std::pair{"10\t-1\tWhich fruit do you like?\t", "Quel fruit aimez-vous ?"},
+          std::pair{"10\t13\tPlum\t", "Prune"}}) {
+        const QString line = QLatin1String(row) + QStringLiteral("\r\n");
+        EXPECT_TRUE(text.contains(line)) << row;
+        translated.replace(line,
+                           QLatin1String(row) + QLatin1String(french) + QStringLiteral("\r\n"));
     }
-    static void TearDownTestSuite() { s_server.reset(); }
+    EXPECT_FALSE(text.contains(QStringLiteral("Pear")));
 
-    void SetUp() override {
-        ASSERT_TRUE(s_started) << s_server->Error().toStdString();
-        m_file = m_dir.filePath(QStringLiteral("panel.qew"));
-        WriteWithPython(m_file);
-    }
-
-    QString Database(const char* name) {
-        const QString uri = s_server->CreateDatabase(QLatin1String(name));
-        EXPECT_FALSE(uri.isEmpty()) << s_server->Error().toStdString();
-        return uri;
-    }
-
-    QByteArray Export(const QString& location, const char* name) {
-        const QString path = m_dir.filePath(QLatin1String(name));
-        const BatchRun run = Batch({location, QStringLiteral("export:") + path});
-        EXPECT_EQ(run.exitCode, -20) << run.messages.toStdString();
-        return testutil::ReadAll(path);
-    }
-
-    static inline std::unique_ptr<testutil::PostgresServer> s_server;
-    static inline bool s_started = false;
-    QTemporaryDir m_dir;
-    QString m_file;
-};
-
-TEST_F(CampaignOnServer, SavedAsOnTheServerAndBackExportsTheSameBytes) {
-    const QByteArray fromFile = Export(m_file, "file.txt");
-    ASSERT_FALSE(fromFile.isEmpty());
-    const QString server = Database("moved");
-    const BatchRun moved = Batch({m_file, QStringLiteral("saveas:") + server});
+    const QString server = postgres.CreateDatabase(QStringLiteral("moved"));
+    ASSERT_FALSE(server.isEmpty()) << postgres.Error().toStdString();
+    const BatchRun moved = Batch({file, QStringLiteral("saveas:") + server});
     ASSERT_EQ(moved.exitCode, 0) << moved.messages.toStdString();
-    EXPECT_EQ(Export(server, "server.txt"), fromFile);
+    EXPECT_EQ(Export(server, dir.filePath(QStringLiteral("server.txt"))), fromFile);
 
-    const QString back = m_dir.filePath(QStringLiteral("back.QEW"));
+    const QString back = dir.filePath(QStringLiteral("back.QEW"));
     const BatchRun returned = Batch({server, QStringLiteral("saveas:") + back});
     ASSERT_EQ(returned.exitCode, 0) << returned.messages.toStdString();
-    EXPECT_EQ(Export(back, "back.txt"), fromFile);
+    EXPECT_EQ(Export(back, dir.filePath(QStringLiteral("back.txt"))), fromFile);
     // What the questionnaire does not show made the trip too.
     const vw::CCampaign round = Load(back);
     EXPECT_EQ(round.m_versionNumber, QStringLiteral("5,6,1,0"));
@@ -220,22 +158,18 @@ TEST_F(CampaignOnServer, SavedAsOnTheServerAndBackExportsTheSameBytes) {
     ASSERT_EQ(round.Waves().size(), 1u);
     EXPECT_EQ(round.Waves().front()->m_name, QStringLiteral("Autumn"));
 
-    const QString xml = m_dir.filePath(QStringLiteral("panel.xml"));
+    const QString xml = dir.filePath(QStringLiteral("panel.xml"));
     EXPECT_EQ(Batch({server, QStringLiteral("saveas:") + xml}).exitCode, 0);
-    EXPECT_EQ(Export(xml, "xml.txt"), fromFile);
+    EXPECT_EQ(Export(xml, dir.filePath(QStringLiteral("xml.txt"))), fromFile);
 
     // A server nobody listens on: not saved, and the reason is given.
     const BatchRun refused = Batch(
-        {m_file,
-         QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(m_dir.path())});
+        {file, QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(dir.path())});
     EXPECT_EQ(refused.exitCode, -2);
     EXPECT_FALSE(refused.messages.isEmpty());
-}
 
-TEST_F(CampaignOnServer, TwoTranslatorsSavingAtOnceBothKeepTheirWork) {
-    const QString server = Database("shared");
-    ASSERT_EQ(Batch({m_file, QStringLiteral("saveas:") + server}).exitCode, 0);
-
+    // Two translators open the campaign on the server, each edits a different caption, and both
+    // save at once.
     struct Translator {
         app::AppContext app;
         util::RecordedMessages messages;
@@ -248,7 +182,6 @@ TEST_F(CampaignOnServer, TwoTranslatorsSavingAtOnceBothKeepTheirWork) {
         t->document = std::make_unique<app::QuestionnaireDocument>(t->app, t->messages);
         ASSERT_TRUE(t->document->OpenSilently(server)) << t->document->LastError().toStdString();
     }
-    // Both read the campaign before either saves.
     CQuestion& frenchQuestion = *french.document->Questionnaire()->GetAdrQuestion(0);
     frenchQuestion.SetLocalisedLongCaption(kFrench, QStringLiteral("Quel fruit aimez-vous ?"));
     CQuestion& englishQuestion = *english.document->Questionnaire()->GetAdrQuestion(0);
@@ -266,6 +199,38 @@ TEST_F(CampaignOnServer, TwoTranslatorsSavingAtOnceBothKeepTheirWork) {
     EXPECT_EQ(ResponseCaption(both, 11, kEnglish), QStringLiteral("Green apple"));
     EXPECT_EQ(ResponseCaption(both, 11, kFrench), QStringLiteral("Pomme"));
     EXPECT_EQ(both.m_versionNumber, QStringLiteral("5,6,1,0"));
+
+    // The file, translated through its export and given a language.
+    ASSERT_TRUE(testutil::WriteAll(exported, testutil::Utf16Le(translated)));
+    const BatchRun importRun = Batch({file, QStringLiteral("translate:") + exported});
+    EXPECT_EQ(importRun.exitCode, 2) << importRun.messages.toStdString();
+
+    const BatchRun added =
+        Batch({file, QStringLiteral("addlanguage"), QStringLiteral("languages:%1").arg(kGerman)});
+    EXPECT_EQ(added.exitCode, 0) << added.messages.toStdString();
+
+    util::sql::Connection db;
+    ASSERT_TRUE(db.Open(file));
+    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasColumn(QStringLiteral("Modalities"), QStringLiteral("Tags")));
+    db.Close();
+
+    const vw::CCampaign saved = Load(file);
+    EXPECT_EQ(saved.m_versionNumber, QStringLiteral("5,6,1,0"));
+    EXPECT_EQ(QuestionCaption(saved, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
+    EXPECT_EQ(ResponseCaption(saved, 13, kFrench), QStringLiteral("Prune"));
+    EXPECT_EQ(ResponseCaption(saved, 11, kFrench), QStringLiteral("Pomme"));
+    EXPECT_EQ(saved.FindQuestion(10)->m_userData, QStringLiteral("kept as is"));
+    ASSERT_NE(saved.FindLanguage(kGerman), nullptr);
+    EXPECT_TRUE(saved.FindLanguage(kEnglish)->m_isDefault);
+    // The deleted response is back as the other program wrote it.
+    const vw::CModality* pear = saved.FindModality(12);
+    ASSERT_NE(pear, nullptr);
+    EXPECT_TRUE(pear->m_isDeleted);
+    EXPECT_EQ(pear->m_userData, QStringLiteral("data 12"));
+    EXPECT_EQ(ResponseCaption(saved, 12, kEnglish), QStringLiteral("Pear"));
+    EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
 }
 
 } // namespace
