@@ -96,13 +96,6 @@ void ToggleRow(QTreeWidget* list, int row) {
     QTest::keyClick(list, Qt::Key_Space);
 }
 
-QStringList Abbreviations(QTreeWidget* list) {
-    QStringList texts;
-    for (int row = 0; row < list->topLevelItemCount(); ++row)
-        texts.append(list->topLevelItem(row)->text(0));
-    return texts;
-}
-
 // Toggles a version in the open popup, by a click or by the space bar on the item.
 void ToggleVersion(ui::VersionComboBox& combo, int item, bool byKey) {
     QAbstractItemView* view = combo.view();
@@ -154,116 +147,90 @@ private Q_SLOTS:
     // the version tests can wait it out and see the popup stay open on its own merits.
     void initTestCase() { QGuiApplication::styleHints()->setMouseDoubleClickInterval(20); }
 
-    void exportDefaults() {
+    // The dialog as it opens; a language moved up and down, unchecked so that its check is seen
+    // to travel with it; each option box; then OK refused, the file asked for before the languages,
+    // until a file and two languages are given.
+    void exportDialog() {
         TestExportDialog dialog(m_q);
         Show(dialog);
         QCOMPARE(dialog.windowTitle(), "Export languages you want to export");
         QVERIFY(dialog.Path().isEmpty());
-        QCOMPARE(Flags(dialog.Options()), QList<bool>(kExportBoxes.size(), false));
         auto* list = Child<QTreeWidget>(dialog, "languages");
-        QCOMPARE(Abbreviations(list), QStringList({"FRA", "ENU", "DEU"}));
         QCOMPARE(list->topLevelItem(1)->text(1), m_q.GetLanguage(1).m_name);
         QCOMPARE(list->headerItem()->text(0) + "|" + list->headerItem()->text(1),
                  "Abbreviation|Language");
         QCOMPARE(QList<int>({list->columnWidth(0), list->columnWidth(1)}), QList<int>({100, 200}));
         QCOMPARE(Child<ui::VersionComboBox>(dialog, "versions")->DisplayText(), "All versions");
         QVERIFY(!Child<QToolButton>(dialog, "moveUp")->icon().isNull());
-    }
 
-    void exportRefusals_data() {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QList<int>>("unchecked");
-        QTest::addColumn<QString>("message"); // empty when the dialog closes
-        QTest::addColumn<QList<qint32>>("languages");
-        const QString noFile = "Please select an output file!";
-        const QString twoLanguages = "Please select at least 2 languages";
-        const QList<qint32> none;
-        QTest::newRow("no file") << "" << QList<int>{} << noFile << none;
-        QTest::newRow("file before languages") << "" << QList<int>{0, 1} << noFile << none;
-        QTest::newRow("one language") << "out.txt" << QList<int>{0, 2} << twoLanguages << none;
-        QTest::newRow("no language") << "out.txt" << QList<int>{0, 1, 2} << twoLanguages << none;
-        QTest::newRow("two languages")
-            << "out.txt" << QList<int>{1} << "" << QList<qint32>{kFrench, kGerman};
-    }
-
-    void exportRefusals() {
-        QFETCH(QString, path);
-        QFETCH(QList<int>, unchecked);
-        QFETCH(QString, message);
-        TestExportDialog dialog(m_q);
-        Show(dialog);
-        QTest::keyClicks(Child<QLineEdit>(dialog, "path"), path);
-        for (int row : unchecked)
-            ToggleRow(Child<QTreeWidget>(dialog, "languages"), row);
-        ClickOk(dialog);
-        QCOMPARE(dialog.messages, message.isEmpty() ? QStringList() : QStringList{message});
-        QCOMPARE(dialog.isVisible(), !message.isEmpty());
-        QCOMPARE(dialog.Path(), path);
-        if (message.isEmpty()) {
-            QCOMPARE(dialog.result(), int(QDialog::Accepted));
-            QTEST(dialog.Options().languages, "languages");
+        const struct {
+            const char* name;
+            int toggled; // the row clicked and unchecked first, -1: none
+            const char* button;
+            const char* order; // exported languages in capitals, the selected one in brackets
+        } moves[] = {{"no selection", -1, "moveDown", "FRA ENU DEU"},
+                     {"up", 1, "moveUp", "[enu] FRA DEU"},
+                     {"first up", -1, "moveUp", "[enu] FRA DEU"},
+                     {"first down", -1, "moveDown", "FRA [enu] DEU"},
+                     {"down", -1, "moveDown", "FRA DEU [enu]"},
+                     {"last down", -1, "moveDown", "FRA DEU [enu]"}};
+        for (const auto& move : moves) {
+            if (move.toggled >= 0)
+                ToggleRow(list, move.toggled);
+            QTest::mouseClick(Child<QToolButton>(dialog, move.button), Qt::LeftButton);
+            const QList<qint32> exported = dialog.Options().languages;
+            QStringList shown;
+            for (int i = 0; i < list->topLevelItemCount(); ++i) {
+                const QTreeWidgetItem* item = list->topLevelItem(i);
+                QString text = item->text(0);
+                if (!exported.contains(kIds.value(text)))
+                    text = text.toLower();
+                shown.append(item->isSelected() ? "[" + text + "]" : text);
+            }
+            QCOMPARE(move.name + (": " + shown.join(' ')),
+                     move.name + (": " + QString(move.order)));
         }
-    }
 
-    void moves_data() {
-        QTest::addColumn<int>("row"); // selected and unchecked first; -1 for no selection
-        QTest::addColumn<bool>("up");
-        QTest::addColumn<QStringList>("order");
-        QTest::addColumn<int>("selected");
-        QTest::newRow("up") << 1 << true << QStringList{"ENU", "FRA", "DEU"} << 0;
-        QTest::newRow("down") << 1 << false << QStringList{"FRA", "DEU", "ENU"} << 2;
-        QTest::newRow("first down") << 0 << false << QStringList{"ENU", "FRA", "DEU"} << 1;
-        QTest::newRow("first up") << 0 << true << QStringList{"FRA", "ENU", "DEU"} << 0;
-        QTest::newRow("last down") << 2 << false << QStringList{"FRA", "ENU", "DEU"} << 2;
-        QTest::newRow("no selection") << -1 << false << QStringList{"FRA", "ENU", "DEU"} << -1;
-    }
-
-    void moves() {
-        QFETCH(int, row);
-        QFETCH(bool, up);
-        QFETCH(QStringList, order);
-        QFETCH(int, selected);
-        TestExportDialog dialog(m_q);
-        Show(dialog);
-        auto* list = Child<QTreeWidget>(dialog, "languages");
-        const QString moved = row < 0 ? QString() : list->topLevelItem(row)->text(0);
-        if (row >= 0)
-            ToggleRow(list, row);
-        QTest::mouseClick(Child<QToolButton>(dialog, up ? "moveUp" : "moveDown"), Qt::LeftButton);
-        QCOMPARE(Abbreviations(list), order);
-        QList<qint32> checked;
-        for (int i = 0; i < list->topLevelItemCount(); ++i) {
-            const QTreeWidgetItem* item = list->topLevelItem(i);
-            QCOMPARE(item->checkState(0) == Qt::Checked, item->text(0) != moved);
-            QCOMPARE(item->isSelected(), i == selected);
-            if (item->text(0) != moved)
-                checked.append(kIds.value(item->text(0)));
+        // Each box sets its own option and no other; the version list hands over its choice.
+        for (int box = 0; box < kExportBoxes.size(); ++box) {
+            ClickBox(Box(dialog, kExportBoxes[box]));
+            QList<bool> flags(kExportBoxes.size(), false);
+            flags[box] = true;
+            QCOMPARE(kExportBoxes[box] + ": " + Joined(Flags(dialog.Options())),
+                     kExportBoxes[box] + ": " + Joined(flags));
+            ClickBox(Box(dialog, kExportBoxes[box]));
         }
-        QCOMPARE(dialog.Options().languages, checked);
-    }
-
-    void exportOptions_data() {
-        QTest::addColumn<int>("box");
-        for (int i = 0; i < kExportBoxes.size(); ++i)
-            QTest::newRow(qPrintable(kExportBoxes[i])) << i;
-    }
-
-    // Each box sets its own option and no other; the version list hands over its choice.
-    void exportOptions() {
-        QFETCH(int, box);
-        TestExportDialog dialog(m_q);
-        Show(dialog);
-        QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "out.txt");
-        ClickBox(Box(dialog, kExportBoxes[box]));
         auto* versions = Child<ui::VersionComboBox>(dialog, "versions");
         versions->showPopup();
         ToggleVersion(*versions, 2, false);
         versions->hidePopup();
-        ClickOk(dialog);
+
+        // Rows now FRA, DEU, enu: each step types a path, toggles rows, then clicks OK.
+        const char* noFile = "Please select an output file!";
+        const char* twoLanguages = "Please select at least 2 languages";
+        const struct {
+            const char* name;
+            const char* typed;
+            QList<int> toggled;
+            const char* outcome; // the message shown, or "closed"
+        } oks[] = {{"no file", "", {}, noFile},
+                   {"file before languages", "", {0}, noFile},
+                   {"one language", "out.txt", {}, twoLanguages},
+                   {"no language", "", {1}, twoLanguages},
+                   {"two languages", "", {0, 1}, "closed"}};
+        for (const auto& ok : oks) {
+            QTest::keyClicks(Child<QLineEdit>(dialog, "path"), ok.typed);
+            for (int row : ok.toggled)
+                ToggleRow(list, row);
+            ClickOk(dialog);
+            const QString outcome =
+                dialog.messages.join('|') + (dialog.isVisible() ? "" : "closed");
+            QCOMPARE(ok.name + (": " + outcome), ok.name + (": " + QString(ok.outcome)));
+            dialog.messages.clear();
+        }
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QList<bool> flags(kExportBoxes.size(), false);
-        flags[box] = true;
-        QCOMPARE(Flags(dialog.Options()), flags);
+        QCOMPARE(dialog.Path(), "out.txt");
+        QCOMPARE(dialog.Options().languages, QList<qint32>({kFrench, kGerman}));
         QCOMPARE(dialog.Options().versions, QList<qint32>{2});
     }
 
@@ -356,13 +323,6 @@ private Q_SLOTS:
         QVERIFY(combo.ChosenVersions(CQuestionnaire()).isEmpty());
     }
 
-    // The locale's separator loses its trailing spaces and gains one; ";" when it has none.
-    void joinSeparator() {
-        QCOMPARE(ui::VersionComboBox::JoinSeparator(QString()), "; ");
-        QCOMPARE(ui::VersionComboBox::JoinSeparator(","), ", ");
-        QCOMPARE(ui::VersionComboBox::JoinSeparator(";  "), "; ");
-    }
-
     // Up and down are mirror images, drawn rather than blank.
     void arrowIcons() {
         const QImage up = ui::ArrowIcon(Qt::UpArrow).pixmap(32).toImage();
@@ -377,7 +337,19 @@ private Q_SLOTS:
         QVERIFY(ui::ArrowIcon(Qt::NoArrow).isNull());
     }
 
-    void importDefaults() {
+    void importOptions_data() {
+        QTest::addColumn<bool>("onlyUnchanged");
+        QTest::addColumn<bool>("copyIdentical");
+        QTest::newRow("only unchanged") << true << false;
+        QTest::newRow("copy identical") << false << true;
+        QTest::newRow("both") << true << true;
+    }
+
+    // The dialog opens with no file, no box and the main language preselected in a disabled
+    // reference list, which a box enables; once disabled again the list keeps its choice.
+    void importOptions() {
+        QFETCH(bool, onlyUnchanged);
+        QFETCH(bool, copyIdentical);
         TestImportDialog dialog(m_q);
         Show(dialog);
         QCOMPARE(dialog.windowTitle(), "Import file");
@@ -389,29 +361,6 @@ private Q_SLOTS:
         QCOMPARE(reference->currentText(), "ENU - " + m_q.GetLanguage(1).m_name);
         QVERIFY(!reference->isEnabled());
         QCOMPARE(dialog.ReferenceLanguage(), kEnglish);
-        ClickOk(dialog);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-
-        CQuestionnaire noMain = MakeSample();
-        noMain.SetDefaultLanguage(0);
-        QCOMPARE(TestImportDialog(noMain).ReferenceLanguage(), 0);
-    }
-
-    void importOptions_data() {
-        QTest::addColumn<bool>("onlyUnchanged");
-        QTest::addColumn<bool>("copyIdentical");
-        QTest::newRow("only unchanged") << true << false;
-        QTest::newRow("copy identical") << false << true;
-        QTest::newRow("both") << true << true;
-    }
-
-    // The reference list is enabled while a box is on, and keeps its choice once disabled again.
-    void importOptions() {
-        QFETCH(bool, onlyUnchanged);
-        QFETCH(bool, copyIdentical);
-        TestImportDialog dialog(m_q);
-        Show(dialog);
-        auto* reference = Child<QComboBox>(dialog, "reference");
         QCheckBox* only = Box(dialog, "Only import unchanged captions since the export");
         QCheckBox* copy = Box(dialog, "Copy over identical strings");
         for (auto [box, on] : {std::pair{only, onlyUnchanged}, std::pair{copy, copyIdentical}})
@@ -429,6 +378,12 @@ private Q_SLOTS:
             ClickBox(copy);
         QVERIFY(!reference->isEnabled());
         QCOMPARE(dialog.ReferenceLanguage(), kGerman);
+        ClickOk(dialog);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+
+        CQuestionnaire noMain = MakeSample();
+        noMain.SetDefaultLanguage(0);
+        QCOMPARE(TestImportDialog(noMain).ReferenceLanguage(), 0);
     }
 };
 

@@ -19,10 +19,6 @@
 
 #include <functional>
 
-Q_DECLARE_METATYPE(util::MessageKind)
-Q_DECLARE_METATYPE(util::Answer)
-Q_DECLARE_METATYPE(ui::ProgressDialog::Cancel)
-
 namespace {
 
 // Acts on the modal window once it is up, then closes what the action left open, so that a
@@ -43,6 +39,13 @@ void WhenModal(std::function<void(QWidget*)> act, int triesLeft = 500) {
 void Click(QWidget* widget) {
     QVERIFY(widget);
     QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+// One table row per test row, by its index.
+template <class Row, size_t N> void AddRows(const Row (&rows)[N]) {
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i)
+        QTest::newRow(rows[i].name) << int(i);
 }
 
 // Sends a row with entry 3's English text and entry 7's German text to a dictionary of eight
@@ -73,208 +76,197 @@ struct Conflict : ConflictChooser {
     qint32 chosen = 0;
 };
 
+// A row clicked (-1: none), then a button clicked; Escape pressed instead for NoButton.
+struct ConflictAnswer {
+    const char* name;
+    int row;
+    QDialogButtonBox::StandardButton button;
+    bool staysOpen;
+    qint32 chosen;
+};
+
+using D = QDialogButtonBox;
+const qint32 kCancelled = ConflictChooser::kCancelled;
+// clang-format off
+const ConflictAnswer kConflictAnswers[] = {
+    {"do not add", 0, D::Ok, false, ConflictList::kDoNotAdd},
+    {"new entry", 1, D::Ok, false, ConflictList::kNewEntry},
+    {"entry 4", 2, D::Ok, false, 3},
+    {"entry 8", 3, D::Ok, false, 7},
+    {"OK without a row", -1, D::Ok, true, kCancelled},
+    {"Cancel", 2, D::Cancel, false, kCancelled},
+    {"Escape", 1, D::NoButton, false, kCancelled},
+};
+// clang-format on
+
+// A message of a kind with the answers offered, then a button clicked or, when given, a key
+// pressed instead; the icon shown and the answer returned.
+struct BoxAnswer {
+    const char* name;
+    util::MessageKind kind;
+    QList<util::Answer> answers;
+    Qt::Key key;
+    QMessageBox::StandardButton click;
+    QMessageBox::Icon icon;
+    util::Answer expected;
+};
+
+using util::Answer;
+using K = util::MessageKind;
+using B = QMessageBox;
+const Qt::Key kNoKey = Qt::Key_unknown, kEsc = Qt::Key_Escape, kEnter = Qt::Key_Return;
+const QList<Answer> kYesNo{Answer::Yes, Answer::No};
+// clang-format off
+const BoxAnswer kBoxAnswers[] = {
+    {"information", K::Information, {}, kNoKey, B::Ok, B::Information, Answer::Ok},
+    {"warning, Escape", K::Warning, {}, kEsc, B::Ok, B::Warning, Answer::Ok},
+    {"error, Enter", K::Error, {}, kEnter, B::Ok, B::Critical, Answer::Ok},
+    {"No clicked", K::Question, kYesNo, kNoKey, B::No, B::Question, Answer::No},
+    {"Enter takes the first", K::Question, {Answer::No, Answer::Yes}, kEnter, B::Ok, B::Question, Answer::No},
+    {"Escape is Cancel", K::Question, {Answer::Yes, Answer::Cancel, Answer::No}, kEsc, B::Ok, B::Question, Answer::Cancel},
+    {"Escape without Cancel", K::Question, kYesNo, kEsc, B::Ok, B::Question, Answer::No},
+};
+// clang-format on
+
+// Work reported against a total, which the bar shows scaled to fit an int.
+struct Progress {
+    const char* name;
+    ui::ProgressDialog::Cancel cancel;
+    qint64 total;
+    int maximum;
+};
+
+const auto kOffered = ui::ProgressDialog::Cancel::Offered;
+const auto kNotOffered = ui::ProgressDialog::Cancel::NotOffered;
+const Progress kProgresses[] = {
+    {"cancellable", kOffered, 1000, 1000},
+    {"not cancellable", kNotOffered, 1000, 1000},
+    {"unknown length", kOffered, 0, 0},
+    {"beyond an int", kNotOffered, 5'000'000'000, 1'666'666'666},
+};
+
 } // namespace
 
 class SupportTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void conflictDialogListsTheCandidates();
-    void conflictDialogAnswers_data();
-    void conflictDialogAnswers();
-    void messageBoxAnswers_data();
-    void messageBoxAnswers();
-    void progressDialog_data();
-    void progressDialog();
-};
+    // The dialog lists the candidates under their labels, then each answer gives its choice.
+    void conflictDialog_data() { AddRows(kConflictAnswers); }
+    void conflictDialog() {
+        QFETCH(int, row);
+        const ConflictAnswer& c = kConflictAnswers[row];
+        bool open = false;
+        Conflict conflict;
+        const bool sent = conflict.Send([&](ui::ConflictDialog* dialog) {
+            QCOMPARE(dialog->windowTitle(), "Conflict while adding to the dictionary");
+            QCOMPARE(dialog->findChild<QLabel*>()->text(),
+                     "Please select a line to either create a new entry or merge it with an "
+                     "existing entry");
+            QTableView* table = dialog->Table();
+            const QAbstractItemModel* model = table->model();
+            QStringList grid; // the headers and cells as the view shows them
+            int widestLabel = 0;
+            for (int r = -1; r < model->rowCount(); ++r) {
+                QStringList cells{r < 0 ? QString()
+                                        : model->headerData(r, Qt::Vertical).toString()};
+                for (int column = 0; column < model->columnCount(); ++column)
+                    cells.append(r < 0 ? model->headerData(column, Qt::Horizontal).toString()
+                                       : model->index(r, column).data().toString());
+                grid.append(cells.join(QLatin1Char('|')));
+                widestLabel =
+                    std::max(widestLabel, table->fontMetrics().horizontalAdvance(cells[0]));
+            }
+            QCOMPARE(grid, QStringList({"|DEU|ENU|FRA", "Existing entry no -1|||",
+                                        "New entry|Deutsch 7|English 3|",
+                                        "Existing entry no 4|Deutsch 3|English 3|Français 3",
+                                        "Existing entry no 8|Deutsch 7|English 7|"}));
+            QVERIFY(table->verticalHeader()->width() >= std::max(100, widestLabel));
 
-void SupportTest::conflictDialogListsTheCandidates() {
-    QString title, prompt;
-    QStringList grid; // the headers and cells as the view shows them
-    int widestLabel = 0, labelColumn = 0;
-    Conflict().Send([&](ui::ConflictDialog* dialog) {
-        title = dialog->windowTitle();
-        prompt = dialog->findChild<QLabel*>()->text();
-        const QTableView* table = dialog->Table();
-        const QAbstractItemModel* model = table->model();
-        for (int r = -1; r < model->rowCount(); ++r) {
-            QStringList cells{r < 0 ? QString() : model->headerData(r, Qt::Vertical).toString()};
-            for (int c = 0; c < model->columnCount(); ++c)
-                cells.append(r < 0 ? model->headerData(c, Qt::Horizontal).toString()
-                                   : model->index(r, c).data().toString());
-            grid.append(cells.join(QLatin1Char('|')));
-            widestLabel = std::max(widestLabel, table->fontMetrics().horizontalAdvance(cells[0]));
+            if (c.row >= 0)
+                QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                                  table->visualRect(model->index(c.row, 1)).center());
+            auto* buttons = dialog->findChild<QDialogButtonBox*>();
+            if (c.button == D::NoButton)
+                QTest::keyClick(dialog, Qt::Key_Escape);
+            else
+                Click(buttons->button(c.button));
+            open = dialog->isVisible();
+            if (open)
+                Click(buttons->button(QDialogButtonBox::Cancel));
+        });
+        QCOMPARE(open, c.staysOpen);
+        QCOMPARE(conflict.messages.messages,
+                 c.staysOpen ? QStringList{"Please select an entry"} : QStringList());
+        QCOMPARE(conflict.chosen, c.chosen);
+        QCOMPARE(sent, c.chosen != ConflictChooser::kCancelled);
+    }
+
+    void messageBoxAnswers_data() { AddRows(kBoxAnswers); }
+    void messageBoxAnswers() {
+        QFETCH(int, row);
+        const BoxAnswer& c = kBoxAnswers[row];
+        QWidget window;
+        QString shown;
+        WhenModal([&](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            QVERIFY(box);
+            shown = QStringLiteral("%1: %2, icon %3, %4 buttons, over the window: %5")
+                        .arg(box->windowTitle(), box->text())
+                        .arg(box->icon())
+                        .arg(box->buttons().size())
+                        .arg(box->parentWidget() == &window);
+            if (c.key != Qt::Key_unknown)
+                QTest::keyClick(box, c.key);
+            else
+                Click(box->button(c.click));
+        });
+        QCOMPARE(ui::WidgetMessages(&window).Show(c.kind, QStringLiteral("Save?"), c.answers),
+                 c.expected);
+        QCOMPARE(shown, QStringLiteral("Translator: Save?, icon %1, %2 buttons, over the window: 1")
+                            .arg(c.icon)
+                            .arg(std::max<qsizetype>(1, c.answers.size())));
+    }
+
+    void progressDialog_data() { AddRows(kProgresses); }
+    void progressDialog() {
+        QFETCH(int, row);
+        const Progress& c = kProgresses[row];
+        const bool cancellable = c.cancel == kOffered;
+        QWidget window;
+        window.show();
+        ui::ProgressDialog progress(&window, c.cancel, std::chrono::milliseconds(200));
+        progress.Begin(QStringLiteral("Saving the dictionary"), c.total);
+        QPointer<QProgressDialog> dialog = progress.Dialog();
+        QVERIFY(dialog);
+        QVERIFY(progress.Advance(0));
+        QVERIFY2(!dialog->isVisible(), "shown before the work lasted long enough");
+        QElapsedTimer clock;
+        clock.start();
+        while (!dialog->isVisible() && clock.elapsed() < 5000) {
+            QThread::msleep(5);
+            QVERIFY(progress.Advance(c.total / 2));
         }
-        labelColumn = table->verticalHeader()->width();
-    });
-    QCOMPARE(title, QStringLiteral("Conflict while adding to the dictionary"));
-    QCOMPARE(prompt, QStringLiteral("Please select a line to either create a new entry or merge "
-                                    "it with an existing entry"));
-    QCOMPARE(grid, QStringList({"|DEU|ENU|FRA", "Existing entry no -1|||",
-                                "New entry|Deutsch 7|English 3|",
-                                "Existing entry no 4|Deutsch 3|English 3|Français 3",
-                                "Existing entry no 8|Deutsch 7|English 7|"}));
-    QVERIFY(labelColumn >= std::max(100, widestLabel));
-}
-
-void SupportTest::conflictDialogAnswers_data() {
-    QTest::addColumn<int>("row"); // clicked first; -1: none
-    QTest::addColumn<int>("key"); // pressed instead of the button; 0: none
-    QTest::addColumn<QDialogButtonBox::StandardButton>("button");
-    QTest::addColumn<bool>("staysOpen");
-    QTest::addColumn<qint32>("chosen");
-
-    const auto ok = QDialogButtonBox::Ok;
-    const qint32 cancelled = ConflictChooser::kCancelled;
-    QTest::newRow("do not add") << 0 << 0 << ok << false << ConflictList::kDoNotAdd;
-    QTest::newRow("new entry") << 1 << 0 << ok << false << ConflictList::kNewEntry;
-    QTest::newRow("entry 4") << 2 << 0 << ok << false << 3;
-    QTest::newRow("entry 8") << 3 << 0 << ok << false << 7;
-    QTest::newRow("OK without a row") << -1 << 0 << ok << true << cancelled;
-    QTest::newRow("Cancel") << 2 << 0 << QDialogButtonBox::Cancel << false << cancelled;
-    QTest::newRow("Escape") << 1 << int(Qt::Key_Escape) << ok << false << cancelled;
-}
-
-void SupportTest::conflictDialogAnswers() {
-    QFETCH(int, row);
-    QFETCH(int, key);
-    QFETCH(QDialogButtonBox::StandardButton, button);
-    QFETCH(bool, staysOpen);
-    QFETCH(qint32, chosen);
-
-    bool open = false;
-    Conflict conflict;
-    const bool sent = conflict.Send([&](ui::ConflictDialog* dialog) {
-        QTableView* table = dialog->Table();
-        if (row >= 0)
-            QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
-                              table->visualRect(table->model()->index(row, 1)).center());
-        auto* buttons = dialog->findChild<QDialogButtonBox*>();
-        if (key)
-            QTest::keyClick(dialog, Qt::Key(key));
-        else
-            Click(buttons->button(button));
-        open = dialog->isVisible();
-        if (open)
-            Click(buttons->button(QDialogButtonBox::Cancel));
-    });
-    QCOMPARE(open, staysOpen);
-    QCOMPARE(conflict.messages.messages,
-             staysOpen ? QStringList{"Please select an entry"} : QStringList());
-    QCOMPARE(conflict.chosen, chosen);
-    QCOMPARE(sent, chosen != ConflictChooser::kCancelled);
-}
-
-void SupportTest::messageBoxAnswers_data() {
-    QTest::addColumn<util::MessageKind>("kind");
-    QTest::addColumn<QList<util::Answer>>("answers");
-    QTest::addColumn<int>("key"); // pressed instead of clicking `click`; 0: none
-    QTest::addColumn<QMessageBox::StandardButton>("click");
-    QTest::addColumn<QMessageBox::Icon>("icon");
-    QTest::addColumn<util::Answer>("expected");
-
-    using util::Answer;
-    using K = util::MessageKind;
-    using B = QMessageBox;
-    const int esc = Qt::Key_Escape, enter = Qt::Key_Return;
-    const QList<Answer> none, yesNo{Answer::Yes, Answer::No};
-    QTest::newRow("information") << K::Information << none << 0 << B::Ok << B::Information
-                                 << Answer::Ok;
-    QTest::newRow("warning, Escape")
-        << K::Warning << none << esc << B::Ok << B::Warning << Answer::Ok;
-    QTest::newRow("error, Enter") << K::Error << none << enter << B::Ok << B::Critical
-                                  << Answer::Ok;
-    QTest::newRow("No clicked") << K::Question << yesNo << 0 << B::No << B::Question << Answer::No;
-    QTest::newRow("Enter takes the first") << K::Question << QList<Answer>{Answer::No, Answer::Yes}
-                                           << enter << B::Ok << B::Question << Answer::No;
-    QTest::newRow("Escape is Cancel")
-        << K::Question << QList<Answer>{Answer::Yes, Answer::Cancel, Answer::No} << esc << B::Ok
-        << B::Question << Answer::Cancel;
-    QTest::newRow("Escape without Cancel")
-        << K::Question << yesNo << esc << B::Ok << B::Question << Answer::No;
-}
-
-void SupportTest::messageBoxAnswers() {
-    QFETCH(util::MessageKind, kind);
-    QFETCH(QList<util::Answer>, answers);
-    QFETCH(int, key);
-    QFETCH(QMessageBox::StandardButton, click);
-    QFETCH(QMessageBox::Icon, icon);
-    QFETCH(util::Answer, expected);
-
-    QWidget window;
-    QString shown;
-    WhenModal([&](QWidget* modal) {
-        auto* box = qobject_cast<QMessageBox*>(modal);
-        QVERIFY(box);
-        shown = QStringLiteral("%1: %2, icon %3, %4 buttons, over the window: %5")
-                    .arg(box->windowTitle(), box->text())
-                    .arg(box->icon())
-                    .arg(box->buttons().size())
-                    .arg(box->parentWidget() == &window);
-        if (key)
-            QTest::keyClick(box, Qt::Key(key));
-        else
-            Click(box->button(click));
-    });
-    QCOMPARE(ui::WidgetMessages(&window).Show(kind, QStringLiteral("Save?"), answers), expected);
-    QCOMPARE(shown, QStringLiteral("Translator: Save?, icon %1, %2 buttons, over the window: 1")
-                        .arg(icon)
-                        .arg(std::max<qsizetype>(1, answers.size())));
-}
-
-void SupportTest::progressDialog_data() {
-    QTest::addColumn<ui::ProgressDialog::Cancel>("cancel");
-    QTest::addColumn<qint64>("total");
-    QTest::addColumn<int>("maximum");
-
-    const auto offered = ui::ProgressDialog::Cancel::Offered;
-    const auto notOffered = ui::ProgressDialog::Cancel::NotOffered;
-    QTest::newRow("cancellable") << offered << qint64(1000) << 1000;
-    QTest::newRow("not cancellable") << notOffered << qint64(1000) << 1000;
-    QTest::newRow("unknown length") << offered << qint64(0) << 0;
-    QTest::newRow("beyond an int") << notOffered << qint64(5'000'000'000) << 1'666'666'666;
-}
-
-void SupportTest::progressDialog() {
-    QFETCH(ui::ProgressDialog::Cancel, cancel);
-    QFETCH(qint64, total);
-    QFETCH(int, maximum);
-    const bool cancellable = cancel == ui::ProgressDialog::Cancel::Offered;
-
-    QWidget window;
-    window.show();
-    ui::ProgressDialog progress(&window, cancel, std::chrono::milliseconds(200));
-    progress.Begin(QStringLiteral("Saving the dictionary"), total);
-    QPointer<QProgressDialog> dialog = progress.Dialog();
-    QVERIFY(dialog);
-    QVERIFY(progress.Advance(0));
-    QVERIFY2(!dialog->isVisible(), "shown before the work lasted long enough");
-    QElapsedTimer clock;
-    clock.start();
-    while (!dialog->isVisible() && clock.elapsed() < 5000) {
-        QThread::msleep(5);
-        QVERIFY(progress.Advance(total / 2));
-    }
-    QVERIFY(dialog->isVisible());
-    QCOMPARE(dialog->labelText(), QStringLiteral("Saving the dictionary"));
-    QVERIFY(dialog->parentWidget() == &window && dialog->windowModality() == Qt::WindowModal);
-    QCOMPARE(dialog->maximum(), maximum);
-    QCOMPARE(dialog->value(), maximum / 2);
-
-    QPushButton* cancelButton = dialog->findChild<QPushButton*>();
-    QCOMPARE(cancelButton != nullptr, cancellable);
-    if (cancellable) {
-        Click(cancelButton);
-    } else { // neither Escape nor closing the window stops work that cannot stop
-        QTest::keyClick(dialog, Qt::Key_Escape);
-        dialog->close();
         QVERIFY(dialog->isVisible());
+        QCOMPARE(dialog->labelText(), QStringLiteral("Saving the dictionary"));
+        QVERIFY(dialog->parentWidget() == &window && dialog->windowModality() == Qt::WindowModal);
+        QCOMPARE(dialog->maximum(), c.maximum);
+        QCOMPARE(dialog->value(), c.maximum / 2);
+
+        QPushButton* cancelButton = dialog->findChild<QPushButton*>();
+        QCOMPARE(cancelButton != nullptr, cancellable);
+        if (cancellable) {
+            Click(cancelButton);
+        } else { // neither Escape nor closing the window stops work that cannot stop
+            QTest::keyClick(dialog, Qt::Key_Escape);
+            dialog->close();
+            QVERIFY(dialog->isVisible());
+        }
+        QCOMPARE(progress.Advance(c.total), !cancellable);
+        progress.End();
+        QVERIFY(!dialog);
     }
-    QCOMPARE(progress.Advance(total), !cancellable);
-    progress.End();
-    QVERIFY(!dialog);
-}
+};
 
 TRANSLATOR_UI_TEST_MAIN(SupportTest)
 

@@ -78,10 +78,10 @@ private:
     QTimer m_timer;
 };
 
-// The texts of the message boxes that `act` brings up, each answered with `button`.
+// The texts of the message boxes that `act` brings up, answered as BoxAnswerer does.
 QStringList Boxes(const std::function<void()>& act,
-                  QMessageBox::StandardButton button = QMessageBox::Ok) {
-    BoxAnswerer answerer(button);
+                  QMessageBox::StandardButton button = QMessageBox::Ok, QStringList byText = {}) {
+    BoxAnswerer answerer(button, std::move(byText));
     act();
     return answerer.texts;
 }
@@ -196,10 +196,13 @@ private:
     QString Stored(qint32 questionId, qint32 responseId, qint32 language) {
         return questionnaire::ReadCaption(Q(), questionId, responseId, language);
     }
-    void ClickCell(const QModelIndex& index, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        Grid().scrollTo(index);
-        QTest::mouseClick(Grid().viewport(), Qt::LeftButton, modifiers,
-                          Grid().visualRect(index).center());
+    // On the questionnaire's grid unless another is given.
+    void ClickCell(const QModelIndex& index, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+                   ui::CaptionGrid* grid = nullptr) {
+        grid = grid ? grid : &Grid();
+        grid->scrollTo(index);
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, modifiers,
+                          grid->visualRect(index).center());
     }
     // Clicks `first`, then `last` with `modifiers`: a block with Shift, two cells with Control.
     void Select(const QModelIndex& first, const QModelIndex& last,
@@ -209,24 +212,19 @@ private:
     }
     QLineEdit* Editor() { return Grid().findChild<QLineEdit*>(); }
     // Types into the current cell and presses Enter: the first key opens the editor.
-    void Enter(const QString& text) {
-        QTest::keyClicks(&Grid(), text.left(1));
-        QVERIFY(Editor());
-        QTest::keyClicks(Editor(), text.mid(1));
-        QTest::keyClick(Editor(), Qt::Key_Return);
+    void Enter(const QString& text, ui::CaptionGrid* grid = nullptr) {
+        grid = grid ? grid : &Grid();
+        QTest::keyClicks(grid, text.left(1));
+        auto* editor = grid->findChild<QLineEdit*>();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, text.mid(1));
+        QTest::keyClick(editor, Qt::Key_Return);
     }
     QStringList MenuTitles() {
         QStringList titles;
         for (QAction* action : m_window->menuBar()->actions())
             titles.append(action->text());
         return titles;
-    }
-    void SaveDictionary(const QList<CDicEntry::Texts>& entries) {
-        CDictionary dictionary;
-        for (const CDicEntry::Texts& texts : entries)
-            dictionary.AddEntry(texts);
-        util::NoMessages silent;
-        QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
     }
     // The live entries of the saved dictionary, each its texts by language id joined by "|".
     QStringList SavedDictionary() {
@@ -268,20 +266,6 @@ private Q_SLOTS:
         m_window.reset();
         m_context.reset();
         QFile::remove(m_dir.filePath(QStringLiteral("memory.dic")));
-    }
-
-    // The grid shows the table: the default language first, titles, labels and escaped cells.
-    void showsTheCaptions() {
-        QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [survey.xml]"));
-        const QAbstractItemModel& model = View().Model();
-        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("ENU"));
-        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("FRA"));
-        QCOMPARE(Grid().columnWidth(2), 200);
-        QCOMPARE(model.headerData(RowOf(10, -1), Qt::Vertical).toString(), QStringLiteral("Q1"));
-        QVERIFY(!model.headerData(RowOf(10, -3), Qt::Vertical, Qt::DecorationRole)
-                     .value<QIcon>()
-                     .isNull());
-        QCOMPARE(Cell(10, -3, 0).data().toString(), QStringLiteral("Read out\\nthe scale"));
     }
 
     // Every rule of writing back, through the grid as a user types.
@@ -382,8 +366,19 @@ private Q_SLOTS:
         QCOMPARE(Stored(10, -1, kGerman), QStringLiteral("Dropped"));
     }
 
+    // The grid shows the table: the default language first, titles, labels and escaped cells.
     // The menu bar follows the active child; the commands that need a selection follow it.
-    void menusFollowTheChild() {
+    void windowsOnADocument() {
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [survey.xml]"));
+        const QAbstractItemModel& model = View().Model();
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("ENU"));
+        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("FRA"));
+        QCOMPARE(Grid().columnWidth(2), 200);
+        QCOMPARE(model.headerData(RowOf(10, -1), Qt::Vertical).toString(), QStringLiteral("Q1"));
+        QVERIFY(!model.headerData(RowOf(10, -3), Qt::Vertical, Qt::DecorationRole)
+                     .value<QIcon>()
+                     .isNull());
+        QCOMPARE(Cell(10, -3, 0).data().toString(), QStringLiteral("Read out\\nthe scale"));
         QCOMPARE(MenuTitles(), kQuestionnaireMenus);
         // The toolbar: open, save | cut, copy, paste | print | about.
         QStringList tools;
@@ -424,38 +419,29 @@ private Q_SLOTS:
         QVERIFY(m_window->OpenFile(m_path));
     }
 
-    // Auto-translate counts each hit it stores, a later source language's over an earlier one;
-    // sending rows counts the new entries.
-    void dictionaryCommands() {
-        SaveDictionary(
-            {{{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}},
-             {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}}});
+    // Auto-translate counts each hit it stores, a later source language's over an earlier one.
+    // The dictionary window lists every live entry by language, merges edits into their entry,
+    // deletes whole rows after one question and lists new entries as rows are sent. At exit the
+    // dictionary is offered first, then the questionnaire: Cancel keeps the program open, No
+    // leaves the file as it was, Yes saves it.
+    void dictionary() {
+        CDictionary dictionary;
+        dictionary.AddEntry(
+            {{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}});
+        dictionary.AddEntry(
+            {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}});
+        for (int i = 2; i < 6; ++i)
+            dictionary.AddEntry({{kEnglish, QStringLiteral("e%1").arg(i)},
+                                 {kGerman, QStringLiteral("d%1").arg(i)}});
+        util::NoMessages silent;
+        QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
+        const QStringList asSaved = SavedDictionary();
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kAutoTranslate); }),
                  QStringList{QStringLiteral("2 captions have been translated")});
         QCOMPARE(Stored(10, 1, kGerman), QStringLiteral("Sehr viel"));
         QVERIFY(Modified());
         QCOMPARE(Cell(10, 1, 2).data().toString(), QStringLiteral("Sehr viel")); // refilled
 
-        // Rows 10/-1 and 10/-2: the first has two languages and is new, the second only one.
-        Select(Cell(10, -1, 0), Cell(10, -2, 0), Qt::ShiftModifier);
-        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
-                 QStringList{kOneEntryAdded});
-        // The dictionary and then the questionnaire are offered for saving.
-        QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::No),
-                 (QStringList{kSaveDictionary, QStringLiteral("Save changes to survey.xml?")}));
-        // "No" left the file as it was.
-        QCOMPARE(SavedDictionary(), (QStringList{"Sehr|Very", "Sehr viel|Très"}));
-    }
-
-    // The dictionary window: every live entry by language, edits merged into their entry,
-    // whole rows deleted after one question, new entries listed after sending, and the save
-    // question at exit with its three answers.
-    void dictionaryWindow() {
-        QList<CDicEntry::Texts> entries;
-        for (int i = 0; i < 6; ++i)
-            entries.append({{kEnglish, QStringLiteral("e%1").arg(i)},
-                            {kGerman, QStringLiteral("d%1").arg(i)}});
-        SaveDictionary(entries);
         QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
         Trigger(ui::strings::kDictionary);
         ui::DictionaryView* view = m_window->Dictionary();
@@ -463,28 +449,20 @@ private Q_SLOTS:
         QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(), QStringLiteral("Dictionary"));
         QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         ui::DictionaryModel& model = view->Model();
-        ui::CaptionGrid& grid = view->Grid();
+        ui::CaptionGrid* grid = &view->Grid();
         QCOMPARE(model.rowCount(), 6);
         QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("DEU"));
         QCOMPARE(model.headerData(5, Qt::Vertical).toString(), QStringLiteral("6"));
-        auto click = [&](int row, int column, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-            const QModelIndex index = model.index(row, column);
-            grid.scrollTo(index);
-            QTest::mouseClick(grid.viewport(), Qt::LeftButton, modifiers,
-                              grid.visualRect(index).center());
-        };
 
         // A text typed into a cell is merged into its entry; the cell shows the entry's text.
-        click(0, 0);
-        QTest::keyClicks(&grid, QStringLiteral("B"));
-        QTest::keyClicks(grid.findChild<QLineEdit*>(), QStringLiteral("rot"));
-        QTest::keyClick(grid.findChild<QLineEdit*>(), Qt::Key_Return);
+        ClickCell(model.index(0, 0), Qt::NoModifier, grid);
+        Enter(QStringLiteral("Brot"), grid);
         QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("Brot"));
-        QCOMPARE(model.index(0, 1).data().toString(), QStringLiteral("e0"));
+        QCOMPARE(model.index(0, 1).data().toString(), QStringLiteral("Very"));
 
         // Cells in rows 3 and 5 selected: rows 3, 4 and 5 go, after one question.
-        click(2, 0);
-        click(4, 1, Qt::ControlModifier);
+        ClickCell(model.index(2, 0), Qt::NoModifier, grid);
+        ClickCell(model.index(4, 1), Qt::ControlModifier, grid);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kDelete); }, QMessageBox::No),
                  QStringList{QStringLiteral("Are you sure you want to delete these entrie(s) ?")});
         QCOMPARE(model.rowCount(), 6);
@@ -492,21 +470,25 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 3);
         QCOMPARE(model.index(2, 1).data().toString(), QStringLiteral("e5"));
 
-        // Rows sent from the questionnaire appear in the dictionary window at once.
+        // Rows 10/-1 and 10/-2 sent: the first has two languages and is new, the second only one.
         m_window->Area()->setActiveSubWindow(questionnaire);
-        ClickCell(Cell(10, -1, 0));
+        Select(Cell(10, -1, 0), Cell(10, -2, 0), Qt::ShiftModifier);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
                  QStringList{kOneEntryAdded});
         QCOMPARE(model.rowCount(), 4);
 
-        // At exit: Cancel keeps the program open, Yes saves the dictionary.
-        QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::Cancel),
-                 QStringList{kSaveDictionary});
+        const QString saveSurvey = QStringLiteral("Save changes to survey.xml?");
+        const auto close = [&] { m_window->close(); };
+        QCOMPARE(Boxes(close, QMessageBox::Cancel), QStringList{kSaveDictionary});
+        QCOMPARE(Boxes(close, QMessageBox::Cancel, {QStringLiteral("No")}),
+                 (QStringList{kSaveDictionary, saveSurvey}));
         QVERIFY(m_window->isVisible());
         QVERIFY(m_window->Dictionary());
-        Boxes([&] { m_window->close(); }, QMessageBox::Yes);
+        QCOMPARE(SavedDictionary(), asSaved);
+        QCOMPARE(Boxes(close, QMessageBox::No, {QStringLiteral("Yes")}),
+                 (QStringList{kSaveDictionary, saveSurvey}));
         QVERIFY(!m_window->isVisible());
-        QCOMPARE(SavedDictionary(), (QStringList{"Brot|e0", "d1|e1", "d5|e5",
+        QCOMPARE(SavedDictionary(), (QStringList{"Brot|Very", "Sehr viel|Très", "d5|e5",
                                                  "How satisfied are you?|Êtes-vous satisfait ?"}));
     }
 
@@ -529,8 +511,9 @@ private Q_SLOTS:
         QCOMPARE(ui::AboutDialog::FormatDate(version), QString());
     }
 
-    // The export and import run from their dialogs; an import that changed captions refills
-    // the grid and marks the document modified.
+    // The export and import run from their dialogs, in text and then in XLIFF (one file per
+    // target language); an import that changed captions refills the grid and marks the document
+    // modified.
     void exportThenImport() {
         const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
         QFile::remove(file);
@@ -556,17 +539,39 @@ private Q_SLOTS:
 
         // Export again and open the file: when the program ends with the file changed, the
         // window offers to import it, and the import dialog starts from that file.
-        BoxAnswerer answers(QMessageBox::Yes, {QStringLiteral("Open for Translation")});
-        WhenOpen<ui::ExportDialog>(file);
-        Trigger(ui::strings::kExport);
-        WhenOpen<ui::ImportDialog>(file);
-        QTRY_COMPARE(answers.texts.size(), 3);
-        QCOMPARE(answers.texts[1],
-                 QStringLiteral("'%1' has been changed. Do you want to import it now?").arg(file));
-        QCOMPARE(answers.texts[2], QStringLiteral("1 captions have been modified!"));
+        {
+            BoxAnswerer answers(QMessageBox::Yes, {QStringLiteral("Open for Translation")});
+            WhenOpen<ui::ExportDialog>(file);
+            Trigger(ui::strings::kExport);
+            WhenOpen<ui::ImportDialog>(file);
+            QTRY_COMPARE(answers.texts.size(), 3);
+            QCOMPARE(
+                answers.texts[1],
+                QStringLiteral("'%1' has been changed. Do you want to import it now?").arg(file));
+            QCOMPARE(answers.texts[2], QStringLiteral("1 captions have been modified!"));
+        }
         QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
         QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
         QVERIFY(Modified());
+
+        // The typed ending chooses XLIFF.
+        const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
+        WhenOpen<ui::ExportDialog>(m_dir.filePath(QStringLiteral("survey.xlf")));
+        QCOMPARE(
+            Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
+            QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(english)});
+        QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
+        QByteArray xliff = testutil::ReadAll(english);
+        const QByteArray unit =
+            "<source>Extrêmement</source><target state=\"translated\">Very</target>";
+        QVERIFY2(xliff.contains(unit), xliff.constData());
+        xliff.replace(unit,
+                      "<source>Extrêmement</source><target state=\"final\">Extremely</target>");
+        QVERIFY(testutil::WriteAll(english, xliff));
+        WhenOpen<ui::ImportDialog>(english);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
+                 QStringList{QStringLiteral("1 captions have been modified!")});
+        QCOMPARE(Stored(10, 1, kEnglish), QStringLiteral("Extremely"));
     }
 
     // A questionnaire saved to a campaign on a server becomes that campaign; opened from the
@@ -602,28 +607,6 @@ private Q_SLOTS:
         while (View().Model().headerData(column, Qt::Horizontal) != language)
             QVERIFY(++column < View().Model().columnCount());
         QCOMPARE(Cell(10, 1, column).data().toString(), QStringLiteral("Sehr"));
-    }
-
-    // The same round trip in XLIFF: one file per target language, and its import.
-    void exportsAndImportsXliff() {
-        // The typed ending chooses the format.
-        const QString file = m_dir.filePath(QStringLiteral("survey.xlf"));
-        const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
-        WhenOpen<ui::ExportDialog>(file);
-        QCOMPARE(
-            Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
-            QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(english)});
-        QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
-        QByteArray xliff = testutil::ReadAll(english);
-        const QByteArray unit = "<source>Très</source><target state=\"translated\">Very</target>";
-        QVERIFY2(xliff.contains(unit), xliff.constData());
-        xliff.replace(unit, "<source>Très</source><target state=\"final\">Extremely</target>");
-        QVERIFY(testutil::WriteAll(english, xliff));
-        WhenOpen<ui::ImportDialog>(english);
-        QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
-                 QStringList{QStringLiteral("1 captions have been modified!")});
-        QCOMPARE(Stored(10, 1, kEnglish), QStringLiteral("Extremely"));
-        QVERIFY(Modified());
     }
 
     // Printing ends every page with its number and the count.
