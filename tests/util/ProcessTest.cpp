@@ -38,57 +38,52 @@ bool ProcessGone(qint64 pid) {
     return close < 0 || line.mid(close + 2, 1) == "Z" || line.mid(close + 2, 1) == "X";
 }
 
-struct ExitCase {
-    const char* name;
-    QStringList command;
-    QString commandLine; // used when the command is empty
-    int expected;
-};
-
-TEST(RunProgramTest, PassesExitCodesThroughAndReportsWhatCouldNotStart) {
+TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart) {
     QTemporaryDir dir;
     const QString notExecutable = dir.filePath(QStringLiteral("plain.txt"));
     ASSERT_TRUE(testutil::WriteAll(notExecutable, "echo hi\n"));
-    const ExitCase cases[] = {
+    const QString pwd = QFileInfo(dir.path()).canonicalFilePath();
+    // Opened the way careless code does, without O_CLOEXEC; none of them may reach a program.
+    const int leaky = ::open("/proc/self/status", O_RDONLY);
+    int pipeEnds[2];
+    ASSERT_TRUE(leaky >= 0 && ::pipe(pipeEnds) == 0);
+    const struct {
+        const char* name;
+        QStringList command;
+        QString commandLine; // run when there is no command
+        int expected;
+        QString folder = QString();
+        QString output = QString();
+    } cases[] = {
         {"success", Shell("exit 0"), {}, 0},
         {"failure", Shell("exit 3"), {}, 3},
         {"highest code", Shell("exit 255"), {}, 255},
+        {"both streams", Shell("pwd; echo err >&2; exit 5"), {}, 5, dir.path(), pwd + "\nerr\n"},
         {"command line", {}, QStringLiteral("sh -c \"exit 42\""), 42},
         {"command line with quoted blanks", {}, QStringLiteral("sh -c \"test 'a b' = 'a b'\""), 0},
         {"unknown program", {QStringLiteral("/nonexistent/program")}, {}, util::kStartFailed},
         {"program not in PATH", {QStringLiteral("no-such-program-here")}, {}, util::kStartFailed},
         {"not executable", {notExecutable}, {}, util::kStartFailed},
         {"empty command", {}, QString(), util::kStartFailed},
+        {"no such folder", Shell("pwd"), {}, util::kStartFailed, pwd + QStringLiteral("/none")},
         {"signal SEGV", Shell("ulimit -c 0; kill -SEGV $$"), {}, util::kCrashed},
         {"signal ABRT", Shell("ulimit -c 0; kill -ABRT $$"), {}, util::kCrashed},
         {"killed", Shell("kill -KILL $$"), {}, util::kCrashed},
+        // 3 is the folder ls opens to list it.
+        {"standard descriptors only", {"ls", "-1", "/proc/self/fd"}, {}, 0, {}, "0\n1\n2\n3\n"},
     };
-    for (const ExitCase& c : cases) {
+    for (const auto& c : cases) {
         QString output = QStringLiteral("stale");
         const int code = c.command.isEmpty()
-                             ? util::RunProgram(c.commandLine, QString(), output, 10000)
-                             : util::RunProgram(c.command, QString(), output, 10000);
+                             ? util::RunProgram(c.commandLine, c.folder, output, 10000)
+                             : util::RunProgram(c.command, c.folder, output, 10000);
         EXPECT_EQ(code, c.expected) << c.name;
-        EXPECT_NE(output, QStringLiteral("stale")) << c.name;
+        EXPECT_EQ(output, c.output) << c.name;
     }
+    ::close(leaky);
+    ::close(pipeEnds[0]);
+    ::close(pipeEnds[1]);
 }
-
-TEST(RunProgramTest, RunsInTheWorkingFolderAndCapturesBothStreams) {
-    QTemporaryDir dir;
-    QString output;
-    EXPECT_EQ(util::RunProgram(Shell("pwd; echo to-error >&2; exit 5"), dir.path(), output), 5);
-    EXPECT_EQ(output, QFileInfo(dir.path()).canonicalFilePath() + QStringLiteral("\nto-error\n"));
-
-    EXPECT_EQ(util::RunProgram(Shell("pwd"), dir.filePath(QStringLiteral("missing")), output),
-              util::kStartFailed);
-}
-
-struct OutputCase {
-    const char* name;
-    quint32 codePage;
-    QByteArray bytes;
-    QString text;
-};
 
 TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
     const QString french = QStringLiteral(u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0");
@@ -100,7 +95,12 @@ TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
     ASSERT_TRUE(AnsiCodePage::FromUnicode(french, 1252, french1252));
     QByteArray long1252;
     ASSERT_TRUE(AnsiCodePage::FromUnicode(longText, 1252, long1252));
-    const OutputCase cases[] = {
+    const struct {
+        const char* name;
+        quint32 codePage;
+        QByteArray bytes;
+        QString text;
+    } cases[] = {
         {"utf16 with mark", 1252, Utf16Le(french), french},
         {"utf16 without mark", 1252, Utf16Le(french, false), french},
         {"code page 1252", 1252, french1252, french},
@@ -108,11 +108,10 @@ TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
         {"code page over many chunks", 1252, long1252, longText},
         {"cyrillic utf16 with mark", 1251, Utf16Le(russian), russian},
         {"code page 1251", 1251, QByteArray("\xCF\xF0\xE8\xE2\xE5\xF2"), russian},
-        {"nothing", 1252, QByteArray(), QString()},
     };
     QTemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("bytes"));
-    for (const OutputCase& c : cases) {
+    for (const auto& c : cases) {
         AnsiCodePage::SetCurrent(c.codePage);
         ASSERT_TRUE(testutil::WriteAll(file, c.bytes));
         QString output;
@@ -122,83 +121,63 @@ TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
     AnsiCodePage::Reset();
 }
 
-TEST(RunProgramTest, PassesNoDescriptorButTheStandardOnes) {
-    // Opened the way careless code does, without O_CLOEXEC.
-    const int file = ::open("/proc/self/status", O_RDONLY);
-    ASSERT_GE(file, 0);
-    int pipeEnds[2];
-    ASSERT_EQ(::pipe(pipeEnds), 0);
-    QString output;
-    const int code = util::RunProgram(
-        {QStringLiteral("ls"), QStringLiteral("-1"), QStringLiteral("/proc/self/fd")}, QString(),
-        output);
-    ::close(file);
-    ::close(pipeEnds[0]);
-    ::close(pipeEnds[1]);
-    EXPECT_EQ(code, 0);
-    // 3 is the folder ls opens to list it.
-    EXPECT_EQ(output.split(QLatin1Char('\n'), Qt::SkipEmptyParts),
-              QStringList({"0", "1", "2", "3"}));
-}
-
-TEST(RunProgramTest, TimeoutKillsTheProgramAndWhatItStarted) {
-    QElapsedTimer clock;
-    clock.start();
-    QString output;
-    const int code = util::RunProgram(Shell("sleep 30 & echo $! $$; wait"), QString(), output, 500);
-    EXPECT_EQ(code, util::kTimedOut);
-    EXPECT_LT(clock.elapsed(), 10000);
-    const QStringList pids = output.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    ASSERT_EQ(pids.size(), 2) << output.toStdString();
-    for (const QString& pid : pids) {
-        // The killed grandchild is reaped by whoever adopted it, which may take a moment.
-        for (int i = 0; i < 200 && !ProcessGone(pid.trimmed().toLongLong()); ++i)
+// What the program started and left running is killed with it at the timeout, and left alone
+// when the program ends first, though it still holds the output open.
+TEST(RunProgramTest, TimeoutKillsWhatTheProgramStartedAndAnEndedProgramIsNotWaitedFor) {
+    const struct {
+        const char* script;
+        int timeoutMs;
+        int expected;
+        bool childGone;
+    } cases[] = {
+        {"sleep 30 & echo $! $$; wait", 500, util::kTimedOut, true},
+        {"sleep 30 & echo $! $$", 20000, 0, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.script);
+        QElapsedTimer clock;
+        clock.start();
+        QString output;
+        EXPECT_EQ(util::RunProgram(Shell(c.script), QString(), output, c.timeoutMs), c.expected);
+        EXPECT_LT(clock.elapsed(), 10000);
+        const QStringList pids = output.simplified().split(QLatin1Char(' '));
+        ASSERT_EQ(pids.size(), 2) << output.toStdString();
+        const qint64 child = pids[0].toLongLong();
+        ASSERT_GT(child, 0);
+        // The killed child is reaped by whoever adopted it, which may take a moment.
+        for (int i = 0; c.childGone && i < 200 && !ProcessGone(child); ++i)
             QThread::msleep(10);
-        EXPECT_TRUE(ProcessGone(pid.trimmed().toLongLong())) << pid.toStdString();
+        EXPECT_EQ(ProcessGone(child), c.childGone);
+        EXPECT_TRUE(ProcessGone(pids[1].toLongLong()));
+        if (!c.childGone)
+            ::kill(pid_t(child), SIGKILL);
     }
 }
 
-TEST(RunProgramTest, EndsWithTheProgramEvenWhenSomethingItStartedHoldsTheOutput) {
-    QElapsedTimer clock;
-    clock.start();
-    QString output;
-    EXPECT_EQ(util::RunProgram(Shell("sleep 30 & echo $!"), QString(), output, 20000), 0);
-    EXPECT_LT(clock.elapsed(), 10000);
-    const qint64 left = output.trimmed().toLongLong();
-    ASSERT_GT(left, 0) << output.toStdString();
-    // Not timed out, so what it started is left alone.
-    EXPECT_FALSE(ProcessGone(left));
-    ::kill(pid_t(left), SIGKILL);
-}
-
-struct CloseCase {
-    const char* name;
-    const char* script;
-    bool force;
-    int timeoutMs;
-    bool closed;
-};
-
-TEST(CloseProcessTest, AsksFirstAndKillsOnlyWhenForced) {
+TEST(CloseProcessTest, AsksFirstKillsOnlyWhenForcedAndRefusesWhatIsNoProcess) {
     // Ignoring SIGTERM survives the exec, so sleep itself ignores it.
-    const CloseCase cases[] = {
+    const struct {
+        const char* name;
+        const char* script;
+        bool force;
+        int timeoutMs;
+        bool closed;
+    } cases[] = {
         {"polite", "echo ready; exec sleep 30", false, 5000, true},
         {"polite, unlimited", "echo ready; exec sleep 30", false, util::kNoTimeout, true},
         {"polite, forced needlessly", "echo ready; exec sleep 30", true, 5000, true},
         {"ignores the request", "trap '' TERM; echo ready; exec sleep 30", false, 300, false},
         {"ignores it, forced", "trap '' TERM; echo ready; exec sleep 30", true, 300, true},
     };
-    for (const CloseCase& c : cases) {
+    for (const auto& c : cases) {
         QProcess child; // killed when it goes, should CloseProcess have left it running
         child.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromUtf8(c.script)});
         ASSERT_TRUE(child.waitForStarted() && child.waitForReadyRead(10000)) << c.name;
         EXPECT_EQ(util::CloseProcess(child.processId(), c.force, c.timeoutMs), c.closed) << c.name;
-        if (c.closed)
+        if (c.closed) {
             EXPECT_TRUE(child.waitForFinished(5000)) << c.name;
+        }
     }
-}
-
-TEST(CloseProcessTest, RefusesProcessesThatDoNotExist) {
     // The number of a child that has been reaped names no process.
     const pid_t child = ::fork();
     if (child == 0)
@@ -209,23 +188,21 @@ TEST(CloseProcessTest, RefusesProcessesThatDoNotExist) {
         EXPECT_FALSE(util::CloseProcess(pid, true, 100)) << pid;
 }
 
-struct WaitCase {
-    const char* name;
-    int signalAfterMs; // -1: never
-    int timeoutSeconds;
-    bool signalled;
-    qint64 atLeastMs;
-};
-
 TEST(WaitForObjectTest, ReturnsWhenSignalledOrWhenTheTimeRunsOut) {
-    const WaitCase cases[] = {
+    const struct {
+        const char* name;
+        int signalAfterMs; // -1: never
+        int timeoutSeconds;
+        bool signalled;
+        qint64 atLeastMs;
+    } cases[] = {
         {"already signalled", 0, 0, true, 0},
         {"signalled by a timer", 50, 10, true, 40},
         {"signalled, no limit", 50, -1, true, 40},
         {"never, no time", -1, 0, false, 0},
         {"never", -1, 1, false, 1000},
     };
-    for (const WaitCase& c : cases) {
+    for (const auto& c : cases) {
         bool flag = c.signalAfterMs == 0;
         QTimer timer; // fires only when this thread's events go on being handled
         timer.setSingleShot(true);

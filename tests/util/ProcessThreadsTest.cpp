@@ -25,11 +25,11 @@ namespace {
 // What the process helpers log, caught for the test; other messages go where they always go.
 class LogCapture {
 public:
-    LogCapture() : m_previous(qInstallMessageHandler(&Handle)) {
-        s_previous = m_previous;
+    LogCapture() {
+        s_previous = qInstallMessageHandler(&Handle);
         Lines();
     }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    ~LogCapture() { qInstallMessageHandler(s_previous); }
     static QStringList Lines() {
         std::lock_guard<std::mutex> lock(s_mutex);
         return std::exchange(s_lines, {});
@@ -42,7 +42,6 @@ private:
         std::lock_guard<std::mutex> lock(s_mutex);
         s_lines << text;
     }
-    QtMessageHandler m_previous;
     static inline QtMessageHandler s_previous = nullptr;
     static inline std::mutex s_mutex;
     static inline QStringList s_lines;
@@ -62,152 +61,80 @@ bool MakeScript(const QString& path, const QString& body) {
                                            QFileDevice::ExeUser);
 }
 
-struct Delivered {
-    std::atomic<bool> called{false};
-    std::atomic<QThread*> thread{nullptr};
-    util::ProgramResult result;
-};
-
-TEST(RunProgramOnThreadTest, DeliversOnTheReceiversThread) {
-    for (const bool ownThread : {false, true}) {
-        SCOPED_TRACE(ownThread ? "receiver on a thread of its own" : "receiver on the main thread");
+TEST(RunProgramOnThreadTest, DeliversOnTheReceiversThreadOrDropsTheResultOnceItIsGone) {
+    enum Receiver { OnMainThread, OnOwnThread, GoneBeforeThePost, GoneBeforeDelivery, None };
+    for (const Receiver kind :
+         {OnMainThread, OnOwnThread, GoneBeforeThePost, GoneBeforeDelivery, None}) {
+        SCOPED_TRACE(int(kind));
         LogCapture log;
         QThread receiverThread;
-        QObject receiver;
+        auto receiver = std::make_unique<QObject>();
         QThread* expected = QCoreApplication::instance()->thread();
-        if (ownThread) {
+        if (kind == OnOwnThread) {
             receiverThread.start();
-            receiver.moveToThread(&receiverThread);
+            receiver->moveToThread(&receiverThread);
             expected = &receiverThread;
         }
         QTemporaryDir dir;
+        // Slow enough for the receiver to go before the result is posted.
+        const QString script =
+            (kind == GoneBeforeThePost ? QStringLiteral("sleep 0.3; ") : QString()) +
+            QStringLiteral("touch ran; echo hello; exit 3");
+        struct Delivered {
+            std::atomic<int> calls{0};
+            std::atomic<QThread*> thread{nullptr};
+            util::ProgramResult result;
+        };
         auto delivered = std::make_shared<Delivered>();
-        const QStringList command = {QStringLiteral("sh"), QStringLiteral("-c"),
-                                     QStringLiteral("echo hello; exit 3")};
-        const qint64 tid = util::RunProgramOnThread(
-            command, dir.path(), &receiver, [delivered](const util::ProgramResult& result) {
-                delivered->result = result;
-                delivered->thread = QThread::currentThread();
-                delivered->called = true;
-            });
-        ASSERT_TRUE(util::WaitForObject([&] { return delivered->called.load(); }, 30));
-        EXPECT_EQ(delivered->thread.load(), expected);
-        EXPECT_EQ(delivered->result.exitCode, 3);
-        EXPECT_EQ(delivered->result.output, QStringLiteral("hello\n"));
+        const qint64 tid =
+            util::RunProgramOnThread({QStringLiteral("sh"), QStringLiteral("-c"), script},
+                                     dir.path(), kind == None ? nullptr : receiver.get(),
+                                     [delivered](const util::ProgramResult& result) {
+                                         delivered->result = result;
+                                         delivered->thread = QThread::currentThread();
+                                         ++delivered->calls;
+                                     });
+        if (kind == GoneBeforeThePost)
+            receiver.reset();
         ASSERT_TRUE(WaitForThreadEnd(tid));
-        EXPECT_EQ(
-            log.Lines(),
-            QStringList(QStringLiteral("RunProgram (Thread ID %1): RunProgramOnThreadFnct Cmd "
-                                       "sh -c echo hello; exit 3 - Workdir: %2")
-                            .arg(tid)
-                            .arg(dir.path())));
+        if (kind == OnMainThread || kind == OnOwnThread) {
+            ASSERT_TRUE(util::WaitForObject([&] { return delivered->calls > 0; }, 30));
+            EXPECT_EQ(delivered->thread.load(), expected);
+            EXPECT_EQ(delivered->result.exitCode, 3);
+            EXPECT_EQ(delivered->result.output, QStringLiteral("hello\n"));
+        } else {
+            receiver.reset(); // posted by now, not yet delivered
+            QCoreApplication::sendPostedEvents();
+            QCoreApplication::processEvents();
+        }
+        EXPECT_EQ(delivered->calls, kind == OnMainThread || kind == OnOwnThread ? 1 : 0);
+        EXPECT_TRUE(QFileInfo::exists(dir.filePath(QStringLiteral("ran")))); // it ran all the same
+        EXPECT_EQ(log.Lines(),
+                  QStringList(QStringLiteral("RunProgram (Thread ID %1): RunProgramOnThreadFnct "
+                                             "Cmd sh -c %2 - Workdir: %3")
+                                  .arg(tid)
+                                  .arg(script, dir.path())));
         receiverThread.quit();
         receiverThread.wait();
     }
 }
 
-TEST(RunProgramOnThreadTest, DropsTheResultOfAReceiverThatIsGone) {
-    enum class Gone { BeforeThePost, BetweenPostAndDelivery, NeverGiven };
-    for (const Gone gone : {Gone::BeforeThePost, Gone::BetweenPostAndDelivery, Gone::NeverGiven}) {
-        SCOPED_TRACE(int(gone));
-        LogCapture log;
-        QTemporaryDir dir;
-        const QString ran = dir.filePath(QStringLiteral("ran"));
-        const QString script = gone == Gone::BeforeThePost ? QStringLiteral("sleep 0.3; touch '%1'")
-                                                           : QStringLiteral("touch '%1'");
-        auto receiver = std::make_unique<QObject>();
-        auto calls = std::make_shared<std::atomic<int>>(0);
-        const qint64 tid =
-            util::RunProgramOnThread({QStringLiteral("sh"), QStringLiteral("-c"), script.arg(ran)},
-                                     QString(), gone == Gone::NeverGiven ? nullptr : receiver.get(),
-                                     [calls](const util::ProgramResult&) { ++*calls; });
-        if (gone == Gone::BeforeThePost)
-            receiver.reset();
-        ASSERT_TRUE(WaitForThreadEnd(tid));
-        receiver.reset();
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-        EXPECT_TRUE(QFileInfo::exists(ran)); // the program ran all the same
-        EXPECT_EQ(calls->load(), 0);
-    }
-}
-
-class EditFileTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_file = m_dir.filePath(QStringLiteral("notes.txt"));
-        ASSERT_TRUE(testutil::WriteAll(m_file, "first line\n"));
-    }
-
-    // The edit's report, delivered to a receiver on this thread.
-    std::optional<int> Edit(const std::optional<QStringList>& editor) {
-        QObject receiver;
-        auto result = std::make_shared<std::atomic<int>>(-100);
-        const auto onDone = [result](int changed) { *result = changed; };
-        const qint64 tid = editor ? util::EditFileOnThread(m_file, *editor, &receiver, onDone)
-                                  : util::EditFileOnThread(m_file, &receiver, onDone);
-        if (tid <= 0 || !util::WaitForObject([&] { return *result != -100; }, 30))
-            return std::nullopt;
-        EXPECT_TRUE(WaitForThreadEnd(tid));
-        return result->load();
-    }
-
-    LogCapture m_log;
-    QTemporaryDir m_dir;
-    QString m_file;
-};
-
-struct EditorCase {
-    const char* name;
-    QStringList editor; // the path is added at the end
-    int expected;
-};
-
-QStringList ShellEditor(const char* script) {
-    return {QStringLiteral("sh"), QStringLiteral("-c"), QString::fromUtf8(script),
-            QStringLiteral("sh")};
-}
-
-TEST_F(EditFileTest, ReportsWhetherTheEditorChangedTheFile) {
-    const EditorCase cases[] = {
-        {"appends", ShellEditor("echo more >> \"$1\""), util::kFileChanged},
-        {"only reads", ShellEditor("cat \"$1\" > /dev/null"), util::kFileUnchanged},
-        {"writes the same bytes anew", ShellEditor("cp \"$1\" \"$1.new\" && mv \"$1.new\" \"$1\""),
-         util::kFileUnchanged},
-        {"fails without touching it", ShellEditor("exit 1"), util::kFileUnchanged},
-        {"deletes it", ShellEditor("rm \"$1\""), util::kFileChanged},
-        {"cannot start", {m_dir.filePath(QStringLiteral("no-editor"))}, util::kStartFailed},
-        {"none given", {}, util::kNoAssociatedProgram},
-    };
-    for (const EditorCase& c : cases) {
-        ASSERT_TRUE(testutil::WriteAll(m_file, "first line\n"));
-        EXPECT_EQ(Edit(c.editor), c.expected) << c.name;
-    }
-}
-
-TEST_F(EditFileTest, RunsTheEditorInTheFilesFolderAndLogsTheFile) {
-    EXPECT_EQ(Edit(ShellEditor("pwd > \"$1\"")), util::kFileChanged);
-    EXPECT_EQ(testutil::ReadAll(m_file),
-              QFileInfo(m_dir.path()).canonicalFilePath().toUtf8() + "\n");
-    const QStringList lines = m_log.Lines();
-    ASSERT_EQ(lines.size(), 1);
-    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("EditFile (Thread ID ")));
-    EXPECT_TRUE(lines[0].endsWith(QStringLiteral("): EditFileThreadFnct file ") + m_file));
-}
-
-// xdg-mime and the applications folder as a desktop would have them, made up by the test.
+// xdg-mime and the applications folder as a desktop would have them, made up by the test: the
+// same entry at the top and in a subfolder.
 class FakeDesktop {
 public:
-    explicit FakeDesktop(const QString& answer) {
+    FakeDesktop(const QString& answer, const QByteArray& entry) {
         const QString bin = m_dir.filePath(QStringLiteral("bin"));
-        QDir().mkpath(bin);
-        m_ok = MakeScript(
-            bin + QStringLiteral("/xdg-mime"),
-            QStringLiteral("echo \"$@\" > '%1'\necho '%2'\n").arg(QueryRecord(), answer));
+        const QString apps = QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation);
+        m_entries = QStringList{apps + QStringLiteral("/fake-editor.desktop"),
+                                apps + QStringLiteral("/fake/nested.desktop")};
+        m_ok = QDir().mkpath(bin) && QDir().mkpath(apps + QStringLiteral("/fake")) &&
+               MakeScript(
+                   bin + QStringLiteral("/xdg-mime"),
+                   QStringLiteral("echo \"$@\" > '%1'\necho '%2'\n").arg(QueryRecord(), answer)) &&
+               testutil::WriteAll(m_entries[0], entry) && testutil::WriteAll(m_entries[1], entry);
         m_oldPath = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(bin) + ':' + m_oldPath);
-        m_applications = QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation);
-        m_ok = m_ok && QDir().mkpath(m_applications);
     }
     ~FakeDesktop() {
         qputenv("PATH", m_oldPath);
@@ -215,54 +142,87 @@ public:
             QFile::remove(entry);
     }
     bool Ok() const { return m_ok; }
-    QString Folder() const { return m_dir.path(); }
     QString QueryRecord() const { return m_dir.filePath(QStringLiteral("query")); }
-    QString AddEntry(const QString& relative, const QByteArray& text) {
-        const QString path = m_applications + QLatin1Char('/') + relative;
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        m_ok = m_ok && testutil::WriteAll(path, text);
-        m_entries << path;
-        return path;
-    }
 
 private:
     QTemporaryDir m_dir;
     QByteArray m_oldPath;
-    QString m_applications;
     QStringList m_entries;
     bool m_ok = false;
 };
 
-TEST_F(EditFileTest, OpensTheAssociatedProgramOrSaysThereIsNone) {
-    {
-        FakeDesktop desktop(QStringLiteral("fake-editor.desktop"));
-        const QString editor = desktop.Folder() + QStringLiteral("/my editor");
-        ASSERT_TRUE(MakeScript(editor, QStringLiteral("echo \"$1 $2\" >> \"$2\"\n")));
-        desktop.AddEntry(QStringLiteral("fake-editor.desktop"),
-                         "[Desktop Entry]\nName=Fake\nExec=\"" + editor.toUtf8() +
-                             "\" --edit %f\n[Desktop Action new]\nExec=wrong %f\n");
+QStringList ShellEditor(const char* script) {
+    return {QStringLiteral("sh"), QStringLiteral("-c"), QString::fromUtf8(script),
+            QStringLiteral("sh")};
+}
+
+TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("notes.txt"));
+    const QByteArray first = "first line\n";
+    // The desktop's choice runs the entry's own Exec line, not an action's.
+    const QString editor = dir.filePath(QStringLiteral("my editor"));
+    ASSERT_TRUE(MakeScript(editor, QStringLiteral("echo \"$1 $2\" >> \"$2\"\n")));
+    const QByteArray entry = "[Desktop Entry]\nName=Fake\nExec=\"" + editor.toUtf8() +
+                             "\" --edit %f\n[Desktop Action new]\nExec=wrong %f\n";
+    const struct {
+        const char* name;
+        std::optional<QStringList> editor; // the path is added at the end; none: ask the desktop
+        const char* associated;            // the entry xdg-mime names
+        int expected;
+        QByteArray content; // of the file afterwards
+    } cases[] = {
+        {"appends", ShellEditor("echo more >> \"$1\""), "", util::kFileChanged, first + "more\n"},
+        {"only reads", ShellEditor("cat \"$1\" > /dev/null"), "", util::kFileUnchanged, first},
+        {"writes the same bytes anew", ShellEditor("cp \"$1\" \"$1.new\" && mv \"$1.new\" \"$1\""),
+         "", util::kFileUnchanged, first},
+        {"fails without touching it", ShellEditor("exit 1"), "", util::kFileUnchanged, first},
+        {"deletes it", ShellEditor("rm \"$1\""), "", util::kFileChanged, {}},
+        {"runs in the file's folder", ShellEditor("pwd > \"$1\""), "", util::kFileChanged,
+         QFileInfo(dir.path()).canonicalFilePath().toUtf8() + "\n"},
+        {"cannot start", QStringList{dir.filePath(QStringLiteral("no-editor"))}, "",
+         util::kStartFailed, first},
+        {"none given", QStringList(), "", util::kNoAssociatedProgram, first},
+        {"associated", std::nullopt, "fake-editor.desktop", util::kFileChanged,
+         first + "--edit " + file.toUtf8() + "\n"},
+        // An id's dashes may stand for subfolders; a slash in it names no entry.
+        {"associated, in a subfolder", std::nullopt, "fake-nested.desktop", util::kFileChanged,
+         first + "--edit " + file.toUtf8() + "\n"},
+        {"id with a slash", std::nullopt, "fake/nested.desktop", util::kNoAssociatedProgram, first},
+        {"nothing associated", std::nullopt, "", util::kNoAssociatedProgram, first},
+        {"entry missing", std::nullopt, "missing.desktop", util::kNoAssociatedProgram, first},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_TRUE(testutil::WriteAll(file, first));
+        FakeDesktop desktop(QString::fromUtf8(c.associated), entry);
         ASSERT_TRUE(desktop.Ok());
-        EXPECT_EQ(Edit(std::nullopt), util::kFileChanged);
-        EXPECT_EQ(testutil::ReadAll(m_file), "first line\n--edit " + m_file.toUtf8() + "\n");
-        EXPECT_EQ(testutil::ReadAll(desktop.QueryRecord()), "query default text/plain\n");
-    }
-    ASSERT_TRUE(testutil::WriteAll(m_file, "first line\n"));
-    for (const char* answer : {"", "missing.desktop"}) {
-        FakeDesktop desktop(QString::fromUtf8(answer));
-        ASSERT_TRUE(desktop.Ok());
-        EXPECT_EQ(Edit(std::nullopt), util::kNoAssociatedProgram) << answer;
-        EXPECT_EQ(testutil::ReadAll(m_file), "first line\n");
+        LogCapture log;
+        QObject receiver;
+        auto result = std::make_shared<std::atomic<int>>(-100);
+        const auto onDone = [result](int changed) { *result = changed; };
+        const qint64 tid = c.editor ? util::EditFileOnThread(file, *c.editor, &receiver, onDone)
+                                    : util::EditFileOnThread(file, &receiver, onDone);
+        ASSERT_TRUE(util::WaitForObject([&] { return *result != -100; }, 30));
+        ASSERT_TRUE(WaitForThreadEnd(tid));
+        EXPECT_EQ(*result, c.expected);
+        EXPECT_EQ(testutil::ReadAll(file), c.content);
+        // The desktop is asked only when no editor is given.
+        EXPECT_EQ(testutil::ReadAll(desktop.QueryRecord()),
+                  c.editor ? "" : "query default text/plain\n");
+        EXPECT_EQ(log.Lines(), QStringList(QStringLiteral("EditFile (Thread ID %1): "
+                                                          "EditFileThreadFnct file %2")
+                                               .arg(tid)
+                                               .arg(file)));
     }
 }
 
-struct ExecCase {
-    const char* name;
-    QByteArray entry;
-    QStringList command; // "<path>" and "<entry>" stand for the file and the entry file
-};
-
 TEST(DesktopEntryTest, ExpandsTheExecLine) {
-    const ExecCase cases[] = {
+    const struct {
+        const char* name;
+        QByteArray entry;
+        QStringList command; // "<path>" and "<entry>" stand for the file and the entry file
+    } cases[] = {
         {"file list", "[Desktop Entry]\nExec=gedit %U\n", {"gedit", "<path>"}},
         {"quoted program",
          "[Desktop Entry]\nExec=\"/opt/my app/edit\" --new %f\n",
@@ -289,7 +249,7 @@ TEST(DesktopEntryTest, ExpandsTheExecLine) {
     QTemporaryDir dir;
     const QString entry = dir.filePath(QStringLiteral("app.desktop"));
     const QString path = QStringLiteral("/home/u/my survey.qes");
-    for (const ExecCase& c : cases) {
+    for (const auto& c : cases) {
         ASSERT_TRUE(testutil::WriteAll(entry, c.entry));
         QStringList expected = c.command;
         expected.replaceInStrings(QStringLiteral("<path>"), path);
@@ -298,20 +258,6 @@ TEST(DesktopEntryTest, ExpandsTheExecLine) {
     }
     EXPECT_EQ(util::DesktopEntryCommand(dir.filePath(QStringLiteral("none.desktop")), path),
               QStringList());
-}
-
-TEST(DesktopEntryTest, FindsEntriesAlsoInSubfolders) {
-    FakeDesktop desktop{QString()};
-    const QString plain =
-        desktop.AddEntry(QStringLiteral("plain-one.desktop"), "[Desktop Entry]\n");
-    const QString nested =
-        desktop.AddEntry(QStringLiteral("kde/kate.desktop"), "[Desktop Entry]\n");
-    ASSERT_TRUE(desktop.Ok());
-    EXPECT_EQ(util::FindDesktopEntry(QStringLiteral("plain-one.desktop")), plain);
-    EXPECT_EQ(util::FindDesktopEntry(QStringLiteral("kde-kate.desktop")), nested);
-    EXPECT_EQ(util::FindDesktopEntry(QStringLiteral("absent.desktop")), QString());
-    EXPECT_EQ(util::FindDesktopEntry(QStringLiteral("kde/kate.desktop")), QString());
-    EXPECT_EQ(util::FindDesktopEntry(QString()), QString());
 }
 
 TEST(ThreadLogTest, PassesOnOnlyWhatDiffersFromTheThreadsLastMessage) {

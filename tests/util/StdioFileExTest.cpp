@@ -38,20 +38,23 @@ protected:
     int m_count = 0;
 };
 
-struct LineCase {
-    const char* name;
-    QByteArray bytes;
-    QStringList lines;
-};
-
 TEST_F(StdioFileExTest, ReadStringCutsLineEnds) {
     const QString longLine(3000, QLatin1Char('x')); // spans several read-ahead chunks
-    const LineCase cases[] = {
+    const struct {
+        const char* name;
+        QByteArray bytes;
+        QStringList lines;
+        quint32 codePage = 1252;
+    } cases[] = {
         {"ansi crlf", "one\r\ntwo\r\n", {"one", "two"}},
         {"ansi lf, no end", "one\ntwo", {"one", "two"}},
         {"ansi lone cr", "a\rb\nlast\r", {"a\rb", "last"}},
         {"ansi empty lines", "\n\nx\n", {"", "", "x"}},
         {"ansi code page", "caf\xE9\r\n", {QStringLiteral(u"café")}},
+        {"ansi double-byte code page",
+         "\x93\xFA\x96\x7B\r\n\x93\xFA",
+         {QStringLiteral(u"日本"), QStringLiteral(u"日")},
+         932},
         {"utf16 crlf", Utf16Le(QStringLiteral("one\r\ntwo\r\n")), {"one", "two"}},
         {"utf16 lf and lone cr", Utf16Le(QStringLiteral("a\rb\n\nlast\r")), {"a\rb", "", "last"}},
         // Units whose low or high byte is 0x0A are not line ends.
@@ -62,67 +65,62 @@ TEST_F(StdioFileExTest, ReadStringCutsLineEnds) {
         {"mark only", "\xFF\xFE", {}},
         {"empty", "", {}},
     };
-    for (const LineCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        AnsiCodePage::SetCurrent(c.codePage);
         EXPECT_EQ(ReadLines(Write(c.bytes)), c.lines);
     }
 }
 
-TEST_F(StdioFileExTest, ReadsAnsiInTheCurrentCodePage) {
-    AnsiCodePage::SetCurrent(932);
-    EXPECT_EQ(ReadLines(Write("\x93\xFA\x96\x7B\r\n\x93\xFA")),
-              QStringList({QStringLiteral(u"日本"), QStringLiteral(u"日")}));
-}
-
 TEST_F(StdioFileExTest, OnlyTextReadingWithoutCreateLooksForTheMark) {
     using F = CStdioFileEx;
-    struct {
+    const QByteArray marked = Utf16Le(QStringLiteral("ab"));
+    const struct {
+        QByteArray bytes;
         quint32 flags;
         bool unicode;
         quint32 finalFlags;
-    } const cases[] = {
-        {F::typeText, true, F::typeBinary},
-        {F::typeText | F::modeReadWrite, true, F::typeBinary | F::modeReadWrite},
-        {F::typeText | F::modeWrite, false, F::typeText | F::modeWrite},
-        {F::typeText | F::modeCreate | F::modeNoTruncate, false,
+    } cases[] = {
+        {marked, F::typeText, true, F::typeBinary},
+        {marked, F::typeText | F::modeReadWrite, true, F::typeBinary | F::modeReadWrite},
+        {marked, F::typeText | F::modeWrite, false, F::typeText | F::modeWrite},
+        {marked, F::typeText | F::modeCreate | F::modeNoTruncate, false,
          F::typeText | F::modeCreate | F::modeNoTruncate},
-        {F::modeRead, false, F::modeRead},
-        {F::typeBinary, false, F::typeBinary},
+        {marked, F::modeRead, false, F::modeRead},
+        {marked, F::typeBinary, false, F::typeBinary},
+        {"abc", F::typeText, false, F::typeText},
+        {"\xFE\xFF\x41\x00", F::typeText, false, F::typeText}, // the big-endian mark is none
+        {"\xFF", F::typeText, false, F::typeText},
     };
-    const QString marked = Write(Utf16Le(QStringLiteral("ab")));
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.flags);
+        SCOPED_TRACE(c.bytes.toHex().toStdString() + " " + std::to_string(c.flags));
         CStdioFileEx file;
-        ASSERT_TRUE(file.Open(marked, c.flags));
+        ASSERT_TRUE(file.Open(Write(c.bytes), c.flags));
         EXPECT_EQ(file.m_unicodeFile, c.unicode);
         EXPECT_EQ(file.m_openFlags, c.finalFlags);
-        EXPECT_EQ(file.CountCharacters(), c.unicode ? 2 : 6);
+        EXPECT_EQ(file.CountCharacters(), c.unicode ? (c.bytes.size() - 2) / 2 : c.bytes.size());
     }
-    CStdioFileEx ansi(Write("abc"), F::typeText);
-    EXPECT_FALSE(ansi.m_unicodeFile);
-    EXPECT_EQ(ansi.m_openFlags, F::typeText);
-    EXPECT_EQ(ansi.CountCharacters(), 3);
+    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(m_dir.filePath(QStringLiteral("missing"))));
     EXPECT_EQ(CStdioFileEx().CountCharacters(), 0);
 }
 
-TEST_F(StdioFileExTest, UnicodeWriteStartsWithOneMark) {
+TEST_F(StdioFileExTest, WritesUtf16WithOneMarkAndAnsiWithOneBytePerCharacter) {
     using F = CStdioFileEx;
-    const QString path = m_dir.filePath(QStringLiteral("out.txt"));
+    const QString unicode = m_dir.filePath(QStringLiteral("out.txt"));
     {
-        CStdioFileEx file(path, F::modeCreate | F::modeWrite | F::modeUnicodeWrite);
+        CStdioFileEx file(unicode, F::modeCreate | F::modeWrite | F::modeUnicodeWrite);
         file.WriteString(QStringLiteral("a\u00E9"));
         file.WriteString(QStringLiteral("\r\n"));
     }
     {
-        CStdioFileEx file(path, F::modeWrite | F::modeUnicodeWrite);
+        CStdioFileEx file(unicode, F::modeWrite | F::modeUnicodeWrite);
         ASSERT_TRUE(file.SeekToEnd());
         file.WriteString(QStringLiteral("z"));
     }
-    EXPECT_EQ(testutil::ReadAll(path), Utf16Le(QStringLiteral("a\u00E9\r\nz")));
-    EXPECT_EQ(ReadLines(path), QStringList({QStringLiteral(u"aé"), QStringLiteral("z")}));
-}
+    EXPECT_EQ(testutil::ReadAll(unicode), Utf16Le(QStringLiteral("a\u00E9\r\nz")));
+    EXPECT_EQ(ReadLines(unicode), QStringList({QStringLiteral(u"aé"), QStringLiteral("z")}));
 
-TEST_F(StdioFileExTest, AnsiWriteUsesOneBytePerCharacter) {
+    // ANSI text takes one byte per character.
     struct {
         quint32 codePage;
         QString text;
@@ -163,20 +161,10 @@ TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
     EXPECT_FALSE(file.ReadString(line));
     file.Close();
     EXPECT_EQ(testutil::ReadAll(existing), QByteArray("keep\n"));
-}
 
-TEST_F(StdioFileExTest, SetFilePathRefusesNull) {
-    CStdioFileEx file;
     EXPECT_THROW(file.SetFilePath(QString()), std::invalid_argument);
     file.SetFilePath(QStringLiteral(""));
     EXPECT_TRUE(file.GetFilePath().isEmpty());
-}
-
-TEST_F(StdioFileExTest, HasUtf16MarkNeedsFfFeFirst) {
-    EXPECT_TRUE(CStdioFileEx::HasUtf16Mark(Write("\xFF\xFE")));
-    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(Write("\xFE\xFF\x41\x00")));
-    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(Write("\xFF")));
-    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(m_dir.filePath(QStringLiteral("missing"))));
 }
 
 TEST_F(StdioFileExTest, StaticConvertersIncludeTheTerminator) {
