@@ -153,12 +153,13 @@ TEST_F(ImportTest, AStoppedImportChangesNothing) {
     m_q.AddLanguage(std::make_unique<CLanguage>(1040));
     m_options.languages.append(1040);
     QString file = QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1040(ITA)\r\n");
-    for (int i = 0; i < 30000; ++i) {
+    for (int i = 0, rows = 0; rows < 30000; ++i) {
         const qsizetype k = i % m_captions.size();
         const qint32 question = m_captions.questionIds[k];
         const qint32 response = m_captions.responseIds[k];
         if (question == questionnaire::kSystemMessageMarker)
             continue;
+        ++rows;
         file += QStringLiteral("%1\t%2\t%3\tf%4%5\ti%4%5\r\n")
                     .arg(question)
                     .arg(response)
