@@ -14,7 +14,8 @@ mkdir -p "$work/corpus" "$work/artifacts"
     tail -n 60 "$work/log"
     echo "fuzz_$name failed; the input that broke it:"
     ls -l "$work/artifacts"
-    for f in "$work/artifacts"/*; do [ -f "$f" ] && base64 "$f" | head -c 4000; done
+    # Whole, so that it can be rebuilt from the log: base64 -d | gunzip > input
+    for f in "$work/artifacts"/*; do [ -f "$f" ] && gzip -9c "$f" | base64; done
     exit 1
   }
 runs=$(grep -E '^stat::number_of_executed_units' "$work/log" | awk '{print $2}')

@@ -267,7 +267,15 @@ void Transaction::Rollback() {
 
 // --- inserts ---
 
-Inserter::Inserter(Connection& connection, const QString& sql) : m_query(connection.Query()) {
+QVariant TextValue(const QString& text, Dialect dialect) {
+    if (dialect == Dialect::Sqlite && !text.isEmpty() &&
+        (text.front() == QChar(0xFEFF) || text.front() == QChar(0xFFFE)))
+        return QVariant(QChar(0xFEFF) + text);
+    return QVariant(text);
+}
+
+Inserter::Inserter(Connection& connection, const QString& sql)
+    : m_query(connection.Query()), m_dialect(connection.GetDialect()) {
     m_ok = m_query.prepare(sql);
 }
 

@@ -91,6 +91,11 @@ private:
     bool m_active = false;
 };
 
+// The value that stores `text` as it is. SQLite reads a UTF-16 text's first character as a
+// byte order mark when it is U+FEFF or U+FFFE: it drops it, and for U+FFFE reverses the bytes of
+// all that follows. A mark of our own in front is the one it drops.
+QVariant TextValue(const QString& text, Dialect dialect);
+
 // A prepared statement run once per row: the program inserts captions by the million.
 class Inserter {
 public:
@@ -108,12 +113,13 @@ public:
 private:
     // A null QString would be bound as NULL; an empty text is a text.
     template <class T> static QVariant Bind(const T& value) { return QVariant::fromValue(value); }
-    static QVariant Bind(const QString& value) {
-        return value.isNull() ? QVariant(QString(QLatin1String(""))) : QVariant(value);
+    QVariant Bind(const QString& value) const {
+        return value.isNull() ? QVariant(QString(QLatin1String(""))) : TextValue(value, m_dialect);
     }
     static QVariant Bind(const QVariant& value) { return value; }
 
     QSqlQuery m_query;
+    Dialect m_dialect;
     bool m_ok = false;
 };
 

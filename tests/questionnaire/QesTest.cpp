@@ -48,6 +48,9 @@ TEST_F(QesTest, WholeFileWriteAndReadGiveTheSameQuestionnaire) {
     q.GetAdrQuestion(0)->SetLocalisedShortCaption(2000,
                                                   QString::fromUtf16(u"\U0001F600\r\n\t\u0001"));
     q.GetAdrQuestion(0)->SetLocalisedComments(2001, QString()); // empty but present
+    // First characters the database takes for a byte order mark unless the writer minds them.
+    q.GetAdrQuestion(0)->SetLocalisedInstructions(2000, QChar(0xFEFF) + QStringLiteral("mark"));
+    q.GetAdrQuestion(0)->SetLocalisedComments(2000, QChar(0xFFFE) + QStringLiteral("swapped"));
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(WriteSample(q), read)) << read.GetLastError().toStdString();
     EXPECT_EQ(read.GetStatus(), kQesOk);

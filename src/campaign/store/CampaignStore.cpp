@@ -388,7 +388,7 @@ QVariant ToColumn(const QVariant& value, const Column& column, Dialect dialect) 
         if (text.isEmpty())
             return column.allowZeroLength ? QVariant(QString(QLatin1String("")))
                                           : QVariant(QMetaType::fromType<QString>());
-        return QVariant(text);
+        return util::sql::TextValue(text, dialect);
     }
     if (column.type == kDouble)
         return QVariant(value.toDouble());

@@ -355,7 +355,12 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     CModality response(*smaller->Questions()[0]->m_modalities[0]);
     question.m_captions.erase(question.m_captions.begin() + 1);
     question.m_captions[0]->m_longCaption = QStringLiteral("Your age?");
-    question.AddCaption(QuestionCaption(100, 1031, "Wie alt sind Sie?", "Alter"));
+    auto germanQuestion = QuestionCaption(100, 1031, "Wie alt sind Sie?", "Alter");
+    // A first U+FEFF is a character: SQLite would take it for a byte order mark and drop it.
+    if (GetParam() == Dialect::Sqlite)
+        germanQuestion->m_shortCaption.prepend(QChar(0xFEFF));
+    const QString germanShort = germanQuestion->m_shortCaption;
+    question.AddCaption(std::move(germanQuestion));
     response.m_captions.erase(response.m_captions.begin() + 1);
     auto german = std::make_unique<CModalityCaption>(*response.m_captions[0]);
     german->m_languageID = 1031;
@@ -371,7 +376,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     }
     EXPECT_EQ(Rows("SELECT \"LanguageID\", \"LongCaption\", \"ShortCaption\" FROM "
                    "\"QuestionCaptions\" WHERE \"QuestionID\" = 100 ORDER BY 1"),
-              (QStringList{"1031|Wie alt sind Sie?|Alter", "1033|Your age?|Age",
+              (QStringList{"1031|Wie alt sind Sie?|" + germanShort, "1033|Your age?|Age",
                            QString::fromUtf8("1036|Quel \xC3\xA2ge avez-vous ?|")}));
     EXPECT_EQ(Rows("SELECT \"LanguageID\", \"QuestionID\", \"ShortCaption\" FROM "
                    "\"ModalityCaptions\" WHERE \"ModalityID\" = 1001 ORDER BY 1"),
