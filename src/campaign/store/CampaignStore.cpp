@@ -56,11 +56,38 @@ bool IsOlderThan(const QString& version, const char* than) {
 
 // --- reading ---
 
+// Qt's driver for the server decodes texts as UTF-8 that drops a first U+FEFF, taking it for a
+// byte order mark. Text columns are asked for with this character in front, taken off again on
+// reading, so that a text's own first character is never the first.
+constexpr char kTextGuard[] = "~";
+
+// What to select from a table: on the server, its text columns behind the guard.
+QString SelectList(Connection& db, const QString& table, const Table* described) {
+    if (db.GetDialect() != Dialect::PostgreSql || !described)
+        return QStringLiteral("*");
+    QStringList parts;
+    for (const QString& name : db.Columns(table)) {
+        const Column* column = described->FindColumn(name);
+        const QString quoted = db.Quote(name);
+        parts.append(column && IsTextCode(column->type)
+                         ? QStringLiteral("'%1' || %2 AS %2").arg(QLatin1String(kTextGuard), quoted)
+                         : quoted);
+    }
+    return parts.isEmpty() ? QStringLiteral("*") : parts.join(QStringLiteral(", "));
+}
+
 // The columns of the current row by name; a column the table lacks reads as its default.
 class RowReader {
 public:
-    RowReader(const QSqlQuery& query, Dialect dialect)
-        : m_query(query), m_record(query.record()), m_dialect(dialect) {}
+    RowReader(const QSqlQuery& query, Dialect dialect, const Table* described)
+        : m_query(query), m_record(query.record()), m_dialect(dialect) {
+        if (m_dialect != Dialect::PostgreSql || !described)
+            return;
+        for (int i = 0; i < m_record.count(); ++i) {
+            const Column* column = described->FindColumn(m_record.fieldName(i));
+            m_guarded.push_back(column && IsTextCode(column->type));
+        }
+    }
 
     qint32 Long(const char* column) const { return Value(column).toInt(); }
     bool YesNo(const char* column) const { return Value(column).toBool(); }
@@ -80,12 +107,18 @@ public:
 private:
     QVariant Value(const char* column) const {
         const int index = m_record.indexOf(QLatin1String(column));
-        return index < 0 ? QVariant() : m_query.value(index);
+        if (index < 0)
+            return QVariant();
+        const QVariant value = m_query.value(index);
+        if (size_t(index) < m_guarded.size() && m_guarded[size_t(index)] && !value.isNull())
+            return QVariant(value.toString().mid(1));
+        return value;
     }
 
     const QSqlQuery& m_query;
     QSqlRecord m_record;
     Dialect m_dialect;
+    std::vector<bool> m_guarded; // by column: selected behind kTextGuard
 };
 
 using RowFill = std::function<void(const RowReader&)>;
@@ -99,7 +132,8 @@ Outcome ReadRows(Connection& db, const char* operation, const QString& table, co
         const QString declared = described ? described->ResolveColumn(column) : QString();
         order.append(db.Quote(declared.isEmpty() ? column : declared));
     }
-    QString sql = QStringLiteral("SELECT * FROM %1").arg(db.Quote(table));
+    QString sql =
+        QStringLiteral("SELECT %1 FROM %2").arg(SelectList(db, table, described), db.Quote(table));
     if (!where.isEmpty())
         sql += QStringLiteral(" WHERE ") + where;
     if (!order.isEmpty())
@@ -111,7 +145,7 @@ Outcome ReadRows(Connection& db, const char* operation, const QString& table, co
         query.bindValue(static_cast<int>(i), binds[i]);
     if (!query.exec())
         return DatabaseFailure(operation, query.lastError());
-    const RowReader row(query, db.GetDialect());
+    const RowReader row(query, db.GetDialect(), described);
     while (query.next())
         fill(row);
     if (query.lastError().isValid())

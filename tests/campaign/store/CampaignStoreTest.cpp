@@ -179,7 +179,8 @@ std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volume) {
 std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
     auto c = std::make_unique<CCampaign>();
     c->m_name = QStringLiteral("Panel");
-    c->m_description = QStringLiteral("A panel\nin two waves");
+    // A first U+FEFF is a character, which neither engine may take for a byte order mark.
+    c->m_description = QChar(0xFEFF) + QStringLiteral("A panel\nin two waves");
     c->m_versionNumber = QStringLiteral("5,6,1,0");
     for (qint32 w : full ? std::vector{1, 2} : std::vector{2, 1}) {
         auto wave = std::make_unique<CWave>();
