@@ -3,12 +3,7 @@
 #include "FuzzInput.h"
 #include "FuzzQuestionnaire.h"
 #include "exchange/ImportFile.h"
-#include "questionnaire/CaptionList.h"
-#include "questionnaire/Questionnaire.h"
 #include "util/Messages.h"
-
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdint>
 #include <cstdlib>
@@ -19,22 +14,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t flags = data[0];
     const QString path = FuzzInputFile(QStringLiteral("translated.txt"), data + 1, size - 1);
 
-    CQuestionnaire q = FuzzQuestionnaire();
-    const CQuestionnaire before = q;
-    questionnaire::CaptionList captions;
-    questionnaire::BuildCaptionList(q, captions, false);
-    exchange::ImportOptions options;
-    options.onlyUnchanged = flags & 1;
-    options.copyIdentical = flags & 2;
-    options.referenceLanguage = 1033;
-    options.languages = {1033, 1036, 1031};
-    if (flags & 8)
-        options.explicitLanguages = {1033, 1031};
+    FuzzImportCase c(flags);
     util::RecordedMessages recorded;
     util::NoMessages silent;
     util::Messages& messages = (flags & 4) ? static_cast<util::Messages&>(silent) : recorded;
-    const qint32 result = exchange::ImportTranslatedFile(q, path, options, captions, messages);
-    if (result < 0 && (result < -19 || result > -10 || !(q == before)))
+    const qint32 result =
+        exchange::ImportTranslatedFile(c.q, path, c.options, c.captions, messages);
+    if (result < 0 && (result < -19 || result > -10 || !(c.q == c.before)))
         std::abort();
     // A refusal says why, when anyone listens.
     if (!(flags & 4) && result < 0 && recorded.messages.isEmpty())

@@ -3,8 +3,6 @@
 #include "FuzzInput.h"
 #include "FuzzQuestionnaire.h"
 #include "exchange/XliffFile.h"
-#include "questionnaire/CaptionList.h"
-#include "questionnaire/Questionnaire.h"
 #include "util/Messages.h"
 
 #include <cstdint>
@@ -15,19 +13,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     const uint8_t flags = data[0];
     const QString path = FuzzInputFile(QStringLiteral("translated.xlf"), data + 1, size - 1);
-    CQuestionnaire q = FuzzQuestionnaire();
-    const CQuestionnaire before = q;
-    questionnaire::CaptionList captions;
-    questionnaire::BuildCaptionList(q, captions, false);
-    exchange::ImportOptions options;
-    options.onlyUnchanged = flags & 1;
-    options.copyIdentical = flags & 2;
-    options.referenceLanguage = 1033;
-    options.languages = {1033, 1036, 1031};
+    // The languages are always read from the file.
+    FuzzImportCase c(flags & 3);
     util::RecordedMessages messages;
-    const qint32 result = exchange::ImportXliff(q, path, options, captions, messages);
+    const qint32 result = exchange::ImportXliff(c.q, path, c.options, c.captions, messages);
     if (result < 0 &&
-        (result < -19 || result > -10 || !(q == before) || messages.messages.isEmpty()))
+        (result < -19 || result > -10 || !(c.q == c.before) || messages.messages.isEmpty()))
         std::abort();
     return 0;
 }

@@ -466,6 +466,28 @@ public:
 private:
     static constexpr int kRowsPerInsert = 64;
 
+    static const Key& KeyFrom(const Key& key) { return key; }
+    static const Key& KeyFrom(const std::pair<const Key, const Values*>& entry) {
+        return entry.first;
+    }
+
+    // Deletes the rows among `present` (keys, or rows by key) that `rows` no longer holds; with
+    // no delete operation the table keeps every row.
+    template <class Present>
+    Outcome DeleteGone(const char* deleteOperation, const std::vector<Values>& rows,
+                       const Present& present) {
+        if (!deleteOperation)
+            return {};
+        std::set<Key> kept;
+        for (const Values& row : rows)
+            kept.insert(KeyOf(row));
+        std::vector<Key> removed;
+        for (const auto& entry : present)
+            if (!kept.count(KeyFrom(entry)))
+                removed.push_back(KeyFrom(entry));
+        return DeleteKeys(deleteOperation, removed);
+    }
+
     Outcome WriteAll(const char* operation, const char* deleteOperation,
                      const std::vector<Values>& rows) {
         std::set<Key> existing;
@@ -473,17 +495,8 @@ private:
                 ExistingKeys(deleteOperation ? deleteOperation : operation, existing);
             !read)
             return read;
-        if (deleteOperation) {
-            std::set<Key> kept;
-            for (const Values& row : rows)
-                kept.insert(KeyOf(row));
-            std::vector<Key> removed;
-            for (const Key& key : existing)
-                if (!kept.count(key))
-                    removed.push_back(key);
-            if (const Outcome deleted = DeleteKeys(deleteOperation, removed); !deleted)
-                return deleted;
-        }
+        if (const Outcome deleted = DeleteGone(deleteOperation, rows, existing); !deleted)
+            return deleted;
         QSqlQuery update = m_db.Query();
         if (!update.prepare(UpdateSql()))
             return DatabaseFailure(operation, update.lastError());
@@ -504,17 +517,8 @@ private:
         std::map<Key, const Values*> read;
         for (const Values& row : before)
             read.emplace(KeyOf(row), &row);
-        if (deleteOperation) {
-            std::set<Key> kept;
-            for (const Values& row : rows)
-                kept.insert(KeyOf(row));
-            std::vector<Key> removed;
-            for (const auto& [key, row] : read)
-                if (!kept.count(key))
-                    removed.push_back(key);
-            if (const Outcome deleted = DeleteKeys(deleteOperation, removed); !deleted)
-                return deleted;
-        }
+        if (const Outcome deleted = DeleteGone(deleteOperation, rows, read); !deleted)
+            return deleted;
         QSqlQuery update = m_db.Query();
         if (!update.prepare(UpdateSql()))
             return DatabaseFailure(operation, update.lastError());

@@ -1,12 +1,10 @@
 #include "campaign/store/CampaignStore.h"
 #include "campaign/schema/CampaignDatabase.h"
+#include "campaign/schema/CatalogueTestUtil.h"
 #include "common/PostgresServer.h"
 #include "common/TestUtil.h"
 
 #include <QFileInfo>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -291,16 +289,7 @@ protected:
     QStringList Rows(const char* sql) {
         Connection db;
         EXPECT_TRUE(db.Open(m_location));
-        QSqlQuery query = db.Query();
-        EXPECT_TRUE(query.exec(QLatin1String(sql))) << query.lastError().text().toStdString();
-        QStringList rows;
-        while (query.next()) {
-            QStringList fields;
-            for (int i = 0; i < query.record().count(); ++i)
-                fields.append(query.value(i).toString());
-            rows.append(fields.join(QLatin1Char('|')));
-        }
-        return rows;
+        return testutil::Rows(db, QLatin1String(sql));
     }
 
     static inline std::unique_ptr<testutil::PostgresServer> s_server;
