@@ -33,6 +33,18 @@ while [ ! -s "$dir/display" ] && [ $i -lt 100 ]; do sleep 0.1; i=$((i + 1)); don
 [ -s "$dir/display" ] || { echo "Xvfb did not start"; cat "$dir/xvfb.err"; exit 1; }
 DISPLAY=":$(cat "$dir/display")"
 export DISPLAY
+# The number is written once the server listens, but a loaded machine has been seen to refuse
+# the first client: wait until the server answers.
+i=0
+until xwininfo -root >/dev/null 2>&1; do
+  i=$((i + 1))
+  if [ $i -ge 100 ] || ! kill -0 "$xvfb" 2>/dev/null; then
+    echo "Xvfb on $DISPLAY does not answer"
+    cat "$dir/xvfb.err"
+    exit 1
+  fi
+  sleep 0.1
+done
 "$translator" "$file" >"$dir/app.out" 2>&1 &
 app=$!
 title="Translator - [$name]"
@@ -42,7 +54,7 @@ while ! xwininfo -root -tree 2>/dev/null | grep -qF "\"$title\""; do
   if [ $i -ge 200 ] || ! kill -0 "$app" 2>/dev/null; then
     echo "no window titled \"$title\""
     xwininfo -root -tree 2>/dev/null | grep '"' | head -20
-    cat "$dir/app.out"
+    cat "$dir/app.out" "$dir/xvfb.err"
     exit 1
   fi
   sleep 0.1
