@@ -24,7 +24,8 @@ public:
         // the last one a row of the group wrote. A row then needs one comparison, not one for
         // each caption.
         std::vector<bool> synced;
-        // Only captions with texts of their own, system messages apart, ever stay in step.
+        // Only captions with texts of their own, each listed once, system messages apart, ever
+        // stay in step.
         bool syncable = true;
     };
 
