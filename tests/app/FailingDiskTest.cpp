@@ -1,6 +1,7 @@
 // Saves that cannot be completed: a file-size limit reached part-way, a folder that cannot be
-// written, and two programs saving the same questionnaire at once. The old file must stay whole
-// and readable, the error must say what happened, and no file may mix two saves.
+// written, a save killed half-way, and two programs saving the same questionnaire at once. The old
+// file must stay whole and readable, the error must say what happened, and no file may mix two
+// saves.
 #include "app/AppContext.h"
 #include "app/QuestionnaireDocument.h"
 #include "common/TestUtil.h"
@@ -8,15 +9,20 @@
 #include "util/Messages.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <unistd.h>
 
 namespace {
 
 const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+// Questions in a big save: tens of megabytes, long enough to be killed or cut off part-way.
+const QString kBigSave = QStringLiteral("40000");
 
 struct Outcome {
     int status = -1;
@@ -33,14 +39,12 @@ Outcome RunProgram(const QString& program, const QStringList& arguments) {
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-bool Load(const QString& path, CQuestionnaire& out) {
+CQuestionnaire Load(const QString& path) {
     app::AppContext context;
     util::RecordedMessages messages;
     app::QuestionnaireDocument document(context, messages);
-    if (!document.OpenSilently(path))
-        return false;
-    out = *document.Questionnaire();
-    return true;
+    EXPECT_TRUE(document.OpenSilently(path)) << path.toStdString();
+    return document.Questionnaire() ? *document.Questionnaire() : CQuestionnaire();
 }
 
 void SaveExampleAs(const QString& path) {
@@ -49,6 +53,15 @@ void SaveExampleAs(const QString& path) {
     app::QuestionnaireDocument document(context, messages);
     ASSERT_TRUE(document.Open(kExample));
     ASSERT_TRUE(document.Save(path));
+}
+
+void StartBigSave(QProcess& child, const QString& path) {
+    child.start(QStringLiteral(DOC_TOOL), {QStringLiteral("bigsave"), path, kBigSave});
+    ASSERT_TRUE(child.waitForStarted());
+    // The child prints "saving" once the questionnaire is built and the save begins.
+    while (!child.canReadLine())
+        ASSERT_TRUE(child.waitForReadyRead(60000));
+    ASSERT_EQ(child.readLine().trimmed(), QByteArray("saving"));
 }
 
 class FailingDiskTest : public ::testing::TestWithParam<const char*> {
@@ -62,20 +75,17 @@ TEST_P(FailingDiskTest, FileSizeLimitReachedHalfWayKeepsTheOldFile) {
     const QString path = Path(QStringLiteral("survey.") + Type());
     SaveExampleAs(path);
     const QByteArray before = testutil::ReadAll(path);
-    CQuestionnaire old;
-    ASSERT_TRUE(Load(path, old));
+    const CQuestionnaire old = Load(path);
     const QStringList filesBefore = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
     // Files may grow to 1 MB; the save below writes tens of megabytes.
     const Outcome run =
         RunProgram(QStringLiteral(DOC_TOOL),
                    {QStringLiteral("limit"), QStringLiteral("1000000"), QStringLiteral(DOC_TOOL),
-                    QStringLiteral("bigsave"), path, QStringLiteral("40000")});
+                    QStringLiteral("bigsave"), path, kBigSave});
     EXPECT_EQ(run.status, 2) << run.out.toStdString() << run.err.toStdString();
     EXPECT_TRUE(run.out.contains(QLatin1String("failed")));
     EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
-    CQuestionnaire after;
-    ASSERT_TRUE(Load(path, after));
-    EXPECT_EQ(after, old);
+    EXPECT_EQ(Load(path), old);
     EXPECT_EQ(testutil::ReadAll(path), before);
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden), filesBefore)
         << "a temporary file was left behind";
@@ -111,8 +121,55 @@ TEST_P(FailingDiskTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
     EXPECT_NE(run.status, 0);
     EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
     EXPECT_EQ(testutil::ReadAll(path), before);
-    CQuestionnaire after;
-    EXPECT_TRUE(Load(path, after));
+    Load(path); // and the old file still opens
+}
+
+// A child performs a big save and is killed with SIGKILL at points of the save's measured
+// duration.
+TEST_P(FailingDiskTest, SaveKilledHalfWayKeepsTheOldFile) {
+    const QString path = Path(QStringLiteral("survey.") + Type());
+    const QString scratch = Path(QStringLiteral("scratch.") + Type());
+    SaveExampleAs(path);
+    SaveExampleAs(scratch);
+    qint64 duration = 0;
+    {
+        QProcess child;
+        StartBigSave(child, scratch);
+        QElapsedTimer timer;
+        timer.start();
+        ASSERT_TRUE(child.waitForFinished(120000));
+        duration = timer.elapsed();
+    }
+    const QByteArray bytes = testutil::ReadAll(path);
+    const CQuestionnaire previous = Load(path);
+
+    // Each kill leaves either the old file, byte for byte, or the whole new save (a loaded
+    // machine may finish the save before the kill lands); never anything between.
+    int interrupted = 0;
+    qint64 delay = duration * 9 / 10;
+    for (int attempt = 0; attempt < 12 && interrupted < 3; ++attempt) {
+        {
+            QProcess child;
+            StartBigSave(child, path);
+            QThread::msleep(quint64(delay));
+            ::kill(pid_t(child.processId()), SIGKILL);
+            child.waitForFinished();
+        }
+        const CQuestionnaire now = Load(path); // rolls back an interrupted transaction first
+        if (testutil::ReadAll(path) == bytes) {
+            ++interrupted;
+            EXPECT_EQ(now, previous) << "killed after " << delay << " ms";
+            delay = delay * 2 / 3;
+            continue;
+        }
+        for (int i = 0; i < previous.GetNbreQuestion(); ++i)
+            EXPECT_EQ(now.GetQuestion(i).GetLocalisedShortCaption(1033),
+                      QStringLiteral("changed %1").arg(i))
+                << "a changed file must hold the whole new save";
+        ASSERT_TRUE(testutil::WriteAll(path, bytes));
+        delay /= 2;
+    }
+    EXPECT_GE(interrupted, 3) << "the save took " << duration << " ms";
 }
 
 TEST_P(FailingDiskTest, TwoProgramsSavingAtOnceLeaveOneWholeSave) {
@@ -132,8 +189,7 @@ TEST_P(FailingDiskTest, TwoProgramsSavingAtOnceLeaveOneWholeSave) {
         saved.insert(QStringLiteral("first"));
     if (second.readAllStandardOutput().contains("saved"))
         saved.insert(QStringLiteral("second"));
-    CQuestionnaire q;
-    ASSERT_TRUE(Load(path, q));
+    const CQuestionnaire q = Load(path);
     // Every short caption comes from the same save: one that reported success, or, when the two
     // got in each other's way (packages share their working folder) and both failed, the old
     // file as it was.
