@@ -71,23 +71,19 @@ TEST(LanguageList, ParsesIdsAndShortNamesAndDropsUnknownItems) {
         EXPECT_EQ(ParseLanguageList(c.text), c.expected) << c.text.toStdString();
 }
 
-TEST(LanguageList, MainLanguageComesFirst) {
+TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
     CQuestionnaire q = testutil::MakeSample(); // stored French, English, German; English main
     EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1033, 1036, 1031}));
     EXPECT_EQ(q.GetDefaultLanguage(), 1033);
-    q.SetDefaultLanguage(0);
-    EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1036, 1033, 1031}));
-    EXPECT_EQ(q.GetDefaultLanguage(), 1036); // no main language: the first one
-}
-
-TEST(LanguageList, AddingLanguagesSkipsThoseAlreadyThere) {
-    CQuestionnaire q = testutil::MakeSample();
     EXPECT_EQ(AddLanguages(q, {1033, 1036}), 0);
     EXPECT_EQ(AddLanguages(q, {1034, 1033, 1040, 1034}), 2);
     ASSERT_EQ(q.GetLanguageCount(), 5);
     EXPECT_EQ(q.GetLanguage(3).m_id, 1034);
     EXPECT_EQ(q.GetLanguage(3).m_shortName, QStringLiteral("ESP"));
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
+    q.SetDefaultLanguage(0);
+    EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1036, 1033, 1031, 1034, 1040}));
+    EXPECT_EQ(q.GetDefaultLanguage(), 1036); // no main language: the first one
 }
 
 // Every column reads what a lookup of its language reads, whatever the languages: repeated

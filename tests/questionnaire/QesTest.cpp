@@ -12,6 +12,8 @@ using namespace questionnaire;
 
 namespace {
 
+using testutil::Dump;
+
 constexpr qint32 kProgramVersion = 0x0100;
 
 class QesTest : public ::testing::Test {
@@ -33,14 +35,12 @@ protected:
     static void Sql(const QString& path, const QStringList& statements) {
         EXPECT_TRUE(testutil::Sql(path, statements));
     }
-    static QStringList Dump(const QString& path, const QString& table) {
-        return testutil::Dump(path, table);
-    }
 
     QTemporaryDir m_dir;
 };
 
-TEST_F(QesTest, WholeFileWriteAndReadGiveTheSameQuestionnaire) {
+TEST_F(QesTest, WholeFileWriteReplacesTheFileAndReadsBackTheSameQuestionnaire) {
+    WriteSample(); // the file written below takes its place
     CQuestionnaire q = testutil::MakeSample();
     // Texts that only survive when the file keeps UTF-16 as it is.
     q.GetAdrQuestion(0)->SetLocalisedLongCaption(2000,
@@ -167,7 +167,7 @@ TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
     EXPECT_EQ(o, testutil::MakeSample());
 }
 
-TEST_F(QesTest, WholeFileWriteReplacesOrLeavesTheOldFile) {
+TEST_F(QesTest, FailedWholeFileWriteLeavesTheOldFile) {
     const QString path = WriteSample();
     const QByteArray before = testutil::ReadAll(path);
     const util::Outcome failed = WriteQesFile(m_dir.filePath(QStringLiteral("no/such/dir.qes")),
@@ -177,13 +177,6 @@ TEST_F(QesTest, WholeFileWriteReplacesOrLeavesTheOldFile) {
     EXPECT_EQ(testutil::ReadAll(path), before);
     // No leftovers beside the target.
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("survey.qes")});
-
-    CQuestionnaire changed = testutil::MakeSample();
-    changed.SetName(QStringLiteral("Renamed"));
-    ASSERT_TRUE(WriteQesFile(path, changed, kProgramVersion));
-    CQuestionnaire read;
-    ASSERT_TRUE(ReadAll(path, read));
-    EXPECT_EQ(read.GetName(), QStringLiteral("Renamed"));
 }
 
 } // namespace

@@ -148,32 +148,24 @@ TEST_F(XmlFileTest, MalformedAndHostileDocumentsAreRefusedWithAMessage) {
     EXPECT_TRUE(q.FromXML(deep)) << q.GetLastError().toStdString();
 }
 
-TEST_F(XmlFileTest, UnknownElementsOfALaterFormatAreSkipped) {
+// Elements of a later format are skipped. Attribute values are read as any XML reader takes them:
+// references decoded, literal line ends and tabs read as spaces, a line end written as CR LF as
+// one.
+TEST_F(XmlFileTest, UnknownElementsAreSkippedAndAttributeValuesReadAsXmlDefinesThem) {
     CMarkup doc;
     doc.SetDoc(QStringLiteral(
-        "<questionnaire format=\"1\"><media><file name=\"a.png\"/></media><languages/>"
-        "<versions/><questions><question id=\"4\" type=\"single\"><layout columns=\"2\"/>"
-        "<response id=\"1\"><caption lang=\"9\">Yes</caption><image/></response>"
-        "</question></questions></questionnaire>"));
-    CQuestionnaire q;
-    ASSERT_TRUE(q.FromXML(doc)) << q.GetLastError().toStdString();
-    ASSERT_EQ(q.GetNbreQuestion(), 1);
-    EXPECT_EQ(q.GetQuestion(0).GetModalite(0).GetLocalisedLongCaption(9), QStringLiteral("Yes"));
-}
-
-// Attribute values as any XML reader takes them: references decoded, literal line ends and tabs
-// read as spaces, a line end written as CR LF as one.
-TEST_F(XmlFileTest, AttributeValuesAreReadAsXmlDefinesThem) {
-    CMarkup doc;
-    doc.SetDoc(QStringLiteral("<questionnaire format=\"1\" name='A &amp; B &#x1F600;'><questions>"
-                              "<question id=' 7 ' type=\"text\" shortcut=\"x&#10;y\tz\r\nw&lt;\"/>"
-                              "</questions></questionnaire>"));
+        "<questionnaire format=\"1\" name='A &amp; B &#x1F600;'><media><file name=\"a.png\"/>"
+        "</media><languages/><versions/><questions><question id=' 7 ' type=\"single\" "
+        "shortcut=\"x&#10;y\tz\r\nw&lt;\"><layout columns=\"2\"/><response id=\"1\">"
+        "<caption lang=\"9\">Yes</caption><image/></response></question></questions>"
+        "</questionnaire>"));
     CQuestionnaire q;
     ASSERT_TRUE(q.FromXML(doc)) << q.GetLastError().toStdString();
     EXPECT_EQ(q.GetName(), QString::fromUtf16(u"A & B \U0001F600"));
     ASSERT_EQ(q.GetNbreQuestion(), 1);
     EXPECT_EQ(q.GetQuestion(0).m_id, 7);
     EXPECT_EQ(q.GetQuestion(0).m_shortcut, QStringLiteral("x\ny z w<"));
+    EXPECT_EQ(q.GetQuestion(0).GetModalite(0).GetLocalisedLongCaption(9), QStringLiteral("Yes"));
 }
 
 TEST_F(XmlFileTest, FailedSaveLeavesTheOldFile) {
