@@ -140,23 +140,29 @@ TEST(VersionFilter, QuestionsAndResponses) {
 }
 
 TEST(KindFilter, EachSwitchRemovesItsRowsOnly) {
-    const std::pair<qint32, qint32> rows[] = {{10, -1}, {10, -2}, {10, -3}, {10, -4},
-                                              {10, 0},  {10, 7},  {-1, 2},  {-2, 5}};
-    CaptionKindFilter none;
-    for (auto [q, r] : rows)
-        EXPECT_FALSE(none.Excludes(q, r));
-    CaptionKindFilter responses;
-    responses.excludeResponses = true;
-    EXPECT_TRUE(responses.Excludes(10, 0));
-    EXPECT_TRUE(responses.Excludes(10, 7));
-    // Marker rows are judged by their question id, whatever their response id.
-    EXPECT_FALSE(responses.Excludes(-1, 2));
-    EXPECT_FALSE(responses.Excludes(-2, 5));
-    CaptionKindFilter longOnly;
-    longOnly.excludeLongCaptions = true;
-    EXPECT_TRUE(longOnly.Excludes(10, -1));
-    EXPECT_FALSE(longOnly.Excludes(-1, -1 + 3));
-    EXPECT_FALSE(longOnly.Excludes(-2, 1));
+    using F = CaptionKindFilter;
+    // Each row with the switch that removes it; marker rows are judged by their question id,
+    // whatever their response id.
+    const struct {
+        qint32 q, r;
+        bool F::*removedBy;
+    } rows[] = {
+        {10, -1, &F::excludeLongCaptions},  {10, -2, &F::excludeShortCaptions},
+        {10, -3, &F::excludeInstructions},  {10, -4, &F::excludeComments},
+        {10, 0, &F::excludeResponses},      {10, 7, &F::excludeResponses},
+        {-1, 2, &F::excludeSystemMessages}, {-1, -1, &F::excludeSystemMessages},
+        {-2, 5, &F::excludeRoutings},       {-2, -1, &F::excludeRoutings},
+    };
+    // Nothing switched off (round 0), then each row's switch alone.
+    for (size_t i = 0; i <= std::size(rows); ++i) {
+        F filter;
+        bool F::*on = i == 0 ? nullptr : rows[i - 1].removedBy;
+        if (on)
+            filter.*on = true;
+        for (const auto& row : rows)
+            EXPECT_EQ(filter.Excludes(row.q, row.r), row.removedBy == on)
+                << "round " << i << ", row " << row.q << "/" << row.r;
+    }
 }
 
 // Visibility: a hidden question stays when a later descendant, reached through hidden
