@@ -80,6 +80,9 @@ protected:
         const QStringList lines = run.out.trimmed().split(QLatin1Char('\n'));
         if (lines.last().startsWith(QLatin1String("result=")))
             run.result = lines.last().mid(7);
+        // A script that reads only the exit status sees the result's low byte.
+        if (!run.result.isEmpty())
+            EXPECT_EQ(run.status, run.result.toInt() & 0xFF) << run.result.toStdString();
         return run;
     }
     QString Path(const QString& name) const { return m_dir.filePath(name); }
@@ -88,11 +91,11 @@ protected:
     QString m_survey;
 };
 
-TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
+// A person at a terminal sees the work progress, on standard error; a script sees none.
+TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndShowsProgressOnATerminalOnly) {
     const ProcessRun run =
         Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
     EXPECT_EQ(run.result, QStringLiteral("-20"));
-    EXPECT_EQ(run.status, 236);
     EXPECT_EQ(run.err, QString()) << "a script reads no progress";
     const QByteArray bytes = testutil::ReadAll(Path(QStringLiteral("out.txt")));
     EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(
@@ -103,10 +106,7 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndWritesTheFile) {
         Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
     EXPECT_EQ(unwritable.result, QStringLiteral("-20"));
     EXPECT_TRUE(unwritable.err.contains(QLatin1String("Cannot create export file")));
-}
 
-// A person at a terminal sees the work progress, on standard error.
-TEST_F(BatchProcessTest, ProgressShowsOnATerminalOnly) {
     QProcess terminal; // script(1) runs the program on a pseudo-terminal of its own
     terminal.setWorkingDirectory(m_dir.path());
     terminal.start(QStringLiteral("script"), {QStringLiteral("-qec"),
@@ -126,7 +126,6 @@ TEST_F(BatchProcessTest, LoadAndSaveFailures) {
     ProcessRun run =
         Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")});
     EXPECT_EQ(run.result, QStringLiteral("-1"));
-    EXPECT_EQ(run.status, 255);
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
 
     // A database that refuses every change to its captions cannot be saved.
@@ -144,7 +143,6 @@ TEST_F(BatchProcessTest, LoadAndSaveFailures) {
                                          "110\t3\tNot very satisfied\tWenig zufrieden\r\n"))));
     run = Translator({qes, QStringLiteral("translate:in.txt")});
     EXPECT_EQ(run.result, QStringLiteral("-2"));
-    EXPECT_EQ(run.status, 254);
     EXPECT_EQ(testutil::ReadAll(qes), before);
 }
 
@@ -158,7 +156,6 @@ TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
         Translator({m_survey, QStringLiteral("translate:in.txt"), QStringLiteral("languages:DEU"),
                     QStringLiteral("headers:Key,Item"), QStringLiteral("reference:deu")});
     EXPECT_EQ(run.result, QStringLiteral("2"));
-    EXPECT_EQ(run.status, 2);
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
     EXPECT_EQ(questionnaire::ReadCaption(q, 110, 4, 1031), QStringLiteral("Gar nicht zufrieden"));
@@ -167,7 +164,6 @@ TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
     const QByteArray saved = testutil::ReadAll(m_survey);
     const ProcessRun refused = Translator({m_survey, QStringLiteral("translate:in.txt")});
     EXPECT_EQ(refused.result, QStringLiteral("-13"));
-    EXPECT_EQ(refused.status, 243);
     EXPECT_EQ(testutil::ReadAll(m_survey), saved);
 }
 
@@ -176,7 +172,6 @@ TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
     ProcessRun run = Translator(
         {m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ENU,fra,Klingon")});
     EXPECT_EQ(run.result, QStringLiteral("0"));
-    EXPECT_EQ(run.status, 0);
     EXPECT_EQ(testutil::ReadAll(m_survey), before);
 
     run =
@@ -195,7 +190,6 @@ TEST_F(BatchProcessTest, DictionaryOptions) {
         {m_survey, QStringLiteral("senddictionary"), QStringLiteral("dictionary:") + memory});
     const int sent = run.result.toInt();
     EXPECT_GT(sent, 10);
-    EXPECT_EQ(run.status, sent % 256);
     util::RecordedMessages messages;
     CDictionary saved;
     ASSERT_TRUE(saved.Load(memory, messages));
