@@ -59,43 +59,14 @@ protected:
     util::RecordedMessages m_messages;
 };
 
-TEST_F(ImportTest, RefusedFilesGiveTheirCodeAndMessage) {
-    const struct {
-        const char* header; // a row follows unless the file is empty
-        qint32 code;
-        const char* message = "This does not seem to be a translation file";
-        bool onlyUnchanged = false;
-    } cases[] = {
-        {"", -11},
-        {"\r\n\r\n", -12},
-        {"QuestionId\tResponseId\r\n1\t-1\r\n", -12},
-        {"questionid\tResponseId\t1033(ENU)\r\n", -13},
-        {"QuestionId\tResponse\t1033(ENU)\r\n", -14},
-        {"QuestionId\tResponseId\tEnglish\r\n", -15},
-        {"QuestionId\tResponseId\tEN(ENU)\r\n", -16},
-        {"QuestionId\tResponseId\t32767(XYZ)\r\n", -17, "Language not recognised..."},
-        {"QuestionId\tResponseId\t1033(ENU)\t1034(ESP)\r\n", -18,
-         "The language 'Spanish (Spain)' is not defined in the qes file!"},
-        {"QuestionId\tResponseId\t1036(FRA)\r\n", -19,
-         "The reference language has not been found in the file! It is not possible to know if a "
-         "caption has changed!",
-         true},
+TEST_F(ImportTest, RefusedAndUnreadableFilesGiveTheirCodeAndMessageAndChangeNothing) {
+    int files = 0;
+    // A header and, unless it is empty, a row.
+    auto withRow = [&](const char* header) {
+        const QString text = QString::fromLatin1(header);
+        return Write(text.isEmpty() ? text : text + QStringLiteral("10\t-1\tchanged\tchangé\r\n"),
+                     QStringLiteral("f%1.txt").arg(++files));
     };
-    const CQuestionnaire before = m_q;
-    for (const auto& c : cases) {
-        m_options.onlyUnchanged = c.onlyUnchanged;
-        const QString header = QString::fromLatin1(c.header);
-        EXPECT_EQ(Import(header.isEmpty() ? header
-                                          : header + QStringLiteral("10\t-1\tchanged\tchangé\r\n")),
-                  c.code)
-            << c.header;
-        EXPECT_EQ(m_messages.messages, QStringList{QString::fromLatin1(c.message)}) << c.header;
-        EXPECT_EQ(m_messages.kinds, QList<util::MessageKind>{util::MessageKind::Error}) << c.header;
-    }
-    EXPECT_EQ(m_q, before);
-}
-
-TEST_F(ImportTest, UnreadableFilesGiveMinusTenAndChangeNothing) {
     const QString huge = m_dir.filePath(QStringLiteral("huge.txt"));
     {
         QFile file(huge);
@@ -112,25 +83,49 @@ TEST_F(ImportTest, UnreadableFilesGiveMinusTenAndChangeNothing) {
     const QString rows = QStringLiteral("10\t-1\tx\tchanged\r\n").repeated(3);
     const QString padding(30, QLatin1Char(' '));
     const QString cannotOpen = QStringLiteral("Cannot open the file '%1'");
+    const QString notOurs = QStringLiteral("This does not seem to be a translation file");
     const struct {
         QString path;
-        QString message;
+        qint32 code;
+        QString message; // %1 is the path
+        bool onlyUnchanged = false;
     } cases[] = {
-        {m_dir.filePath(QStringLiteral("missing.txt")), cannotOpen},
-        {unmarked, cannotOpen},
-        {Write(QStringLiteral("Quest") + QChar(0) + padding, QStringLiteral("zero1.txt")),
+        {m_dir.filePath(QStringLiteral("missing.txt")), -10, cannotOpen},
+        {unmarked, -10, cannotOpen},
+        {Write(QStringLiteral("Quest") + QChar(0) + padding, QStringLiteral("zero1.txt")), -10,
          cannotOpen},
-        {Write(kHeader + rows + QChar(0) + padding, QStringLiteral("zero2.txt")), cannotOpen},
-        {huge, QStringLiteral("The file '%1' is larger than 1 GiB: a translation file is never "
-                              "that large.")},
+        {Write(kHeader + rows + QChar(0) + padding, QStringLiteral("zero2.txt")), -10, cannotOpen},
+        {huge, -10,
+         QStringLiteral("The file '%1' is larger than 1 GiB: a translation file is never "
+                        "that large.")},
+        {withRow(""), -11, notOurs},
+        {withRow("\r\n\r\n"), -12, notOurs},
+        {withRow("QuestionId\tResponseId\r\n1\t-1\r\n"), -12, notOurs},
+        {withRow("questionid\tResponseId\t1033(ENU)\r\n"), -13, notOurs},
+        {withRow("QuestionId\tResponse\t1033(ENU)\r\n"), -14, notOurs},
+        {withRow("QuestionId\tResponseId\tEnglish\r\n"), -15, notOurs},
+        {withRow("QuestionId\tResponseId\tEN(ENU)\r\n"), -16, notOurs},
+        {withRow("QuestionId\tResponseId\t32767(XYZ)\r\n"), -17,
+         QStringLiteral("Language not recognised...")},
+        {withRow("QuestionId\tResponseId\t1033(ENU)\t1034(ESP)\r\n"), -18,
+         QStringLiteral("The language 'Spanish (Spain)' is not defined in the qes file!")},
+        {withRow("QuestionId\tResponseId\t1036(FRA)\r\n"), -19,
+         QStringLiteral("The reference language has not been found in the file! It is not "
+                        "possible to know if a caption has changed!"),
+         true},
     };
     const CQuestionnaire before = m_q;
     for (const auto& c : cases) {
-        EXPECT_EQ(ImportPath(c.path), -10) << c.path.toStdString();
-        EXPECT_EQ(m_messages.messages, QStringList{c.message.arg(c.path)});
+        SCOPED_TRACE(c.path.toStdString());
+        m_options.onlyUnchanged = c.onlyUnchanged;
+        EXPECT_EQ(ImportPath(c.path), c.code);
+        EXPECT_EQ(m_messages.messages,
+                  QStringList{c.message.contains(u'%') ? c.message.arg(c.path) : c.message});
+        EXPECT_EQ(m_messages.kinds, QList<util::MessageKind>{util::MessageKind::Error});
         EXPECT_EQ(m_q, before);
     }
     // Near the end a zero only cuts the text short.
+    m_options.onlyUnchanged = false;
     EXPECT_EQ(Import(kHeader + rows + QChar(0) + QStringLiteral("tail")), 2);
 }
 
@@ -242,6 +237,18 @@ TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
     EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\tx\r\n")), -13);
 }
 
+// Every row a cutter gives; a cell says it holds a backslash exactly when it does.
+QList<QStringList> CutAll(RowCutter& cutter) {
+    QList<QStringList> rows;
+    std::vector<CutCell> cells;
+    while (cutter.Next(cells)) {
+        rows.append(RowCutter::Strings(cells));
+        for (const CutCell& cell : cells)
+            EXPECT_EQ(cell.backslash, cell.text.contains(u'\\'));
+    }
+    return rows;
+}
+
 TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
     m_options.onlyUnchanged = true;
     // One rejected row (a change of letter case counts): no file, the plain message.
@@ -252,17 +259,29 @@ TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
     EXPECT_FALSE(QFileInfo::exists(Unused()));
     EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QString());
 
-    // Two rejected rows: both in the file, with the current source text; the message says one.
-    EXPECT_EQ(Import(kHeader + QStringLiteral("10\t-1\tOld question\tAncienne\r\n"
-                                              "10\t-3\tOld\\ninstructions\tx\ty\r\n"
-                                              "10\t-2\tSatisfaction\tSatisfaction\r\n")),
-              1);
-    EXPECT_EQ(m_report.rejectedRows, 2);
-    EXPECT_EQ(testutil::ReadAll(Unused()),
-              testutil::Utf16Le(QStringLiteral("10\t-1\tHow satisfied are you?\tAncienne\r\n"
-                                               "10\t-3\tRead out\\nthe scale\tx\ty\r\n")));
+    // Three rejected rows: all in the file, with the current source text; the message says two.
+    // They go out as the export writes rows, so that cutting the file again gives the same
+    // cells: a quote, a tab or a line break in a cell would otherwise lose its quotes or split
+    // the row.
+    EXPECT_EQ(
+        Import(kHeader + QStringLiteral("10\t-1\tOld question\t\"deux\nlignes\"\r\n"
+                                        "10\t-3\tOld\\ninstructions\tx\ty\r\n"
+                                        "10\t2\tNot really\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
+                                        "10\t-2\tSatisfaction\tSatisfaction\r\n")),
+        1);
+    EXPECT_EQ(m_report.rejectedRows, 3);
+    const QString rejected =
+        QStringLiteral("10\t-1\tHow satisfied are you?\t\"deux\nlignes\"\r\n"
+                       "10\t-3\tRead out\\nthe scale\tx\ty\r\n"
+                       "10\t2\t\"Not \"\"really\"\"\"\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n");
+    EXPECT_EQ(testutil::ReadAll(Unused()), testutil::Utf16Le(rejected));
+    RowCutter again(rejected);
+    EXPECT_EQ(CutAll(again),
+              (QList<QStringList>{{"10", "-1", "How satisfied are you?", "deux\nlignes"},
+                                  {"10", "-3", "Read out\\nthe scale", "x", "y"},
+                                  {"10", "2", "Not \"really\"", "Il dit \"oui\"\tmaintenant"}}));
     EXPECT_EQ(m_messages.messages,
-              QStringList{QStringLiteral("1 captions have been imported!\r\n1 captions had been "
+              QStringList{QStringLiteral("1 captions have been imported!\r\n2 captions had been "
                                          "modified since the export and were ignored. The file "
                                          "'%1' has been created that will need to be "
                                          "retranslated.")
@@ -310,28 +329,48 @@ TEST_F(ImportTest, CopyIdenticalAppliesARowToEveryCaptionWithThatSource) {
     EXPECT_EQ(ReadCaption(m_q, 20, -2, kFrench), QStringLiteral("a\\\tb"));
 }
 
+// What the cutter must do, read one character at a time with nothing taken in one go.
+QList<QStringList> CutOneByOne(QStringView text) {
+    QList<QStringList> rows;
+    QStringList row;
+    QString cell;
+    bool inQuotes = false;
+    bool atLineStart = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c == u'"') {
+            if (inQuotes && i + 1 < text.size() && text[i + 1] == u'"')
+                cell.append(text[++i]);
+            else
+                inQuotes = !inQuotes;
+        } else if (c != u'\t' && c != u'\r' && c != u'\n') {
+            cell.append(c);
+            atLineStart = false;
+        } else if (inQuotes) {
+            cell.append(c);
+        } else if (c == u'\t') {
+            row.append(std::exchange(cell, QString()));
+            atLineStart = false;
+        } else if (!atLineStart) {
+            row.append(std::exchange(cell, QString()));
+            rows.append(std::exchange(row, QStringList()));
+            atLineStart = true;
+        }
+    }
+    if (!cell.isEmpty())
+        row.append(cell);
+    if (!row.isEmpty())
+        rows.append(row);
+    return rows;
+}
+
 // Copy identical applies each row to every caption with its source text, which the import
 // does group by group; here the rule is followed to the letter, row by row and caption by
 // caption, and both must leave the same questionnaire and count the same writes.
 qint32 CopyIdenticalByTheRule(CQuestionnaire& q, const questionnaire::CaptionList& captions,
                               const QList<qint32>& columns, qint32 reference, const QString& text) {
-    QList<QStringList> rows;
-    QString cell;
-    QStringList row;
-    for (QChar c : text) { // the test's files hold no quotes
-        if (c == u'\t' || c == u'\n') {
-            row.append(cell);
-            cell.clear();
-            if (c == u'\n') {
-                rows.append(row);
-                row.clear();
-            }
-        } else if (c != u'\r') {
-            cell.append(c);
-        }
-    }
     qint32 count = 0;
-    for (QStringList cells : rows.mid(1)) {
+    for (QStringList cells : CutOneByOne(text).mid(1)) {
         if (cells.size() <= 2 || CStaticTools::ToLong(cells[0]) == 0 ||
             CStaticTools::ToLong(cells[1]) == 0)
             continue;
@@ -459,23 +498,8 @@ TEST(RowCutter, CutsLikeASpreadsheetReader) {
     };
     for (const auto& c : cases) {
         RowCutter cutter(c.text);
-        QList<QStringList> rows;
-        std::vector<CutCell> cells;
-        while (cutter.Next(cells))
-            rows.append(RowCutter::Strings(cells));
-        EXPECT_EQ(rows, c.rows) << c.text.toStdString();
+        EXPECT_EQ(CutAll(cutter), c.rows) << c.text.toStdString();
     }
-}
-
-QList<QStringList> CutAll(RowCutter& cutter) {
-    QList<QStringList> rows;
-    std::vector<CutCell> cells;
-    while (cutter.Next(cells)) {
-        rows.append(RowCutter::Strings(cells));
-        for (const CutCell& cell : cells)
-            EXPECT_EQ(cell.backslash, cell.text.contains(u'\\'));
-    }
-    return rows;
 }
 
 // Rows cut in batches, two used in turn as the import's cutting thread uses them: a batch's rows
@@ -519,41 +543,6 @@ TEST(RowCutter, WindowMasksAgreeWithACharacterAtATime) {
     }
 }
 
-// What the cutter must do, read one character at a time with nothing taken in one go.
-QList<QStringList> CutOneByOne(QStringView text) {
-    QList<QStringList> rows;
-    QStringList row;
-    QString cell;
-    bool inQuotes = false;
-    bool atLineStart = false;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c == u'"') {
-            if (inQuotes && i + 1 < text.size() && text[i + 1] == u'"')
-                cell.append(text[++i]);
-            else
-                inQuotes = !inQuotes;
-        } else if (c != u'\t' && c != u'\r' && c != u'\n') {
-            cell.append(c);
-            atLineStart = false;
-        } else if (inQuotes) {
-            cell.append(c);
-        } else if (c == u'\t') {
-            row.append(std::exchange(cell, QString()));
-            atLineStart = false;
-        } else if (!atLineStart) {
-            row.append(std::exchange(cell, QString()));
-            rows.append(std::exchange(row, QStringList()));
-            atLineStart = true;
-        }
-    }
-    if (!cell.isEmpty())
-        row.append(cell);
-    if (!row.isEmpty())
-        rows.append(row);
-    return rows;
-}
-
 // Every way the cutter is driven (a whole text, row by row or in batches; a file read in pieces
 // smaller or larger than a row, row by row or in batches) cuts as a reading one character at a
 // time does. Half the texts are dense with quotes, tabs and line ends that straddle pieces; the
@@ -595,26 +584,6 @@ TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
             EXPECT_EQ(CutInTurns(batched), expected) << "round " << round << " piece " << piece;
         }
     }
-}
-
-// Rejected rows go out as the export writes rows, so that cutting the file again gives the
-// same cells: a quote, a tab or a line break in a cell would otherwise lose its quotes or split
-// the row.
-TEST_F(ImportTest, RejectedRowsAreQuotedAsExportedRows) {
-    m_options.onlyUnchanged = true;
-    questionnaire::WriteCaption(m_q, 10, -2, kEnglish, QStringLiteral("Say \"hi\""));
-    EXPECT_EQ(Import(kHeader +
-                     QStringLiteral("10\t-2\tSatisfaction\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
-                                    "10\t-1\tOld question\t\"deux\nlignes\"\r\n")),
-              0);
-    const QString expected =
-        QStringLiteral("10\t-2\t\"Say \"\"hi\"\"\"\t\"Il dit \"\"oui\"\"\tmaintenant\"\r\n"
-                       "10\t-1\tHow satisfied are you?\t\"deux\nlignes\"\r\n");
-    EXPECT_EQ(testutil::ReadAll(Unused()), testutil::Utf16Le(expected));
-    RowCutter again(expected);
-    EXPECT_EQ(CutAll(again),
-              (QList<QStringList>{{"10", "-2", "Say \"hi\"", "Il dit \"oui\"\tmaintenant"},
-                                  {"10", "-1", "How satisfied are you?", "deux\nlignes"}}));
 }
 
 } // namespace
