@@ -95,17 +95,26 @@ QString ValidateXliff(const QString& path, const QString& version) {
                : QString::fromLocal8Bit(lint.readAllStandardError()) + QStringLiteral(" ");
 }
 
-QString ReadTmxWithToolkit(const QString& path, int* units) {
+static QString RunTmxTool(const QString& command, const QString& path, QStringList* lines) {
     QProcess tool;
     tool.start(QStringLiteral("/usr/bin/python3"),
-               {DataPath(QStringLiteral("dictionary/tmx_tool.py")), QStringLiteral("read"), path});
+               {DataPath(QStringLiteral("dictionary/tmx_tool.py")), command, path});
     if (!tool.waitForFinished(60000))
         return QStringLiteral("translate-toolkit did not finish");
     if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0)
         return QString::fromLocal8Bit(tool.readAllStandardError()) + QStringLiteral(" ");
-    if (units)
-        *units = int(tool.readAllStandardOutput().count('\n'));
+    if (lines)
+        *lines = QString::fromUtf8(tool.readAllStandardOutput())
+                     .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     return {};
+}
+
+QString ReadTmxWithToolkit(const QString& path, QStringList* units) {
+    return RunTmxTool(QStringLiteral("read"), path, units);
+}
+
+QString WriteTmxWithToolkit(const QString& path) {
+    return RunTmxTool(QStringLiteral("write"), path, nullptr);
 }
 
 } // namespace testutil

@@ -20,8 +20,11 @@ QByteArray Utf16Le(const QString& text, bool withMark = true);
 // strict or "2.0"); xmllint's account otherwise.
 QString ValidateXliff(const QString& path, const QString& version);
 // Empty when translate-toolkit, a second client, reads the TMX file; its account otherwise.
-// `units` receives the number of units it found.
-QString ReadTmxWithToolkit(const QString& path, int* units = nullptr);
+// `units` receives each unit it found as one JSON object of its variants by language tag.
+QString ReadTmxWithToolkit(const QString& path, QStringList* units = nullptr);
+// Has translate-toolkit write a memory of three units (one with a single language) to `path`;
+// empty when it did, its account otherwise.
+QString WriteTmxWithToolkit(const QString& path);
 
 // Runs statements on a database through a connection of the test's own; false when one fails.
 bool Sql(const QString& database, const QStringList& statements);

@@ -9,7 +9,6 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -18,16 +17,6 @@ using testutil::kFrench;
 using testutil::kGerman;
 
 namespace {
-
-// Runs the second client; its standard output.
-QString TmxTool(const QString& command, const QString& path) {
-    QProcess tool;
-    tool.start(QStringLiteral("/usr/bin/python3"),
-               {testutil::DataPath(QStringLiteral("dictionary/tmx_tool.py")), command, path});
-    EXPECT_TRUE(tool.waitForFinished(60000));
-    EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
-    return QString::fromUtf8(tool.readAllStandardOutput());
-}
 
 // Every live entry's texts, in entry order.
 std::vector<CDicEntry::Texts> Entries(const CDictionary& dictionary) {
@@ -50,7 +39,7 @@ public:
 TEST(Tmx, AMemoryWrittenByTranslateToolkitFillsAnEmptyDictionary) {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("shared.tmx"));
-    TmxTool(QStringLiteral("write"), path);
+    ASSERT_EQ(testutil::WriteTmxWithToolkit(path), QString());
     CDictionary dictionary;
     Counting chooser;
     util::RecordedMessages messages;
@@ -99,11 +88,8 @@ TEST(Tmx, ADictionaryWrittenAsTmxReadsBackTheSameInBothPrograms) {
     EXPECT_EQ(units, 4);
 
     // The other program sees each entry as a unit, line breaks and tabs as characters.
-    int read = 0;
-    EXPECT_EQ(testutil::ReadTmxWithToolkit(path, &read), QString());
-    EXPECT_EQ(read, 4);
-    const QStringList lines =
-        TmxTool(QStringLiteral("read"), path).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QStringList lines;
+    EXPECT_EQ(testutil::ReadTmxWithToolkit(path, &lines), QString());
     ASSERT_EQ(lines.size(), 4);
     const QJsonObject second = QJsonDocument::fromJson(lines[1].toUtf8()).object();
     EXPECT_EQ(second.value(QStringLiteral("en-US")).toString(),
@@ -140,11 +126,15 @@ TEST(Tmx, FilesThatAreNotMemoriesAreRefusedWhole) {
          "<tmx version=\"1.4\"><body><tu><tuv xml:lang=\"en-US\"><seg>Yes</seg></tuv><tuv "
          "xml:lang=\"fr-FR\"><seg>Oui</seg></tuv></tu><tu>",
          dictionary::TmxImport::Status::NotTmx},
+        {"no file", QByteArray(), dictionary::TmxImport::Status::CannotRead},
     };
     const QString path = dir.filePath(QStringLiteral("in.tmx"));
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        ASSERT_TRUE(testutil::WriteAll(path, c.bytes));
+        QFile::remove(path);
+        if (!c.bytes.isNull()) {
+            ASSERT_TRUE(testutil::WriteAll(path, c.bytes));
+        }
         CDictionary dictionary;
         Counting chooser;
         util::RecordedMessages messages;
@@ -152,13 +142,6 @@ TEST(Tmx, FilesThatAreNotMemoriesAreRefusedWhole) {
         EXPECT_EQ(dictionary.GetEntryCount(), 0);
         EXPECT_EQ(messages.messages.size(), 1);
     }
-    CDictionary dictionary;
-    Counting chooser;
-    util::RecordedMessages messages;
-    EXPECT_EQ(dictionary::ImportTmx(dir.filePath(QStringLiteral("none.tmx")), dictionary, chooser,
-                                    messages)
-                  .status,
-              dictionary::TmxImport::Status::CannotRead);
 }
 
 } // namespace
