@@ -49,11 +49,8 @@ TEST_F(DictionaryFileTest, ReadsEveryStringLengthFormEightBitStringsAndRepeatedL
     file += I32(4) + I32(1033) + Wide(s254) + I32(1036) + Wide(s255) + I32(1031) + Wide(s65534) +
             I32(1040) + Wide(s65535);
     // An 8-bit string: the length prefix without the wide marker, bytes in the ANSI code page.
-    file += I32(2) + I32(1033) +
-            QByteArray("\x05"
-                       "Caf\xe9s",
-                       6) +
-            I32(1036) + Wide(QStringLiteral("x"));
+    file +=
+        I32(2) + I32(1033) + QByteArray(1, 5) + "Caf\xe9s" + I32(1036) + Wide(QStringLiteral("x"));
     file += I32(2) + I32(1033) + Wide(QStringLiteral("first")) + I32(1033) +
             Wide(QStringLiteral("second"));
     ASSERT_TRUE(testutil::WriteAll(Path(), file));
