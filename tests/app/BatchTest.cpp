@@ -122,49 +122,43 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndShowsProgressOnATerminalOnl
     EXPECT_TRUE(seen.contains(QLatin1String("result=-20")));
 }
 
-TEST_F(BatchProcessTest, LoadAndSaveFailures) {
-    ProcessRun run =
-        Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")});
-    EXPECT_EQ(run.result, QStringLiteral("-1"));
-    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
-
-    // A database that refuses every change to its captions cannot be saved.
-    const QString qes = Path(QStringLiteral("locked.qes"));
-    CQuestionnaire q;
-    ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, q));
-    ASSERT_TRUE(questionnaire::WriteQesFile(qes, q, 0x100));
-    ASSERT_TRUE(testutil::Sql(
-        qes, {QStringLiteral("CREATE TRIGGER locked BEFORE DELETE ON question_captions "
-                             "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
-    const QByteArray before = testutil::ReadAll(qes);
-    ASSERT_TRUE(testutil::WriteAll(
-        Path(QStringLiteral("in.txt")),
-        testutil::Utf16Le(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1031(DEU)\r\n"
-                                         "110\t3\tNot very satisfied\tWenig zufrieden\r\n"))));
-    run = Translator({qes, QStringLiteral("translate:in.txt")});
-    EXPECT_EQ(run.result, QStringLiteral("-2"));
-    EXPECT_EQ(testutil::ReadAll(qes), before);
-}
-
-TEST_F(BatchProcessTest, ImportReturnsItsCountAndSaves) {
+// A run that fails gives its code and leaves the questionnaire as it was.
+TEST_F(BatchProcessTest, ImportReturnsItsCountAndSavesAndFailuresSaveNothing) {
     ASSERT_TRUE(
         testutil::WriteAll(Path(QStringLiteral("in.txt")),
                            testutil::Utf16Le(QStringLiteral("Key\tItem\tignored\r\n"
                                                             "110\t3\tWenig zufrieden\r\n"
                                                             "110\t4\tGar nicht zufrieden\r\n"))));
-    const ProcessRun run =
-        Translator({m_survey, QStringLiteral("translate:in.txt"), QStringLiteral("languages:DEU"),
-                    QStringLiteral("headers:Key,Item"), QStringLiteral("reference:deu")});
-    EXPECT_EQ(run.result, QStringLiteral("2"));
+    const QStringList import = {QStringLiteral("translate:in.txt"), QStringLiteral("languages:DEU"),
+                                QStringLiteral("headers:Key,Item"),
+                                QStringLiteral("reference:deu")};
+    EXPECT_EQ(Translator(QStringList{m_survey} + import).result, QStringLiteral("2"));
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
     EXPECT_EQ(questionnaire::ReadCaption(q, 110, 4, 1031), QStringLiteral("Gar nicht zufrieden"));
 
-    // A refused file gives its code, and the questionnaire is not saved.
+    // Without the headers option the file is refused.
     const QByteArray saved = testutil::ReadAll(m_survey);
-    const ProcessRun refused = Translator({m_survey, QStringLiteral("translate:in.txt")});
-    EXPECT_EQ(refused.result, QStringLiteral("-13"));
+    EXPECT_EQ(Translator({m_survey, QStringLiteral("translate:in.txt")}).result,
+              QStringLiteral("-13"));
     EXPECT_EQ(testutil::ReadAll(m_survey), saved);
+
+    EXPECT_EQ(
+        Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")}).result,
+        QStringLiteral("-1"));
+    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
+
+    // A database that refuses every change to its captions cannot be saved.
+    const QString qes = Path(QStringLiteral("locked.qes"));
+    CQuestionnaire example;
+    ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, example));
+    ASSERT_TRUE(questionnaire::WriteQesFile(qes, example, 0x100));
+    ASSERT_TRUE(testutil::Sql(
+        qes, {QStringLiteral("CREATE TRIGGER locked BEFORE DELETE ON question_captions "
+                             "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
+    const QByteArray before = testutil::ReadAll(qes);
+    EXPECT_EQ(Translator(QStringList{qes} + import).result, QStringLiteral("-2"));
+    EXPECT_EQ(testutil::ReadAll(qes), before);
 }
 
 TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
@@ -268,11 +262,7 @@ TEST_F(BatchProcessTest, XliffAndTmxFiles) {
         {{Path("memory.dic"), "export:memory.tmx"}, "0", "memory.tmx", "xml:lang=\"fr-FR\""},
         {{Path("memory.dic"), "translate:out.xlf"}, "-1", nullptr, nullptr}, // no questionnaire
     };
-    QProcess tool;
-    tool.start(QStringLiteral("/usr/bin/python3"),
-               {testutil::DataPath(QStringLiteral("dictionary/tmx_tool.py")),
-                QStringLiteral("write"), Path(QStringLiteral("shared.tmx"))});
-    ASSERT_TRUE(tool.waitForFinished(60000));
+    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(QStringLiteral("shared.tmx"))), QString());
     for (const auto& r : runs) {
         SCOPED_TRACE(r.arguments.join(QLatin1Char(' ')).toStdString());
         const ProcessRun run = Translator(r.arguments);
