@@ -48,11 +48,6 @@ protected:
         m_path = m_dir.filePath(QStringLiteral("survey.xlf"));
     }
 
-    exchange::ExportOptions Options(QList<qint32> languages = {kEnglish, kFrench}) const {
-        exchange::ExportOptions options;
-        options.languages = languages;
-        return options;
-    }
     exchange::ImportOptions ImportOptions() const {
         exchange::ImportOptions options;
         options.referenceLanguage = kEnglish;
@@ -60,9 +55,10 @@ protected:
         return options;
     }
     void Export(XliffVersion version, QList<qint32> languages = {kEnglish, kFrench}) {
+        exchange::ExportOptions options;
+        options.languages = languages;
         util::RecordedMessages messages;
-        ASSERT_TRUE(
-            exchange::ExportXliff(m_path, m_q, Options(languages), version, m_list, messages))
+        ASSERT_TRUE(exchange::ExportXliff(m_path, m_q, options, version, m_list, messages))
             << messages.messages.join(QLatin1Char('\n')).toStdString();
     }
     qint32 Import(const QString& path, const exchange::ImportOptions& options,
