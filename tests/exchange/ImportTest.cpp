@@ -220,7 +220,19 @@ TEST_F(ImportTest, CellsDifferingFromTheQuestionnaireAreWritten) {
     EXPECT_EQ(m_q, after);
 }
 
-TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
+TEST_F(ImportTest, FileLayoutsAreRead) {
+    // LF line ends, quoted cells with tabs, quotes and line feeds, trailing empty cells dropped.
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\n"
+                                    "10\t-2\tSatisfaction\t\"Sa\ttis \"\"fac\"\"\ntion\"\n"
+                                    "10\t-4\t\t\t\"Kommentar\"\n"
+                                    "\n"
+                                    "10\t1\tVery\tTrès\tSehr")),
+              3);
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QStringLiteral("Sa\ttis \"fac\"\ntion"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -2, kGerman), QString());
+    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Kommentar"));
+    EXPECT_EQ(ReadCaption(m_q, 10, 1, kGerman), QStringLiteral("Sehr"));
+
     // Shortcut columns are skipped; an empty title ends the languages.
     EXPECT_EQ(Import(QStringLiteral(
                   "QuestionId\tResponseId\t1031(DEU)\tshortcut\t1036(FRA)\t\t1033(ENU)\r\n"
@@ -232,8 +244,8 @@ TEST_F(ImportTest, HeaderColumnsMapToLanguages) {
     // Explicit languages: the header's language cells are not read, its first two still are.
     m_options.explicitLanguages = {kGerman};
     m_options.headerNames = QStringLiteral("Key,Item");
-    EXPECT_EQ(Import(QStringLiteral("Key\tItem\tanything at all\r\n10\t-4\tKommentar\r\n")), 1);
-    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Kommentar"));
+    EXPECT_EQ(Import(QStringLiteral("Key\tItem\tanything at all\r\n10\t-4\tAnmerkung\r\n")), 1);
+    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Anmerkung"));
     EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\tx\r\n")), -13);
 }
 
@@ -458,20 +470,6 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
         EXPECT_EQ(Import(file), count) << "round " << round;
         EXPECT_TRUE(m_q == expected) << "round " << round;
     }
-}
-
-TEST_F(ImportTest, FilesAsSpreadsheetProgramsSaveThem) {
-    // LF line ends, quoted cells with tabs, quotes and line feeds, trailing empty cells dropped.
-    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\n"
-                                    "10\t-2\tSatisfaction\t\"Sa\ttis \"\"fac\"\"\ntion\"\n"
-                                    "10\t-4\t\t\t\"Kommentar\"\n"
-                                    "\n"
-                                    "10\t1\tVery\tTrès\tSehr")),
-              3);
-    EXPECT_EQ(ReadCaption(m_q, 10, -2, kFrench), QStringLiteral("Sa\ttis \"fac\"\ntion"));
-    EXPECT_EQ(ReadCaption(m_q, 10, -2, kGerman), QString());
-    EXPECT_EQ(ReadCaption(m_q, 10, -4, kGerman), QStringLiteral("Kommentar"));
-    EXPECT_EQ(ReadCaption(m_q, 10, 1, kGerman), QStringLiteral("Sehr"));
 }
 
 TEST(RowCutter, CutsLikeASpreadsheetReader) {
