@@ -1,5 +1,6 @@
 #include "util/SqlConnection.h"
 #include "common/PostgresServer.h"
+#include "common/TestUtil.h"
 
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -51,14 +52,12 @@ protected:
         QSqlQuery query = m_db.Query();
         query.exec(
             QStringLiteral("SELECT \"Id\", \"Order\", \"Text\" FROM \"Items\" ORDER BY \"Id\""));
+        const auto cell = [&query](int i) {
+            return query.value(i).isNull() ? QStringLiteral("null") : query.value(i).toString();
+        };
         QStringList rows;
         while (query.next())
-            rows.append(QStringLiteral("%1|%2|%3")
-                            .arg(query.value(0).toString(),
-                                 query.value(1).isNull() ? QStringLiteral("null")
-                                                         : query.value(1).toString(),
-                                 query.value(2).isNull() ? QStringLiteral("null")
-                                                         : query.value(2).toString()));
+            rows.append(QStringList{cell(0), cell(1), cell(2)}.join(QLatin1Char('|')));
         return rows;
     }
 
@@ -139,10 +138,7 @@ TEST(SqlConnection, LocationsThatCannotBeOpened) {
     EXPECT_FALSE(db.Open(dir.filePath(QStringLiteral("missing.db"))));
     EXPECT_FALSE(db.IsOpen());
     const QString notADatabase = dir.filePath(QStringLiteral("text.db"));
-    QFile file(notADatabase);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(4096, 'x'));
-    file.close();
+    ASSERT_TRUE(testutil::WriteAll(notADatabase, QByteArray(4096, 'x')));
     EXPECT_FALSE(db.Open(notADatabase));
     EXPECT_TRUE(util::sql::IsServerLocation(QStringLiteral("PostgreSQL://h/db")));
     EXPECT_FALSE(util::sql::IsServerLocation(QStringLiteral("/home/postgresql://x")));
