@@ -282,6 +282,8 @@ bool ExportStringsForTranslation(const QString& path, const CQuestionnaire& q,
                                  const ExportOptions& options, const CaptionList& captions,
                                  util::Messages& messages, ExportReport* report,
                                  util::Progress* progress) {
+    if (report)
+        *report = ExportReport(); // what an earlier export left there is not this one's
     util::ReplacingFile file(path);
     if (!file.Open()) {
         messages.Error(Tr(strings::kCannotCreateExportFile));
