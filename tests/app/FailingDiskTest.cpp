@@ -71,28 +71,9 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_P(FailingDiskTest, FileSizeLimitReachedHalfWayKeepsTheOldFile) {
-    const QString path = Path(QStringLiteral("survey.") + Type());
-    SaveExampleAs(path);
-    const QByteArray before = testutil::ReadAll(path);
-    const CQuestionnaire old = Load(path);
-    const QStringList filesBefore = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
-    // Files may grow to 1 MB; the save below writes tens of megabytes.
-    const Outcome run =
-        RunProgram(QStringLiteral(DOC_TOOL),
-                   {QStringLiteral("limit"), QStringLiteral("1000000"), QStringLiteral(DOC_TOOL),
-                    QStringLiteral("bigsave"), path, kBigSave});
-    EXPECT_EQ(run.status, 2) << run.out.toStdString() << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains(QLatin1String("failed")));
-    EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
-    EXPECT_EQ(Load(path), old);
-    EXPECT_EQ(testutil::ReadAll(path), before);
-    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden), filesBefore)
-        << "a temporary file was left behind";
-}
-
-TEST_P(FailingDiskTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
-    // Root ignores permissions: the save then runs as an unprivileged user.
+// A file-size limit reached part-way, then a folder that cannot be written.
+TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
+    // Root ignores permissions: the save into the locked folder then runs as an unprivileged user.
     QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                             QFile::ReadOther | QFile::ExeOther);
     const QString tool = Path(QStringLiteral("doc_tool"));
@@ -104,24 +85,38 @@ TEST_P(FailingDiskTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
     ASSERT_TRUE(QDir().mkdir(locked));
     const QString path = locked + QStringLiteral("/survey.") + Type();
     SaveExampleAs(path);
+    const QByteArray before = testutil::ReadAll(path);
+    const CQuestionnaire old = Load(path);
+    const QStringList filesBefore = QDir(locked).entryList(QDir::Files | QDir::Hidden);
+    const auto keptTheOldFile = [&](const Outcome& run) {
+        EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
+        EXPECT_EQ(Load(path), old); // rolls back an interrupted transaction first
+        EXPECT_EQ(testutil::ReadAll(path), before);
+    };
+
+    // Files may grow to 1 MB; the save below writes tens of megabytes.
+    const Outcome limited = RunProgram(tool, {QStringLiteral("limit"), QStringLiteral("1000000"),
+                                              tool, QStringLiteral("bigsave"), path, kBigSave});
+    EXPECT_EQ(limited.status, 2) << limited.out.toStdString() << limited.err.toStdString();
+    EXPECT_TRUE(limited.out.contains(QLatin1String("failed")));
+    keptTheOldFile(limited);
+    EXPECT_EQ(QDir(locked).entryList(QDir::Files | QDir::Hidden), filesBefore)
+        << "a temporary file was left behind";
+
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadOther);
     QFile::setPermissions(locked,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
-    const QByteArray before = testutil::ReadAll(path);
-
     const QStringList convert = {QStringLiteral("convert"), example, path};
-    const Outcome run = ::geteuid() == 0
-                            ? RunProgram(QStringLiteral("setpriv"),
-                                         QStringList{QStringLiteral("--reuid=65534"),
-                                                     QStringLiteral("--regid=65534"),
-                                                     QStringLiteral("--clear-groups"), tool} +
-                                             convert)
-                            : RunProgram(tool, convert);
+    const Outcome denied = ::geteuid() == 0
+                               ? RunProgram(QStringLiteral("setpriv"),
+                                            QStringList{QStringLiteral("--reuid=65534"),
+                                                        QStringLiteral("--regid=65534"),
+                                                        QStringLiteral("--clear-groups"), tool} +
+                                                convert)
+                               : RunProgram(tool, convert);
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    EXPECT_NE(run.status, 0);
-    EXPECT_FALSE(run.err.trimmed().isEmpty()) << "the failure must be explained";
-    EXPECT_EQ(testutil::ReadAll(path), before);
-    Load(path); // and the old file still opens
+    EXPECT_NE(denied.status, 0);
+    keptTheOldFile(denied);
 }
 
 // A child performs a big save and is killed with SIGKILL at points of the save's measured
