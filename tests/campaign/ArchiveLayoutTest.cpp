@@ -4,26 +4,23 @@
 #include "campaign/Campaign.h"
 #include "common/TestUtil.h"
 
+#include <QtEndian>
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <bit>
 
 using namespace varnel_wave;
 
 namespace {
 
-QByteArray I32(qint64 value) {
+QByteArray I32(qint32 value) {
     QByteArray b(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        b[i] = char((value >> (8 * i)) & 0xFF);
+    qToLittleEndian(value, b.data());
     return b;
 }
 QByteArray F64(double value) {
-    quint64 bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
     QByteArray b(8, '\0');
-    for (int i = 0; i < 8; ++i)
-        b[i] = char((bits >> (8 * i)) & 0xFF);
+    qToLittleEndian(std::bit_cast<quint64>(value), b.data());
     return b;
 }
 // Short wide strings only: the length fits the byte after the marker.
@@ -78,26 +75,19 @@ QByteArray WaveBytes(qint32 firstId, const QByteArray& volumes) {
            volumes + I32(77);
 }
 
-TEST(ArchiveLayoutTest, SourceInfoFieldByFieldAndLoadKeepsItsFirstField) {
+TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
+    // A loaded info keeps its own first field.
     VolumeSourceInfo info = SampleInfo();
     EXPECT_EQ(Store(info), kInfoBytes);
-    VolumeSourceInfo loaded;
-    loaded.m_infoVersion = 42;
-    ASSERT_EQ(Load(loaded, kInfoBytes), CArchiveVersion::kNone);
+    VolumeSourceInfo loadedInfo;
+    loadedInfo.m_infoVersion = 42;
+    ASSERT_EQ(Load(loadedInfo, kInfoBytes), CArchiveVersion::kNone);
     info.m_infoVersion = 42;
-    EXPECT_EQ(loaded, info);
-}
+    EXPECT_EQ(loadedInfo, info);
 
-TEST(ArchiveLayoutTest, WaveMatchesHandMadeBytesAndLoadTakesTheSecondId) {
+    // The volumes go between the dates and the trailer, after their count.
     CWave wave = SampleWave();
     EXPECT_EQ(Store(wave), WaveBytes(12, I32(0)));
-    CWave loaded;
-    ASSERT_EQ(Load(loaded, WaveBytes(5, I32(0))), CArchiveVersion::kNone);
-    EXPECT_EQ(Store(loaded), WaveBytes(12, I32(0)));
-}
-
-TEST(ArchiveLayoutTest, WaveCarriesItsVolumesBetweenDatesAndTrailer) {
-    CWave wave = SampleWave();
     CVolume first;
     first.m_volumeID = 100;
     first.m_name = QStringLiteral("A");
@@ -109,12 +99,14 @@ TEST(ArchiveLayoutTest, WaveCarriesItsVolumesBetweenDatesAndTrailer) {
     second.m_reconciliationSourceQuestionIDs = QStringLiteral("1;2");
     wave.AddVolume(&first);
     wave.AddVolume(&second);
+    const QByteArray volumes = I32(2) + Store(first) + Store(second);
     const QByteArray bytes = Store(wave);
-    EXPECT_EQ(bytes, WaveBytes(12, I32(2) + Store(first) + Store(second)));
+    EXPECT_EQ(bytes, WaveBytes(12, volumes));
 
-    // Storing what was loaded gives the same bytes: every field of every volume was read.
+    // The load takes the second of the two ids, and storing what was loaded gives the same
+    // bytes: every field of every volume was read.
     CWave loaded;
-    ASSERT_EQ(Load(loaded, bytes), CArchiveVersion::kNone);
+    ASSERT_EQ(Load(loaded, WaveBytes(5, volumes)), CArchiveVersion::kNone);
     ASSERT_EQ(loaded.Volumes().size(), 2u);
     for (const CVolume* volume : loaded.Volumes())
         EXPECT_EQ(volume->m_wave, &loaded);

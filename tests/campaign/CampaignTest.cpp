@@ -84,6 +84,7 @@ TEST(CampaignTest, VolumesAreListedAndOrderedByTheirWaves) {
             << c.first << " before " << c.second;
 }
 
+// Each case also holds a response in volume 11, where no question matching is, left alone.
 TEST(CampaignTest, EndVolumeRepair) {
     struct Case {
         const char* what;
@@ -94,6 +95,7 @@ TEST(CampaignTest, EndVolumeRepair) {
     };
     const Case cases[] = {
         {"open end cut back", 2, 11, kOpen, 11},
+        {"open end cut back to its own volume", 4, 10, kOpen, 10},
         {"later end cut back across waves", 2, 11, 5, 11},
         {"earlier end left alone", 2, 11, 10, 10},
         {"same end left alone", 2, 11, 11, 11},
@@ -105,32 +107,27 @@ TEST(CampaignTest, EndVolumeRepair) {
         auto campaign = TwoWaves();
         AddQuestion(*campaign, c.question);
         AddQuestionMatching(*campaign, c.question, 10, c.questionEnd);
-        CModalityMatching* matching = AddResponse(*campaign, 200, c.question, 10, c.responseEnd);
-        ASSERT_NE(matching, nullptr) << c.what;
+        CModalityMatching* inOtherVolume = AddResponse(*campaign, 41, c.question, 11, kOpen);
+        CModalityMatching* matching = AddResponse(*campaign, 42, c.question, 10, c.responseEnd);
+        ASSERT_TRUE(inOtherVolume && matching) << c.what;
         const QStringList traces = campaign->RepairModalityMatchingEndVolumes();
         EXPECT_EQ(matching->m_endVolumeID, c.expectedEnd) << c.what;
-        EXPECT_EQ(traces.size(), c.expectedEnd == c.responseEnd ? 0 : 1) << c.what;
+        EXPECT_EQ(inOtherVolume->m_endVolumeID, kOpen) << c.what;
+        QStringList expectedTraces;
+        if (c.expectedEnd != c.responseEnd)
+            expectedTraces << QStringLiteral("Changing modality matching end volume ID:\n"
+                                             "\tModality ID: 42\n\tQuestion ID: %1\n"
+                                             "\tOld modality matching end volume ID: %2\n"
+                                             "\tQuestion matching end volume ID: %3\n")
+                                  .arg(c.question)
+                                  .arg(c.responseEnd)
+                                  .arg(c.questionEnd);
+        EXPECT_EQ(traces, expectedTraces) << c.what;
+        EXPECT_TRUE(campaign->RepairModalityMatchingEndVolumes().isEmpty()) << c.what;
+        EXPECT_EQ(campaign->FindVolume(10)->CollectModalityMatchings(*campaign),
+                  std::vector<CModalityMatching*>{matching})
+            << c.what;
     }
-}
-
-TEST(CampaignTest, EndVolumeRepairLooksOnlyAtTheSameVolumeAndTracesEachChange) {
-    auto campaign = TwoWaves();
-    AddQuestion(*campaign, 4);
-    AddQuestionMatching(*campaign, 4, 10, 10);
-    CModalityMatching* inOtherVolume = AddResponse(*campaign, 41, 4, 11, kOpen);
-    CModalityMatching* cut = AddResponse(*campaign, 42, 4, 10, kOpen);
-    ASSERT_TRUE(inOtherVolume && cut);
-    const QStringList traces = campaign->RepairModalityMatchingEndVolumes();
-    EXPECT_EQ(inOtherVolume->m_endVolumeID, kOpen) << "no question matching in volume 11";
-    EXPECT_EQ(cut->m_endVolumeID, 10);
-    EXPECT_EQ(traces, QStringList{QStringLiteral("Changing modality matching end volume ID:\n"
-                                                 "\tModality ID: 42\n\tQuestion ID: 4\n"
-                                                 "\tOld modality matching end volume ID: "
-                                                 "999999999\n"
-                                                 "\tQuestion matching end volume ID: 10\n")});
-    EXPECT_TRUE(campaign->RepairModalityMatchingEndVolumes().isEmpty()) << "nothing left to cut";
-    EXPECT_EQ(campaign->FindVolume(10)->CollectModalityMatchings(*campaign),
-              std::vector<CModalityMatching*>{cut});
 }
 
 TEST(CampaignTest, RowsFindTheirOwnersByIdAndUnknownOnesAreDropped) {
