@@ -93,8 +93,7 @@ TEST(LanguageColumns, ReadWhatEachLanguageHolds) {
     for (qint32 language : {-5, 1031, 1033, 2052, 2071, 0x10407, 70000})
         texts.Set(language, QStringLiteral("text %1").arg(language));
     const QList<QList<qint32>> columnLists = {
-        {1033, 1036, 0, 1031},   {1031, 1033, 1031},  {0x10407, 1033, 4},
-        {-5, 1033},              {1036},              {},
+        {1033, 1036, 0, 1031},   {1031, 1033, 1031}, {0x10407, 1033, 4}, {-5, 1033}, {1036}, {},
         {2052, 1033, 1031, 1036}};
     for (const QList<qint32>& languages : columnLists) {
         const LanguageColumns columns(languages);
@@ -117,12 +116,17 @@ TEST(StaticTools, WholeNumbersAndSplitting) {
         bool ok;
         qint32 value;
     } numbers[] = {
-        {QStringLiteral("42"), true, 42},         {QStringLiteral("-2"), true, -2},
-        {QStringLiteral("+7"), true, 7},          {QStringLiteral("2147483647"), true, 2147483647},
+        {QStringLiteral("42"), true, 42},
+        {QStringLiteral("-2"), true, -2},
+        {QStringLiteral("+7"), true, 7},
+        {QStringLiteral("2147483647"), true, 2147483647},
         {QStringLiteral("-2147483648"), true, std::numeric_limits<qint32>::min()},
-        {QStringLiteral("2147483648"), false, 0}, {QStringLiteral(""), false, 0},
-        {QStringLiteral("-"), false, 0},          {QStringLiteral("12a"), false, 0},
-        {QStringLiteral(" 12"), false, 0},        {QStringLiteral("1033(ENU)"), false, 0},
+        {QStringLiteral("2147483648"), false, 0},
+        {QStringLiteral(""), false, 0},
+        {QStringLiteral("-"), false, 0},
+        {QStringLiteral("12a"), false, 0},
+        {QStringLiteral(" 12"), false, 0},
+        {QStringLiteral("1033(ENU)"), false, 0},
     };
     for (const auto& c : numbers) {
         qint32 value = 0;
@@ -145,7 +149,8 @@ TEST(Questionnaire, DuplicateIdsAreRefusedAndCopiesAreDeep) {
 
     CQuestionnaire copy = q;
     EXPECT_EQ(copy, q);
-    copy.GetAdrQuestion(0)->GetAdrModalite(0)->SetLocalisedLongCaption(1033, QStringLiteral("changed"));
+    copy.GetAdrQuestion(0)->GetAdrModalite(0)->SetLocalisedLongCaption(1033,
+                                                                       QStringLiteral("changed"));
     EXPECT_NE(copy, q);
     int index = -1;
     ASSERT_TRUE(copy.FindQuestionById(21, index));
