@@ -3,9 +3,8 @@
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/LocalisedText.h"
 
-#include <QSet>
-
 #include <algorithm>
+#include <unordered_set>
 
 namespace exchange {
 
@@ -16,7 +15,7 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
     : m_q(q), m_captions(captions), m_reference(reference) {
     m_byText.reserve(captions.size());
     m_texts.reserve(size_t(captions.size()));
-    QSet<const CLocalisedText*> seen;
+    std::unordered_set<const CLocalisedText*> seen;
     for (qsizetype k = 0; k < captions.size(); ++k) {
         const qint32 questionId = captions.questionIds[k];
         const CLocalisedText* texts =
@@ -24,15 +23,13 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
                 ? nullptr
                 : FindCaptionTexts(q, questionId, captions.responseIds[k]);
         m_texts.push_back(texts);
-        const qsizetype before = seen.size();
-        if (texts)
-            seen.insert(texts);
+        const bool listedBefore = texts && !seen.insert(texts).second;
         Group& group = m_byText[texts ? texts->Get(reference) : Text(k)];
         group.captions.append(k);
         if (group.synced.empty())
             group.synced.assign(size_t(columns), false);
         // A caption listed twice takes a row's write once, not once for each listing.
-        group.syncable = group.syncable && texts && seen.size() > before;
+        group.syncable = group.syncable && texts && !listedBefore;
     }
 }
 
