@@ -4,7 +4,6 @@
 #include "questionnaire/LocalisedText.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 namespace exchange {
 
@@ -15,21 +14,43 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
     : m_q(q), m_captions(captions), m_reference(reference) {
     m_byText.reserve(captions.size());
     m_texts.reserve(size_t(captions.size()));
-    std::unordered_set<const CLocalisedText*> seen;
     for (qsizetype k = 0; k < captions.size(); ++k) {
         const qint32 questionId = captions.questionIds[k];
-        const CLocalisedText* texts =
-            questionId == kSystemMessageMarker
-                ? nullptr
-                : FindCaptionTexts(q, questionId, captions.responseIds[k]);
-        m_texts.push_back(texts);
-        const bool listedBefore = texts && !seen.insert(texts).second;
-        Group& group = m_byText[texts ? texts->Get(reference) : Text(k)];
-        group.captions.append(k);
+        m_texts.push_back(questionId == kSystemMessageMarker
+                              ? nullptr
+                              : FindCaptionTexts(q, questionId, captions.responseIds[k]));
+    }
+    // The reference texts are spread over memory: each is fetched ahead of its turn, its entry
+    // first and its characters once the entry is there.
+    constexpr size_t kEntryAhead = 16, kTextAhead = 8;
+    size_t hint = 0;
+    const size_t count = m_texts.size();
+    for (size_t k = 0; k < count; ++k) {
+        if (k + kEntryAhead < count && m_texts[k + kEntryAhead]) {
+            const auto& entries = m_texts[k + kEntryAhead]->Entries();
+            if (hint < entries.size())
+                __builtin_prefetch(&entries[hint]);
+        }
+        if (k + kTextAhead < count && m_texts[k + kTextAhead]) {
+            const auto& entries = m_texts[k + kTextAhead]->Entries();
+            if (hint < entries.size())
+                __builtin_prefetch(entries[hint].second.constData());
+        }
+        const CLocalisedText* texts = m_texts[k];
+        Group& group = m_byText[texts ? texts->Get(reference, hint) : Text(qsizetype(k))];
+        group.captions.append(qsizetype(k));
         if (group.synced.empty())
             group.synced.assign(size_t(columns), false);
-        // A caption listed twice takes a row's write once, not once for each listing.
-        group.syncable = group.syncable && texts && !listedBefore;
+        group.syncable = group.syncable && texts;
+    }
+    // A caption listed twice takes a row's write once, not once for each listing, so its group
+    // never stays in step. Found by sorting: a set of every caption costs more than the rest.
+    std::vector<const CLocalisedText*> sorted = m_texts;
+    std::sort(sorted.begin(), sorted.end());
+    for (auto it = sorted.begin(); (it = std::adjacent_find(it, sorted.end())) != sorted.end();) {
+        if (*it)
+            m_byText[(*it)->Get(reference)].syncable = false;
+        it = std::upper_bound(it, sorted.end(), *it);
     }
 }
 

@@ -21,6 +21,16 @@ const QString& CLocalisedText::Get(qint32 language) const {
     return it == m_texts.end() ? kEmpty : it->second;
 }
 
+const QString& CLocalisedText::Get(qint32 language, size_t& hint) const {
+    if (hint < m_texts.size() && m_texts[hint].first == language)
+        return m_texts[hint].second;
+    const auto it = Find(language);
+    if (it == m_texts.end())
+        return kEmpty;
+    hint = size_t(it - m_texts.begin());
+    return it->second;
+}
+
 bool CLocalisedText::Has(qint32 language) const {
     return Find(language) != m_texts.end();
 }

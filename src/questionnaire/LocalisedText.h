@@ -15,6 +15,10 @@ public:
 
     // Empty string when the language has no text.
     const QString& Get(qint32 language) const;
+    // The same, for a caller reading one language of many captions in turn: `hint` is where the
+    // language stood in the caption before, tried first (captions mostly have the same languages),
+    // and is set to where it stands in this one.
+    const QString& Get(qint32 language, size_t& hint) const;
     bool Has(qint32 language) const;
     // Creates the text for the language when it has none (an empty text is a text).
     void Set(qint32 language, const QString& text);
