@@ -224,27 +224,38 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
     }
 
     // Media beside the XML; stamps and links stay out of the package. An extra folder is packed
-    // too, its stamps with it, but its questionnaire.xml never replaces ours.
+    // too, its stamps with it, but its questionnaire.xml never replaces ours. The same whether
+    // the working folder is named absolutely or relatively, as a script names it.
     const QByteArray photo = PseudoRandomBytes(1536 * 1024);
-    Put(Work() + QStringLiteral("media/photo.png"), photo);
-    Put(Work() + QStringLiteral("media/notes/.hidden.txt"), "h");
-    Put(Work() + QStringLiteral("run3.stp"), "stamp");
-    ASSERT_TRUE(
-        QFile::link(Outside() + QStringLiteral("/sentinel.txt"), Work() + QStringLiteral("link")));
-    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("linked")));
     const QString extra = Path(QStringLiteral("extra"));
     Put(extra + QStringLiteral("/docs/manual.pdf"), "%PDF");
     Put(extra + QStringLiteral("/questionnaire.xml"), "not ours");
     Put(extra + QStringLiteral("/keep.stp"), "packed here");
-    read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench, QStringLiteral("Nouveau"));
-    ASSERT_TRUE(read.SaveToExchangeFormat(qex, extra, -1)) << read.GetLastError().toStdString();
-    // The working folder's XML is the saved one too.
-    const QByteArray xml = testutil::ReadAll(Work() + QStringLiteral("questionnaire.xml"));
-    EXPECT_EQ(Unzip(qex), (Entries{{"questionnaire.xml", xml},
-                                   {"docs/manual.pdf", "%PDF"},
-                                   {"keep.stp", "packed here"},
-                                   {"media/notes/.hidden.txt", "h"},
-                                   {"media/photo.png", photo}}));
+    const QString current = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(m_root.path()));
+    for (const QString& folder : {Work(), QStringLiteral("work"), QStringLiteral("./work/")}) {
+        SCOPED_TRACE(folder.toStdString());
+        read = CQuestionnaire();
+        ASSERT_TRUE(read.ReadFromExchangeFormat(qex, folder)) << read.GetLastError().toStdString();
+        Put(Work() + QStringLiteral("media/photo.png"), photo);
+        Put(Work() + QStringLiteral("media/notes/.hidden.txt"), "h");
+        Put(Work() + QStringLiteral("run3.stp"), "stamp");
+        ASSERT_TRUE(QFile::link(Outside() + QStringLiteral("/sentinel.txt"),
+                                Work() + QStringLiteral("link")));
+        ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("linked")));
+        read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench,
+                                                        QStringLiteral("Nouveau"));
+        ASSERT_TRUE(read.SaveToExchangeFormat(qex, extra, -1)) << read.GetLastError().toStdString();
+        // The working folder's XML is the saved one too.
+        const QByteArray xml = testutil::ReadAll(Work() + QStringLiteral("questionnaire.xml"));
+        EXPECT_EQ(Unzip(qex), (Entries{{"questionnaire.xml", xml},
+                                       {"docs/manual.pdf", "%PDF"},
+                                       {"keep.stp", "packed here"},
+                                       {"media/notes/.hidden.txt", "h"},
+                                       {"media/photo.png", photo}}));
+    }
+    ASSERT_TRUE(QDir::setCurrent(current));
+    ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.GetLastError().toStdString();
 
     // Unpacked elsewhere, everything but the stamp comes back.
     CQuestionnaire again;

@@ -33,9 +33,11 @@ struct ProgressState {
 } // namespace
 
 void ListFiles(const QString& folder, bool skipStamps, QMap<QString, QString>& files) {
-    const QDir root(folder);
+    // Names are made relative to an absolute root: a relative folder would otherwise give every
+    // file its own path as it stands, folder and all.
+    const QDir root(QFileInfo(folder).absoluteFilePath());
     // Without FollowSymlinks the walk does not descend into linked folders either.
-    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks,
+    QDirIterator it(root.path(), QDir::Files | QDir::Hidden | QDir::NoSymLinks,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString file = it.next();
