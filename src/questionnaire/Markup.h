@@ -3,7 +3,7 @@
 #include <QString>
 
 // An XML document held as text. The questionnaire fills it or builds itself from it; parsing
-// happens there, with QXmlStreamReader, so a large document is read once.
+// happens there, with the library's own XML scanner, so a large document is read once.
 class CMarkup {
 public:
     CMarkup() = default;

@@ -171,6 +171,14 @@ inline constexpr char kVersionListedTwice[] =
     QT_TRANSLATE_NOOP("questionnaire", "version %1 is listed twice");
 inline constexpr char kUnknownQuestionType[] =
     QT_TRANSLATE_NOOP("questionnaire", "unknown question type '%1'");
+// Negative ids name kinds of captions (a question's short caption, a routing's message...): a
+// question or response holding one would be read and written as another caption.
+inline constexpr char kQuestionIdNegative[] =
+    QT_TRANSLATE_NOOP("questionnaire", "question id %1 is below 0");
+inline constexpr char kResponseIdNegative[] =
+    QT_TRANSLATE_NOOP("questionnaire", "response id %1 of question %2 is below 0");
+inline constexpr char kFormatWrittenNewer[] =
+    QT_TRANSLATE_NOOP("questionnaire", "format %1 was written by a newer version of the program");
 inline constexpr char kQuestionIdUsedTwice[] =
     QT_TRANSLATE_NOOP("questionnaire", "question id %1 is used twice");
 inline constexpr char kResponseIdUsedTwiceQuestion[] =

@@ -127,6 +127,18 @@ TEST_F(QesTest, BrokenFilesAreRefusedWithTheirStatus) {
         {"text in a number column",
          [](const QString& p) { Sql(p, {QStringLiteral("UPDATE questions SET visible = 'yes'")}); },
          kQesBadData},
+        {"negative question id",
+         [](const QString& p) {
+             Sql(p, {QStringLiteral("UPDATE questions SET id = -2 WHERE id = "
+                                    "(SELECT MIN(id) FROM questions)")});
+         },
+         kQesBadData},
+        {"negative response id",
+         [](const QString& p) {
+             Sql(p, {QStringLiteral("UPDATE responses SET id = -1 WHERE rowid = "
+                                    "(SELECT MIN(rowid) FROM responses)")});
+         },
+         kQesBadData},
         {"number beyond 32 bits",
          [](const QString& p) {
              Sql(p, {QStringLiteral("UPDATE languages SET lcid = 5000000000 WHERE lcid = 1033")});

@@ -118,6 +118,11 @@ TEST_F(XmlFileTest, MalformedAndHostileDocumentsAreRefusedWithAMessage) {
                        "type=\"blob\"/></questions></questionnaire>"),
         QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"1\" type=\"text\"/>"
                        "<question id=\"1\" type=\"text\"/></questions></questionnaire>"),
+        // Negative ids name kinds of captions.
+        QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"-2\" "
+                       "type=\"text\"/></questions></questionnaire>"),
+        QStringLiteral("<questionnaire format=\"1\"><questions><question id=\"1\" type=\"single\">"
+                       "<response id=\"-1\"/></question></questions></questionnaire>"),
         QStringLiteral("<questionnaire format=\"1\"><systemMessages><message number=\"44\" "
                        "lang=\"1\">x</message></systemMessages></questionnaire>"),
         question + QStringLiteral("<long lang=\"1033\" hex=\"00Z1\"/>") + end,

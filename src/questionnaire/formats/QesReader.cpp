@@ -106,6 +106,8 @@ public:
             if (!Int(query, 0, qn->m_id) || !Int(query, 2, type) || !Int(query, 3, qn->m_visible) ||
                 !Int(query, 4, qn->m_shownOnScreen) || !Int(query, 5, qn->m_shownOnPaper))
                 return false;
+            if (qn->m_id < 0)
+                return Bad(Tr(strings::kQuestionIdNegative).arg(qn->m_id));
             if (type < 0 || type > int(QuestionType::MultipleChoice))
                 return Bad(Tr(strings::kQuestionHasUnknownType).arg(qn->m_id));
             qn->SetType(QuestionType(type));
@@ -133,6 +135,8 @@ public:
             auto response = std::make_unique<CModalite>();
             if (!Int(query, 0, questionId) || !Int(query, 1, response->m_id))
                 return false;
+            if (response->m_id < 0)
+                return Bad(Tr(strings::kResponseIdNegative).arg(response->m_id).arg(questionId));
             response->m_entryCode = query.value(2).toString();
             QList<qint32> versions;
             if (!ParseVersionList(query.value(3).toString(), versions))

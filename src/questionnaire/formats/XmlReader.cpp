@@ -66,8 +66,7 @@ private:
         if (!Int(u"format", format))
             return false;
         if (format > kFormatVersion)
-            return Fail(QStringLiteral("format %1 was written by a newer version of the program")
-                            .arg(format));
+            return Fail(Tr(strings::kFormatWrittenNewer).arg(format));
         QString name;
         if (!String(u"name", name, false))
             return false;
@@ -242,6 +241,8 @@ private:
             !Int(u"visible", qn.m_visible, false) || !Int(u"onScreen", qn.m_shownOnScreen, false) ||
             !Int(u"onPaper", qn.m_shownOnPaper, false) || !Versions(versions))
             return false;
+        if (qn.m_id < 0)
+            return Fail(Tr(strings::kQuestionIdNegative).arg(qn.m_id));
         qn.SetVersions(versions);
         qn.m_hasParent = m_in.HasAttribute(u"parent");
         if (qn.m_hasParent && !Int(u"parent", qn.m_parentId))
@@ -297,6 +298,8 @@ private:
         if (!Int(u"id", response->m_id) || !String(u"code", response->m_entryCode, false) ||
             !Versions(versions))
             return false;
+        if (response->m_id < 0)
+            return Fail(Tr(strings::kResponseIdNegative).arg(response->m_id).arg(question.m_id));
         response->SetVersions(versions);
         if (!ReadTexts(u"caption", [&](qint32 language, const QString& text) {
                 response->SetLocalisedLongCaption(language, text);
