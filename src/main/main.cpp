@@ -19,12 +19,17 @@ namespace {
 const char kUsage[] =
     "Usage: translator FILE OPTION...\n"
     "\n"
-    "FILE is a questionnaire: .qes (database), .qex (package) or .xml. Each option is one\n"
-    "argument, a flag or KEY:VALUE; a leading - or / is allowed; names are case-insensitive.\n"
+    "FILE is a questionnaire: .qes (database), .qex (package), .xml, or a campaign database:\n"
+    ".qew, or on a server postgresql://[user[:password]@][host][:port]/database. Each option\n"
+    "is one argument, a flag or KEY:VALUE; a leading - or / is allowed; names are\n"
+    "case-insensitive.\n"
     "\n"
     "Operations (the last one given wins):\n"
-    "  export:PATH          write the captions to PATH for translation\n"
-    "  translate:PATH       import the translated file PATH, then save FILE\n"
+    "  export:PATH          write the captions to PATH for translation; PATH ending in .xlf\n"
+    "                       or .xliff writes XLIFF, one file per target language\n"
+    "  translate:PATH       import the translated file PATH (tab-separated text or XLIFF),\n"
+    "                       then save FILE\n"
+    "  saveas:TARGET        save FILE as TARGET, a file of any type or a server URI\n"
     "  addlanguage          add the languages of languages:... that FILE lacks, then save\n"
     "  listcaptions         print every caption row with its label\n"
     "  autotranslate        fill empty captions from the dictionary, then save FILE; the result\n"
@@ -32,7 +37,10 @@ const char kUsage[] =
     "  senddictionary       send every caption row with two languages or more to the\n"
     "                       dictionary (rows that would need a choice are left out), then save\n"
     "                       the dictionary; the result is the number of entries added\n"
+    "  FILE.dic with export:PATH.tmx or translate:PATH.tmx\n"
+    "                       write the dictionary FILE as TMX, or send a TMX file's units into it\n"
     "Options:\n"
+    "  xliff:VERSION        the XLIFF version of an export: 1.2 (default) or 2.0\n"
     "  languages:LIST       comma-separated LCIDs or short names (1033,FRA,...):\n"
     "                       export: the columns in order (default: all, main language first);\n"
     "                       translate: the languages of columns 3, 4, ... (header not read);\n"
@@ -47,10 +55,9 @@ const char kUsage[] =
     "  excludeduplicates    export filters\n"
     "\n"
     "The exit status is the low 8 bits of the result; the full result is the last line of\n"
-    "standard output as result=N: 0 done (addlanguage), -1 FILE could not be loaded, -2 FILE\n"
-    "could not be saved, -3 the dictionary could not be saved, -20 export finished (judge by the "
-    "file), N >= 0 captions imported,\n"
-    "-10 to -19 the translated file was refused.\n"
+    "standard output as result=N: 0 done (addlanguage, saveas), -1 FILE could not be loaded,\n"
+    "-2 FILE could not be saved, -3 the dictionary could not be saved, -20 export finished\n"
+    "(judge by the file), N >= 0 captions imported, -10 to -19 the translated file was refused.\n"
     "\n"
     "  translator --help | --version\n"
     "\n"
@@ -70,13 +77,13 @@ QStringList Arguments(int argc, char** argv) {
 
 int RunWindow(int argc, char** argv, const QStringList& arguments) {
     QString why;
-    if (!ui::DisplayReachable(why)) {
+    if (!ui::DisplayReachable(arguments, why)) {
         QTextStream(stderr) << ui::Tr(ui::strings::kNoDisplay).arg(why) << '\n';
         return kNoDisplayStatus;
     }
     QCoreApplication::setOrganizationName(QString::fromLatin1(buildinfo::kCompany));
     QCoreApplication::setApplicationName(QString::fromLatin1(buildinfo::kProduct));
-    return ui::RunWindow(argc, argv, arguments.value(1));
+    return ui::RunWindow(argc, argv);
 }
 
 } // namespace

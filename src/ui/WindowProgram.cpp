@@ -12,10 +12,25 @@
 
 namespace ui {
 
-bool DisplayReachable(QString& why) {
+bool DisplayReachable(const QStringList& arguments, QString& why) {
+#if !defined(Q_OS_UNIX) || defined(Q_OS_MACOS)
+    // These systems always have their own display.
+    Q_UNUSED(arguments);
+    Q_UNUSED(why);
+    return true;
+#else
+    // A platform chosen on the command line is the user's choice, left to the application.
+    for (const QString& argument : arguments.mid(1))
+        if (argument == QLatin1String("-platform") || argument == QLatin1String("--platform") ||
+            argument.startsWith(QLatin1String("-platform=")) ||
+            argument.startsWith(QLatin1String("--platform=")))
+            return true;
     const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
     // Platforms other than X draw somewhere of their own (offscreen, VNC, a frame buffer).
     if (!platform.isEmpty() && !platform.startsWith(QLatin1String("xcb")))
+        return true;
+    // A Wayland session: the application connects to it, or falls back to X by itself.
+    if (platform.isEmpty() && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return true;
     const QByteArray display = qgetenv("DISPLAY");
     if (display.isEmpty()) {
@@ -34,17 +49,22 @@ bool DisplayReachable(QString& why) {
 #else
     return true;
 #endif
+#endif
 }
 
-int RunWindow(int& argc, char** argv, const QString& file) {
+int RunWindow(int& argc, char** argv) {
     QApplication application(argc, argv);
     SetUpApplication(application);
+    // Read after the application has removed its own options (-style, -platform...).
+    const QString file = QApplication::arguments().value(1);
     app::AppContext context;
     context.versionInfo.Load(); // for the about box; a failure leaves its lines empty
     MainWindow window(context);
+    // The file named is opened first: when it cannot be, its message has been shown and the
+    // program ends, the window never shown.
+    if (!file.isEmpty() && !window.OpenFile(file))
+        return context.exitCode;
     window.show();
-    if (!file.isEmpty())
-        window.OpenFile(file);
     const int status = QApplication::exec();
     return status != 0 ? status : context.exitCode;
 }

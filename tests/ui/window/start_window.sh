@@ -45,7 +45,8 @@ until xwininfo -root >/dev/null 2>&1; do
   fi
   sleep 0.1
 done
-"$translator" "$file" >"$dir/app.out" 2>&1 &
+# Options of the window system's own come before the file, and are not taken for it.
+"$translator" -style fusion "$file" >"$dir/app.out" 2>&1 &
 app=$!
 title="Translator - [$name]"
 i=0
