@@ -322,7 +322,8 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
     }
     const qsizetype referenceColumn = m_options.onlyUnchanged ? 2 + m_map.referenceColumn : -1;
     // An only-unchanged import reads a row too short to have the reference cell as if it had
-    // empty cells up to it, and imports those empty cells too.
+    // empty cells up to it, and sets such a row aside with them; a row it accepts imports only
+    // the cells it has.
     const qsizetype cellCount = std::max(qsizetype(cells.size()), referenceColumn + 1);
     const CutCell none;
     auto cell = [&](qsizetype c) -> const CutCell& {
@@ -362,7 +363,7 @@ void Importer::ImportRow(std::span<const CutCell> cells) {
     for (qsizetype i = 0; i < m_map.entries.size(); ++i) {
         const qsizetype column = 2 + i;
         const int language = m_map.entries[i];
-        if (column >= cellCount || language < 0)
+        if (column >= qsizetype(cells.size()) || language < 0)
             continue;
         // The reference cell of an only-unchanged import was decoded once for the check above,
         // and is decoded again here.

@@ -298,12 +298,18 @@ TEST_F(ImportTest, OnlyUnchangedRejectsRowsWhoseSourceChanged) {
                                          "'%1' has been created that will need to be "
                                          "retranslated.")
                               .arg(Unused())});
-    // A row too short to hold the reference cell reads it as empty.
+    // A row too short to hold the reference cell reads it as empty: set aside when the source is
+    // not empty, else imported, its missing cells left alone.
     m_options.languages = {kFrench, kEnglish, kGerman};
-    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\r\n"
-                                    "10\t1\tTrès\r\n10\t2\tPas vraiment\r\n")),
-              0);
+    questionnaire::WriteCaption(m_q, 10, -3, kEnglish, QString());
+    questionnaire::WriteCaption(m_q, 10, -3, kGerman, QStringLiteral("Vorlesen"));
+    EXPECT_EQ(Import(QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1031(DEU)\t1033(ENU)\r\n"
+                                    "10\t1\tTrès\r\n10\t2\tPas vraiment\r\n"
+                                    "10\t-3\tLisez\r\n")),
+              1);
     EXPECT_EQ(m_report.rejectedRows, 2);
+    EXPECT_EQ(ReadCaption(m_q, 10, -3, kFrench), QStringLiteral("Lisez"));
+    EXPECT_EQ(ReadCaption(m_q, 10, -3, kGerman), QStringLiteral("Vorlesen"));
 
     // The rejected rows cannot be written: the import still counts; the failure is shown before
     // the closing message, which is the same as ever.
