@@ -177,6 +177,61 @@ bool WriteWhole(const QString& path, const QByteArray& bytes, QString& error) {
     return false;
 }
 
+// The name each of the languages gives the file that holds it as target: its short name when a
+// file name can carry it and no other of them would be named the same in any letter case, else
+// its LCID, which no two of them share. `lcids` holds each language once.
+QStringList FileLanguageNames(const CQuestionnaire& q, const std::vector<qint32>& lcids) {
+    QStringList shortNames;
+    for (qint32 lcid : lcids) {
+        const QString name = LanguageShortName(q, lcid);
+        const bool usable = std::all_of(name.cbegin(), name.cend(), [](QChar c) {
+            return c.isLetterOrNumber() || c == QLatin1Char('-') || c == QLatin1Char('_');
+        });
+        shortNames.append(usable ? name : QString());
+    }
+    QStringList names;
+    for (size_t i = 0; i < lcids.size(); ++i) {
+        const QString& name = shortNames[qsizetype(i)];
+        bool own = !name.isEmpty();
+        for (size_t j = 0; j < lcids.size() && own; ++j)
+            own = j == i || (name.compare(shortNames[qsizetype(j)], Qt::CaseInsensitive) != 0 &&
+                             name != QString::number(lcids[j]));
+        names.append(own ? name : QString::number(lcids[i]));
+    }
+    return names;
+}
+
+// A file of the export: its path and the column of its target language in the rows' texts, or
+// -1 when there is no target.
+struct TargetFile {
+    QString path;
+    qsizetype column = -1;
+};
+
+std::vector<TargetFile> TargetFiles(const QString& path, const CQuestionnaire& q,
+                                    const ExportOptions& options) {
+    // A language listed twice is exported once, from its first column.
+    std::vector<qint32> targets;
+    std::vector<qsizetype> columns;
+    for (qsizetype i = 1; i < options.languages.size(); ++i)
+        if (std::find(targets.begin(), targets.end(), options.languages[i]) == targets.end()) {
+            targets.push_back(options.languages[i]);
+            columns.push_back(i);
+        }
+    if (targets.size() <= 1)
+        return {{path, columns.empty() ? -1 : columns.front()}};
+    // The extension of the file's own name: a dot in a folder's name is not one.
+    qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot <= path.lastIndexOf(QLatin1Char('/')))
+        dot = path.size();
+    const QStringList names = FileLanguageNames(q, targets);
+    std::vector<TargetFile> files;
+    for (size_t t = 0; t < targets.size(); ++t)
+        files.push_back(
+            {path.left(dot) + QLatin1Char('.') + names[qsizetype(t)] + path.mid(dot), columns[t]});
+    return files;
+}
+
 // --- reading ---
 
 struct ParsedFile {
@@ -489,14 +544,17 @@ void XliffImporter::Finish(XliffVersion version, ImportReport* report) {
                                       m_options.referenceLanguage, order.front(), units),
                              error);
     } else {
-        // Units of several target languages: one file per language, as the export writes them.
-        for (qint32 target : order) {
+        // Units of several target languages: one file per language, named as the export names
+        // them.
+        const QStringList names = FileLanguageNames(m_q, order);
+        for (size_t t = 0; t < order.size(); ++t) {
+            const qint32 target = order[t];
             std::vector<Unit> units;
             for (const Rejected& r : m_rejected)
                 if (r.target == target)
                     units.push_back(r.unit);
             const QString path = unusedPath.left(unusedPath.size() - 4) + QLatin1Char('.') +
-                                 LanguageShortName(m_q, target) + QLatin1String(".xlf");
+                                 names[qsizetype(t)] + QLatin1String(".xlf");
             written = WriteWhole(path,
                                  Document(version, QFileInfo(m_path).fileName(),
                                           m_options.referenceLanguage, target, units),
@@ -533,16 +591,9 @@ bool ParseXliffVersion(const QString& text, XliffVersion& version) {
 
 QStringList XliffExportPaths(const QString& path, const CQuestionnaire& q,
                              const ExportOptions& options) {
-    if (options.languages.size() <= 2)
-        return {path};
-    // The extension of the file's own name: a dot in a folder's name is not one.
-    qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    if (dot <= path.lastIndexOf(QLatin1Char('/')))
-        dot = path.size();
     QStringList paths;
-    for (qsizetype i = 1; i < options.languages.size(); ++i)
-        paths.append(path.left(dot) + QLatin1Char('.') +
-                     LanguageShortName(q, options.languages[i]) + path.mid(dot));
+    for (const TargetFile& file : TargetFiles(path, q, options))
+        paths.append(file.path);
     return paths;
 }
 
@@ -581,11 +632,16 @@ bool ExportXliff(const QString& path, const CQuestionnaire& q, const ExportOptio
             kept.texts.append(*text);
         rows.push_back(std::move(kept));
     }
-    const QStringList paths = XliffExportPaths(path, q, options);
-    util::ProgressScope scope(progress, Tr(strings::kExporting), paths.size());
+    const std::vector<TargetFile> files = TargetFiles(path, q, options);
+    util::ProgressScope scope(progress, Tr(strings::kExporting), qint64(files.size()));
+    // Every file is written aside first and put in place only once all of them are, so that a
+    // file that cannot be written, or a stop, leaves the others as they were too. Putting one in
+    // place writes out what was still buffered and renames it: only a failure there leaves the
+    // files before it replaced.
+    std::vector<std::unique_ptr<util::ReplacingFile>> pending;
     bool ok = true;
-    for (qsizetype p = 0; p < paths.size() && ok; ++p) {
-        const qsizetype column = options.languages.size() > 1 ? p + 1 : -1;
+    for (size_t f = 0; f < files.size() && ok; ++f) {
+        const qsizetype column = files[f].column;
         std::vector<Unit> units;
         units.reserve(rows.size());
         for (const Row& row : rows) {
@@ -596,19 +652,26 @@ bool ExportXliff(const QString& path, const CQuestionnaire& q, const ExportOptio
             }
             units.push_back(std::move(unit));
         }
-        QString error;
-        if (!WriteWhole(paths[p],
-                        Document(version, QFileInfo(path).fileName(), options.languages.front(),
-                                 column > 0 ? options.languages[column] : 0, units),
-                        error)) {
-            messages.Error(Tr(strings::kCannotWriteFile).arg(paths[p], error));
+        const QByteArray bytes =
+            Document(version, QFileInfo(path).fileName(), options.languages.front(),
+                     column > 0 ? options.languages[column] : 0, units);
+        auto file = std::make_unique<util::ReplacingFile>(files[f].path);
+        if (!file->Open() || !file->Write(bytes.constData(), bytes.size())) {
+            messages.Error(Tr(strings::kCannotWriteFile).arg(files[f].path, file->ErrorString()));
             ok = false;
         }
-        if (ok && !scope.Advance(p + 1)) {
+        pending.push_back(std::move(file));
+        if (ok && !scope.Advance(qint64(f + 1))) {
             result.stopped = true;
             ok = false;
         }
     }
+    for (size_t f = 0; f < pending.size() && ok; ++f)
+        if (!pending[f]->Commit()) {
+            messages.Error(
+                Tr(strings::kCannotWriteFile).arg(files[f].path, pending[f]->ErrorString()));
+            ok = false;
+        }
     result.written = ok;
     result.rows = qint64(rows.size());
     if (report)

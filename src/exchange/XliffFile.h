@@ -27,14 +27,18 @@ bool IsXliffPath(const QString& path);
 bool ParseXliffVersion(const QString& text, XliffVersion& version);
 
 // The files an export to `path` writes: `path` itself for one target language (or none), else
-// one per target language with the language's short name before the extension
-// ("survey.FRA.xlf").
+// one per target language, a language listed twice once, with the language's short name before
+// the extension ("survey.FRA.xlf"), or its LCID when it has no short name or shares it with
+// another of the target languages ("survey.1131.xlf").
 QStringList XliffExportPaths(const QString& path, const CQuestionnaire& q,
                              const ExportOptions& options);
 
 // Writes the rows that pass the options' filters as XLIFF, the first of the options' languages
-// as source. True when every file was written whole; on failure the message says why, and
-// files already there stay as they were. The report's rows are those of one file.
+// as source. True when every file was written whole; on failure the message says why. Every
+// file is written aside and put in place only once all of them are: when one cannot be written,
+// or the user stops, the files already there all stay as they were. Only when putting one in
+// place fails do those put in place before it stay replaced. The report's rows are those of
+// one file.
 bool ExportXliff(const QString& path, const CQuestionnaire& q, const ExportOptions& options,
                  XliffVersion version, const questionnaire::CaptionList& captions,
                  util::Messages& messages, ExportReport* report = nullptr,

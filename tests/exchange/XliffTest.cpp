@@ -9,6 +9,7 @@
 #include "questionnaire/Modalite.h"
 #include "questionnaire/Questionnaire.h"
 #include "util/Messages.h"
+#include "util/Progress.h"
 
 #include <QDir>
 #include <QFile>
@@ -100,6 +101,11 @@ TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
         {XliffVersion::V12, {kEnglish, kFrench, kGerman}, {"survey.FRA.xlf", "survey.DEU.xlf"}},
         {XliffVersion::V20, {kEnglish, kFrench}, {"survey.xlf"}},
         {XliffVersion::V20, {kEnglish, kGerman, kFrench}, {"survey.DEU.xlf", "survey.FRA.xlf"}},
+        // A language listed twice is exported once.
+        {XliffVersion::V12, {kEnglish, kFrench, kFrench}, {"survey.xlf"}},
+        {XliffVersion::V20,
+         {kEnglish, kGerman, kFrench, kGerman},
+         {"survey.DEU.xlf", "survey.FRA.xlf"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.files.join(QLatin1Char(' ')).toStdString());
@@ -128,23 +134,56 @@ TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
     EXPECT_NE(Validate(m_path, XliffVersion::V20), QString());
 }
 
-TEST(XliffPaths, ALanguageNameGoesBeforeTheFileNamesOwnExtension) {
+TEST(XliffPaths, EveryTargetLanguageGetsAFileOfItsOwn) {
     const CQuestionnaire q = testutil::MakeSample();
-    exchange::ExportOptions options;
-    options.languages = {kEnglish, kFrench, kGerman};
+    // 1131 and 3179 are both abbreviated QUZ; 99999 and 88888 have no short name.
     const struct {
         const char* path;
+        QList<qint32> languages;
         QStringList expected;
     } cases[] = {
-        {"/a/survey.xlf", {"/a/survey.FRA.xlf", "/a/survey.DEU.xlf"}},
-        {"/a.b/survey", {"/a.b/survey.FRA", "/a.b/survey.DEU"}},
-        {"survey.v2.xliff", {"survey.v2.FRA.xliff", "survey.v2.DEU.xliff"}},
+        {"/a/survey.xlf", {kEnglish, kFrench, kGerman}, {"/a/survey.FRA.xlf", "/a/survey.DEU.xlf"}},
+        {"/a.b/survey", {kEnglish, kFrench, kGerman}, {"/a.b/survey.FRA", "/a.b/survey.DEU"}},
+        {"survey.v2.xliff",
+         {kEnglish, kFrench, kGerman},
+         {"survey.v2.FRA.xliff", "survey.v2.DEU.xliff"}},
+        {"/a/survey.xlf", {kEnglish, kFrench}, {"/a/survey.xlf"}},
+        {"q.xlf", {kEnglish, 99999, 88888}, {"q.99999.xlf", "q.88888.xlf"}},
+        {"q.xlf", {kEnglish, 1131, kFrench, 3179}, {"q.1131.xlf", "q.FRA.xlf", "q.3179.xlf"}},
+        {"q.xlf", {kEnglish, kFrench, kGerman, kFrench}, {"q.FRA.xlf", "q.DEU.xlf"}},
+        {"q.xlf", {kEnglish, kFrench, kFrench}, {"q.xlf"}},
     };
-    for (const auto& c : cases)
+    for (const auto& c : cases) {
+        exchange::ExportOptions options;
+        options.languages = c.languages;
         EXPECT_EQ(exchange::XliffExportPaths(QLatin1String(c.path), q, options), c.expected);
-    options.languages = {kEnglish, kFrench};
-    EXPECT_EQ(exchange::XliffExportPaths(QStringLiteral("/a/survey.xlf"), q, options),
-              QStringList{QStringLiteral("/a/survey.xlf")});
+    }
+}
+
+// Stops the work at its first step, as a user pressing the progress dialog's button.
+class StopAtOnce : public util::Progress {
+public:
+    void Begin(const QString&, qint64) override {}
+    bool Advance(qint64) override { return false; }
+    void End() override {}
+};
+
+TEST_F(XliffTest, AStoppedExportLeavesEveryFileAsItWas) {
+    const QStringList files = {m_dir.filePath(QStringLiteral("survey.FRA.xlf")),
+                               m_dir.filePath(QStringLiteral("survey.DEU.xlf"))};
+    for (const QString& file : files)
+        ASSERT_TRUE(testutil::WriteAll(file, "old"));
+    exchange::ExportOptions options;
+    options.languages = {kEnglish, kFrench, kGerman};
+    util::RecordedMessages messages;
+    StopAtOnce stop;
+    exchange::ExportReport report;
+    EXPECT_FALSE(exchange::ExportXliff(m_path, m_q, options, XliffVersion::V12, m_list, messages,
+                                       &report, &stop));
+    EXPECT_TRUE(report.stopped);
+    for (const QString& file : files)
+        EXPECT_EQ(testutil::ReadAll(file), QByteArray("old")) << file.toStdString();
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files).size(), 2);
 }
 
 TEST_F(XliffTest, AFileFilledByAnotherToolImportsExactlyTheFilledUnits) {
