@@ -1,5 +1,6 @@
 #include "ui/support/ProgressDialog.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QProgressDialog>
@@ -17,6 +18,9 @@ class WorkDialog : public QProgressDialog {
 public:
     WorkDialog(QWidget* parent, bool cancellable)
         : QProgressDialog(parent), m_cancellable(cancellable) {}
+
+    // Shows the dialog now, as its own timer would.
+    void ShowNow() { forceShow(); }
 
     void reject() override {
         if (m_cancellable)
@@ -51,7 +55,10 @@ QProgressDialog* ProgressDialog::Dialog() const {
 void ProgressDialog::Begin(const QString& what, qint64 total) {
     const bool cancellable = m_cancel == Cancel::Offered;
     delete m_dialog;
-    m_dialog = new WorkDialog(m_parent, cancellable);
+    // Over a dialog the work was started from, when there is one: over the window behind it,
+    // the progress would block that dialog.
+    QWidget* modal = QApplication::activeModalWidget();
+    m_dialog = new WorkDialog(modal ? modal : m_parent.data(), cancellable);
     m_dialog->setWindowModality(Qt::WindowModal);
     m_dialog->setWindowTitle(QCoreApplication::applicationName());
     m_dialog->setLabelText(what);
@@ -66,10 +73,13 @@ void ProgressDialog::Begin(const QString& what, qint64 total) {
     m_divisor = std::max<qint64>(1, (total + kIntMax - 1) / kIntMax);
     // A range of 0 to 0 makes the bar a busy indicator for work of unknown length.
     m_dialog->setRange(0, int(total / m_divisor));
-    m_dialog->setMinimumDuration(int(m_showAfter.count()));
-    // Starts the clock after which the dialog shows itself.
+    // The dialog is shown from Advance, never by a timer of its own: a timer would also fire
+    // while the work waits on a message box, and the dialog, modal over the same window, would
+    // then cover the box and take its input away.
+    m_dialog->setMinimumDuration(std::numeric_limits<int>::max());
     m_dialog->setValue(0);
     m_shown = 0;
+    m_clock.start();
 }
 
 bool ProgressDialog::Advance(qint64 done) {
@@ -83,8 +93,10 @@ bool ProgressDialog::Advance(qint64 done) {
             m_dialog->setValue(value);
         }
     }
-    // Repaints, runs the timer that shows the dialog and lets Cancel be pressed; the window
-    // modality keeps the rest of the window out of reach meanwhile.
+    if (!m_dialog->isVisible() && m_clock.elapsed() >= m_showAfter.count())
+        static_cast<WorkDialog*>(m_dialog.data())->ShowNow();
+    // Repaints and lets Cancel be pressed; the window modality keeps the rest of the window out
+    // of reach meanwhile.
     QCoreApplication::processEvents();
     return !m_dialog->wasCanceled();
 }

@@ -2,6 +2,7 @@
 
 #include "util/Progress.h"
 
+#include <QElapsedTimer>
 #include <QPointer>
 
 #include <chrono>
@@ -42,6 +43,7 @@ private:
     QPointer<QProgressDialog> m_dialog; // also gone when the parent window was closed
     qint64 m_divisor = 1;               // totals beyond an int are shown in coarser units
     int m_shown = -1;
+    QElapsedTimer m_clock; // since the work began
 };
 
 } // namespace ui

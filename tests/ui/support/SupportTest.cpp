@@ -241,6 +241,16 @@ private Q_SLOTS:
         QVERIFY(dialog);
         QVERIFY(progress.Advance(0));
         QVERIFY2(!dialog->isVisible(), "shown before the work lasted long enough");
+        // A message the work shows and the user takes a while to answer stays usable: the
+        // progress does not come up over it.
+        bool covered = true;
+        WhenModal([&](QWidget* box) {
+            QTest::qWait(400);
+            covered = dialog->isVisible() || QApplication::activeModalWidget() != box;
+            QTest::keyClick(box, Qt::Key_Enter);
+        });
+        ui::WidgetMessages(&window).Show(util::MessageKind::Error, QStringLiteral("Not found"), {});
+        QVERIFY(!covered);
         QElapsedTimer clock;
         clock.start();
         while (!dialog->isVisible() && clock.elapsed() < 5000) {
