@@ -1,11 +1,14 @@
 #include "util/FileSystem.h"
 
+#include "util/Strings.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <cerrno>
 #include <vector>
 
 #ifdef Q_OS_WIN
@@ -130,32 +133,55 @@ QFileDevice::Permissions NewFilePermissions() {
 
 } // namespace
 
-ReplacingFile::ReplacingFile(const QString& path) : m_target(path) {
+ReplacingFile::ReplacingFile(const QString& path) : m_path(path), m_target(path) {
     const QFileInfo info(path);
     if (info.isSymLink() && info.exists())
         m_target = info.canonicalFilePath();
-    m_file.setFileTemplate(m_target + QStringLiteral(".XXXXXX"));
+    // Short and fixed in length: the target's own name plus a suffix could pass the file system's
+    // limit on a name, and hidden so that nobody opens it half-written.
+    m_file.setFileTemplate(QFileInfo(m_target).absolutePath() +
+                           QStringLiteral("/.save-XXXXXX.tmp"));
 }
 
-bool ReplacingFile::Fail() {
+bool ReplacingFile::Fail(const QString& reason) {
     if (!m_failed)
-        m_error = m_file.errorString();
+        m_error = reason;
     m_failed = true;
     return false;
 }
 
+bool ReplacingFile::FailIo(int code) {
+    // A write that stopped part-way (disk full, file-size limit) leaves Qt without a reason; errno,
+    // read straight after the failing call, has it.
+    return Fail(code != 0 ? qt_error_string(code) : m_file.errorString());
+}
+
 bool ReplacingFile::Open() {
-    if (!m_file.open())
-        return Fail();
     const QFileInfo existing(m_target);
-    m_file.setPermissions(existing.exists() ? existing.permissions() : NewFilePermissions());
+    const QString shown = QDir::toNativeSeparators(m_path);
+    // The rename would replace what the user may not change, as long as the folder is writable.
+    if (existing.exists() && existing.isDir())
+        return Fail(Tr(strings::kFileIsFolder).arg(shown));
+    if (existing.exists() && !existing.isFile())
+        return Fail(Tr(strings::kFileNotOrdinary).arg(shown));
+    if (existing.exists() && !existing.isWritable())
+        return Fail(Tr(strings::kFileNotWritable).arg(shown));
+    if (!m_file.open())
+        return Fail(m_file.errorString());
+    // The *User flags say what this process may do, not the mode: copied, they would make a
+    // read-only file writable again when root saves it.
+    constexpr QFileDevice::Permissions kProcessFlags =
+        QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser;
+    m_file.setPermissions(existing.exists() ? existing.permissions() & ~kProcessFlags
+                                            : NewFilePermissions());
     return true;
 }
 
 bool ReplacingFile::Write(const char* data, qint64 bytes) {
     if (m_failed)
         return false;
-    return m_file.write(data, bytes) == bytes || Fail();
+    errno = 0;
+    return m_file.write(data, bytes) == bytes || FailIo(errno);
 }
 
 bool ReplacingFile::WriteUtf16Le(QStringView text) {
@@ -172,12 +198,14 @@ bool ReplacingFile::WriteUtf16Le(QStringView text) {
 
 bool ReplacingFile::Commit() {
     if (m_failed || !m_file.isOpen())
-        return m_failed ? false : Fail();
+        return m_failed ? false : Fail(m_file.errorString());
+    errno = 0;
     if (!m_file.flush())
-        return Fail();
+        return FailIo(errno);
+    errno = 0;
     m_file.close();
     if (m_file.error() != QFileDevice::NoError)
-        return Fail();
+        return FailIo(errno);
     if (!ReplaceFile(m_file.fileName(), m_target, &m_error)) {
         m_failed = true;
         return false;

@@ -23,6 +23,8 @@ bool ReplaceFile(const QString& from, const QString& to, QString* error = nullpt
 class ReplacingFile {
 public:
     explicit ReplacingFile(const QString& path);
+    // Refuses, before anything is written, a folder or other non-file at `path` and a file this
+    // user may not write to. A file that exists keeps its permissions.
     bool Open();
     bool Write(const char* data, qint64 bytes);
     // The text as UTF-16LE code units, without a mark.
@@ -32,7 +34,10 @@ public:
     QString ErrorString() const { return m_error; }
 
 private:
-    bool Fail();
+    bool Fail(const QString& reason);
+    // A failed write or flush; `code` is errno right after it, 0 when unknown.
+    bool FailIo(int code);
+    QString m_path;
     QString m_target;
     QTemporaryFile m_file;
     QString m_error;

@@ -12,6 +12,11 @@ inline constexpr char kDatabaseDriverInstalled[] =
     QT_TRANSLATE_NOOP("util", "The database driver %1 is not installed.");
 inline constexpr char kFileCannotFound[] =
     QT_TRANSLATE_NOOP("util", "The file '%1' cannot be found.");
+inline constexpr char kFileIsFolder[] = QT_TRANSLATE_NOOP("util", "'%1' is a folder, not a file.");
+inline constexpr char kFileNotOrdinary[] =
+    QT_TRANSLATE_NOOP("util", "'%1' is not an ordinary file and cannot be replaced.");
+inline constexpr char kFileNotWritable[] =
+    QT_TRANSLATE_NOOP("util", "You do not have permission to change the file '%1'.");
 inline constexpr char kTransactionOpen[] = QT_TRANSLATE_NOOP("util", "No transaction is open.");
 
 } // namespace util::strings

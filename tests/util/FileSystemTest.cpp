@@ -7,12 +7,52 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <functional>
+#include <optional>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr QFileDevice::Permissions kReadOnlyFolder =
     QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadUser | QFileDevice::ExeUser;
+constexpr QFileDevice::Permissions kReadOnlyFile =
+    QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
+
+// The mode as stored, without the *User flags that say what this process may do.
+QFileDevice::Permissions Mode(const QString& path) {
+    return QFile::permissions(path) &
+           ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
+}
+
+// Root may write anything: while this lives, root runs as the unprivileged user "nobody" (the
+// saved id stays root's so that it can come back).
+class Unprivileged {
+public:
+    Unprivileged() {
+        if (::geteuid() != 0)
+            return;
+        m_dropped = ::setresgid(65534, 65534, 0) == 0;
+        if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
+            (void)::setresgid(0, 0, 0);
+            m_dropped = false;
+        }
+        m_ok = m_dropped;
+    }
+    ~Unprivileged() {
+        if (m_dropped) {
+            (void)::setresuid(0, 0, 0);
+            (void)::setresgid(0, 0, 0);
+        }
+    }
+    bool Ok() const { return m_ok; }
+
+private:
+    bool m_ok = true;
+    bool m_dropped = false;
+};
 
 class FileSystemTest : public ::testing::Test {
 protected:
@@ -114,14 +154,139 @@ TEST_F(FileSystemTest, ReplacingFileSwapsWholeFilesAndKeepsWhatTheUserSet) {
     EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("old.txt"))), "replaced");
     EXPECT_EQ(QFile::permissions(Path(QStringLiteral("old.txt"))), chosen);
 
+    // A read-only file that root may still write keeps its mode instead of becoming writable.
+    QByteArray last = "replaced";
+    if (::geteuid() == 0) {
+        last = "root";
+        ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("old.txt")), kReadOnlyFile));
+        util::ReplacingFile file(Path(QStringLiteral("old.txt")));
+        ASSERT_TRUE(file.Open()) << file.ErrorString().toStdString();
+        ASSERT_TRUE(file.Write("root", 4));
+        ASSERT_TRUE(file.Commit()) << file.ErrorString().toStdString();
+        EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("old.txt"))), "root");
+        EXPECT_EQ(Mode(Path(QStringLiteral("old.txt"))), kReadOnlyFile);
+        ASSERT_TRUE(QFile::setPermissions(Path(QStringLiteral("old.txt")), chosen));
+    }
+
+    // The longest name the file system allows: a temporary name built from it would not be.
+    const QString longName(255, QLatin1Char('n'));
+    {
+        util::ReplacingFile file(Path(longName));
+        ASSERT_TRUE(file.Open()) << file.ErrorString().toStdString();
+        ASSERT_TRUE(file.Write("long", 4));
+        ASSERT_TRUE(file.Commit()) << file.ErrorString().toStdString();
+    }
+    EXPECT_EQ(testutil::ReadAll(Path(longName)), "long");
+
     // A file never committed leaves the old one and nothing beside it.
     {
         util::ReplacingFile file(Path(QStringLiteral("old.txt")));
         ASSERT_TRUE(file.Open());
         ASSERT_TRUE(file.Write("half", 4));
     }
-    EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("old.txt"))), "replaced");
-    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::System).size(), 3);
+    EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("old.txt"))), last);
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).size(), 4);
+}
+
+// What the user may not replace is refused before anything is written, with a reason that names
+// it.
+TEST_F(FileSystemTest, ReplacingFileRefusesWhatTheUserMayNotReplace) {
+    // Anyone may create files in the folder, as in a shared one: only the target itself forbids.
+    ASSERT_TRUE(QFile::setPermissions(m_dir.path(), QFileDevice::Permissions(0x7777)));
+    const struct {
+        const char* name;
+        std::function<bool(const QString&)> make;
+        bool unprivileged;
+    } cases[] = {
+        {"folder", [](const QString& path) { return QDir().mkdir(path); }, false},
+        {"pipe", [](const QString& path) { return ::mkfifo(QFile::encodeName(path), 0666) == 0; },
+         false},
+        {"read-only file",
+         [](const QString& path) {
+             return testutil::WriteAll(path, "old") && QFile::setPermissions(path, kReadOnlyFile);
+         },
+         true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = Path(QString::fromLatin1(c.name));
+        ASSERT_TRUE(c.make(path));
+        const QStringList before =
+            QDir(m_dir.path())
+                .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        bool opened = true;
+        bool wrote = true;
+        bool committed = true;
+        QString error;
+        {
+            std::optional<Unprivileged> user;
+            if (c.unprivileged) {
+                ASSERT_TRUE(user.emplace().Ok()) << "cannot run as an unprivileged user";
+            }
+            util::ReplacingFile file(path);
+            opened = file.Open();
+            wrote = file.Write("new", 3);
+            committed = file.Commit();
+            error = file.ErrorString();
+        }
+        EXPECT_FALSE(opened);
+        EXPECT_FALSE(wrote);
+        EXPECT_FALSE(committed);
+        EXPECT_TRUE(error.contains(QDir::toNativeSeparators(path))) << error.toStdString();
+        EXPECT_EQ(
+            QDir(m_dir.path())
+                .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
+            before);
+        if (QFileInfo(path).isFile() && c.unprivileged) {
+            EXPECT_EQ(testutil::ReadAll(path), "old");
+            EXPECT_EQ(Mode(path), kReadOnlyFile);
+        }
+    }
+}
+
+// A write that stops part-way says why (here the file-size limit), wherever it stops: in a write
+// too big for the buffer, in a flush of the buffer during writing, or in the flush at the end.
+TEST_F(FileSystemTest, ReplacingFileGivesTheReasonForAWriteThatStopsPartWay) {
+    const struct {
+        rlim_t limit;
+        int chunk;
+        int count;
+    } cases[] = {{65536, 1 << 20, 1}, {65536, 1000, 200}, {1000, 200, 10}};
+    const QString path = Path(QStringLiteral("old.txt"));
+    MakeFile(QStringLiteral("old.txt"), "old");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.limit);
+        SCOPED_TRACE(c.chunk);
+        const QByteArray chunk(c.chunk, 'x');
+        rlimit saved{};
+        ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+        bool written = true;
+        bool committed = true;
+        QString error;
+        {
+            // Nothing may print while the limit holds: a log file may be longer than it.
+            const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+            rlimit limited = saved;
+            limited.rlim_cur = c.limit;
+            ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+            {
+                util::ReplacingFile file(path);
+                if (file.Open()) {
+                    for (int i = 0; i < c.count && written; ++i)
+                        written = file.Write(chunk.constData(), chunk.size());
+                    committed = file.Commit();
+                }
+                error = file.ErrorString();
+            }
+            ::setrlimit(RLIMIT_FSIZE, &saved);
+            std::signal(SIGXFSZ, oldHandler);
+        }
+        EXPECT_FALSE(committed);
+        EXPECT_EQ(error.toStdString(), qt_error_string(EFBIG).toStdString());
+        EXPECT_EQ(testutil::ReadAll(path), "old");
+        EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).size(),
+                  1);
+    }
 }
 
 } // namespace
