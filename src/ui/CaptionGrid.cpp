@@ -110,6 +110,7 @@ void CaptionDelegate::setEditorData(QWidget* editor, const QModelIndex& index) c
 void CaptionGrid::ApplyStart(QLineEdit* line) const {
     switch (m_start) {
     case EditStart::Click:
+    case EditStart::Enter:
         line->end(false);
         break;
     case EditStart::Backspace:
@@ -331,6 +332,11 @@ void CaptionGrid::EndEdit(QWidget* editor, bool keep, int key, Qt::KeyboardModif
         MoveCurrent(key, modifiers);
 }
 
+void CaptionGrid::FinishEdit() {
+    if (m_editor)
+        EndEdit(m_editor, true, 0, Qt::NoModifier);
+}
+
 void CaptionGrid::MoveCurrent(int key, Qt::KeyboardModifiers modifiers) {
     CursorAction action = MoveRight;
     switch (key) {
@@ -376,7 +382,7 @@ void CaptionGrid::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        StartEdit(currentIndex(), EditStart::Click);
+        StartEdit(currentIndex(), EditStart::Enter);
         return;
     case Qt::Key_Backspace:
         if (plain) {

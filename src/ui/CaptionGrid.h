@@ -14,7 +14,8 @@ class CaptionGrid;
 
 // How an edit began: the editor opens differently for each.
 enum class EditStart {
-    Click,     // a click or Enter: caret at the end
+    Click,     // a click: caret at the end
+    Enter,     // caret at the end as for a click, but begun by a key
     Backspace, // caret at the end, last character deleted
     Select,    // space: the whole text selected
     Typed,     // a character replaces the whole text
@@ -71,6 +72,9 @@ public:
     bool Print(QPrinter& printer);
 
     bool StartedByKey() const { return m_start != EditStart::Click; }
+    // Ends an edit under way and keeps its text, as losing the focus does: commands that read,
+    // save or close the document call it first, so that what the user typed is part of it.
+    void FinishEdit();
 
 public Q_SLOTS:
     void Copy();

@@ -554,6 +554,7 @@ void MainWindow::SaveToServer() {
 }
 
 bool MainWindow::SaveDocument(OpenDocument& document, const QString& target) {
+    FinishEdits();
     document.Progress().SetCancel(ProgressDialog::Cancel::NotOffered);
     const bool saved = document.Document().Save(target);
     if (saved) {
@@ -587,7 +588,14 @@ bool MainWindow::MayClose(QMdiSubWindow* window) {
     return AskToSave(view->Document());
 }
 
+void MainWindow::FinishEdits() {
+    for (QMdiSubWindow* window : m_area->subWindowList())
+        if (TranslatorView* view = ViewOf(window))
+            view->Grid().FinishEdit();
+}
+
 bool MainWindow::AskToSave(OpenDocument& document) {
+    FinishEdits();
     if (!document.IsModified())
         return true;
     const util::Answer answer =
@@ -646,6 +654,7 @@ void MainWindow::PrintPreview() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    FinishEdits();
     // The dictionary is offered first, then each document once, whatever the number of its
     // windows; Cancel anywhere, or a failed save, keeps the program open.
     if (!m_dictionary->CloseQuery()) {

@@ -65,6 +65,8 @@ private:
     bool MayClose(QMdiSubWindow* window);
     // Asks whether a modified document is saved; false when the user cancelled or it failed.
     bool AskToSave(OpenDocument& document);
+    // Ends the edits open in any grid, keeping their text.
+    void FinishEdits();
     bool SaveDocument(OpenDocument& document, const QString& target);
     void Open();
     void OpenFromServer();

@@ -52,6 +52,7 @@ bool TranslatorView::CanSendToDictionary() const {
 }
 
 void TranslatorView::ExportStrings() {
+    m_grid->FinishEdit();
     CQuestionnaire* q = m_document->Document().Questionnaire();
     if (!q)
         return;
@@ -132,6 +133,7 @@ void TranslatorView::OpenExported(const QString& path) {
 }
 
 void TranslatorView::ImportTranslation(const QString& path) {
+    m_grid->FinishEdit();
     CQuestionnaire* q = m_document->Document().Questionnaire();
     if (!q)
         return;
@@ -159,6 +161,7 @@ void TranslatorView::ImportTranslation(const QString& path) {
 }
 
 void TranslatorView::SendToDictionary() {
+    m_grid->FinishEdit();
     if (!m_grid->HasSelection())
         return;
     qsizetype first = -1;
@@ -183,6 +186,7 @@ void TranslatorView::SendToDictionary() {
 }
 
 void TranslatorView::AutoTranslate() {
+    m_grid->FinishEdit();
     CDictionary& dictionary = m_dictionary.Get();
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // what was stored so far is kept

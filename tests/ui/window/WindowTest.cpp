@@ -158,6 +158,7 @@ const EditKeys kEditKeys[] = {
     {"tab keeps and moves on", Qt::Key_Return, Qt::Key_Tab, false, "VeryZ", 0, 1},
     {"focus loss keeps", Qt::Key_Return, Qt::Key_unknown, false, "VeryZ", 0, 0},
     {"arrow ends an edit begun by a key", Qt::Key_X, Qt::Key_Down, false, "xZ", 1, 0},
+    {"arrow ends an edit begun by enter", Qt::Key_Return, Qt::Key_Down, false, "VeryZ", 1, 0},
     {"arrow after a click moves the caret", kClick, Qt::Key_Down, true, "VeryZ", 0, 0},
     {"ctrl+arrow ends any edit", kClick, Qt::ControlModifier | Qt::Key_Down, false, "VeryZ", 1, 0},
 };
@@ -408,11 +409,17 @@ private Q_SLOTS:
         QCOMPARE(Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Cancel),
                  QStringList{QStringLiteral("Save changes to survey.xml?")});
         QCOMPARE(area->subWindowList().size(), 1);
+        // An edit still open when the window closes is saved with the rest.
+        ClickCell(Cell(10, 2, 1));
+        QTest::keyClicks(&Grid(), QStringLiteral("P"));
+        QVERIFY(Editor());
+        QTest::keyClicks(Editor(), QStringLiteral("eu"));
         Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Yes);
         QTRY_COMPARE(area->subWindowList().size(), 0);
         CQuestionnaire saved;
         QVERIFY(questionnaire::ReadXmlFile(m_path, saved));
         QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), QStringLiteral("Tout"));
+        QCOMPARE(questionnaire::ReadCaption(saved, 10, 2, kFrench), QStringLiteral("Peu"));
         QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         // The file is now the most recent one.
         QCOMPARE(m_context->recentFiles.Files().value(0), m_path);
