@@ -279,13 +279,14 @@ qint32 Batch::SendDictionary() {
     int added = 0;
     dictionary::SendToDictionary(Captions(), 0, Captions().RowCount() - 1, dictionary, chooser,
                                  added, m_progress);
-    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), added) << '\n';
     if (chooser.leftOut > 0)
         m_messages.Warn(Tr(strings::kRowsLeftOut).arg(chooser.leftOut));
     if (dictionary.IsModified() && !dictionary.Save(path, m_messages, m_progress)) {
         m_messages.Error(Tr(strings::kCannotSaveDictionary).arg(path));
         return kCannotSaveDictionary;
     }
+    // Only now are the entries in the file: a script must not read that they were added before.
+    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), added) << '\n';
     return added;
 }
 
@@ -312,14 +313,14 @@ qint32 Batch::ImportMemory() {
         return exchange::kImportCannotRead;
     if (imported.status != dictionary::TmxImport::Status::Read)
         return exchange::kImportNoRow;
-    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), imported.added)
-          << '\n';
     if (chooser.leftOut > 0)
         m_messages.Warn(Tr(strings::kUnitsLeftOut).arg(chooser.leftOut));
     if (dictionary.IsModified() && !dictionary.Save(m_o.file, m_messages, m_progress)) {
         m_messages.Error(Tr(strings::kCannotSaveDictionary).arg(m_o.file));
         return kCannotSaveDictionary;
     }
+    m_out << util::WithCount(dictionary::Tr(dictionary::strings::kEntriesAdded), imported.added)
+          << '\n';
     return imported.added;
 }
 

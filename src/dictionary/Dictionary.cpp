@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <stdexcept>
 
 using dictionary::Tr;
@@ -129,13 +130,14 @@ bool CDictionary::Load(const QString& path, util::Messages& messages, util::Prog
     QFile file(path);
     const bool opened = file.open(QIODevice::ReadOnly);
     const QByteArray bytes = opened ? file.readAll() : QByteArray();
+    const bool readWhole = opened && file.error() == QFileDevice::NoError;
     util::ArchiveReader reader(bytes);
     qint32 version = 0;
     qint32 count = 0;
-    bool ok = opened && file.error() == QFileDevice::NoError && reader.Int32(version) &&
-              reader.Int32(count) && count >= 0;
-    util::ProgressScope scope(progress, Tr(strings::kLoading), ok ? count : 0);
-    // The count is never trusted for memory: entries are added as they are read.
+    bool ok = readWhole && reader.Int32(version) && reader.Int32(count);
+    util::ProgressScope scope(progress, Tr(strings::kLoading), ok ? std::max(count, 0) : 0);
+    // The count is never trusted for memory: entries are added as they are read. A count below
+    // one reads none.
     for (qint32 i = 0; ok && i < count; ++i) {
         if (!scope.Advance(i)) {
             // Stopped by the user: the file was not read whole, so it is kept like a damaged one.
@@ -151,8 +153,11 @@ bool CDictionary::Load(const QString& path, util::Messages& messages, util::Prog
     m_modified = false;
     if (ok)
         return true;
-    if (opened && !bytes.isEmpty())
-        m_damagedPath = QFileInfo(path).absoluteFilePath();
+    // Whatever kept it from being read (rights, a read error), a file that is there holds entries
+    // that must survive the next save; only an empty one read without error holds nothing.
+    const QFileInfo info(path);
+    if (info.exists() && !info.isDir() && !(readWhole && bytes.isEmpty()))
+        m_damagedPath = info.absoluteFilePath();
     messages.Error(Tr(strings::kCannotLoad));
     return false;
 }
@@ -161,7 +166,8 @@ bool CDictionary::KeepDamagedFile(const QString& path, util::Messages& messages)
     QString backup = path + QStringLiteral(".bak");
     for (int n = 1; QFileInfo::exists(backup); ++n)
         backup = path + QStringLiteral(".bak%1").arg(n);
-    if (!QFile::copy(path, backup))
+    // A file this user may not read cannot be copied, but it can still be moved aside.
+    if (!QFile::copy(path, backup) && !QFile::rename(path, backup))
         return false;
     messages.Warn(Tr(strings::kDamagedKept).arg(path, backup));
     m_damagedPath.clear();

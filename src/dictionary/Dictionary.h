@@ -22,8 +22,8 @@ public:
     static constexpr qint32 kFormatVersion = 101;
 
     // Reads the file; a missing or damaged file says so and leaves the entries read before. A
-    // file not read whole (damaged, or a load the user stopped) is kept as a backup before
-    // anything is saved over it.
+    // file that is there but was not read whole (damaged, unreadable, or a load the user stopped)
+    // is kept as a backup before anything is saved over it.
     bool Load(const QString& path, util::Messages& messages, util::Progress* progress = nullptr);
     // Replaces the file whole, or leaves it as it was.
     bool Save(const QString& path, util::Messages& messages, util::Progress* progress = nullptr);

@@ -184,6 +184,9 @@ TEST_F(BatchProcessTest, DictionaryOptions) {
         {m_survey, QStringLiteral("senddictionary"), QStringLiteral("dictionary:") + memory});
     const int sent = run.result.toInt();
     EXPECT_GT(sent, 10);
+    EXPECT_TRUE(run.out.contains(
+        QStringLiteral("%1 entrie(s) have been added to the dictionary").arg(sent)))
+        << run.out.toStdString();
     util::RecordedMessages messages;
     CDictionary saved;
     ASSERT_TRUE(saved.Load(memory, messages));
@@ -205,6 +208,24 @@ TEST_F(BatchProcessTest, DictionaryOptions) {
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
     EXPECT_EQ(questionnaire::ReadCaption(q, 110, 3, 1031), QStringLiteral("Wenig zufrieden"));
+
+    // A save that fails (a file stands where the folder should be) adds nothing, and a script
+    // must not read that it did.
+    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
+    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(QStringLiteral("shared.tmx"))), QString());
+    const QString blocked = Path(QStringLiteral("blocker/memory.dic"));
+    for (const QStringList& arguments :
+         {QStringList{m_survey, QStringLiteral("senddictionary"),
+                      QStringLiteral("dictionary:") + blocked},
+          QStringList{blocked, QStringLiteral("translate:shared.tmx")}}) {
+        SCOPED_TRACE(arguments.join(u' ').toStdString());
+        run = Translator(arguments);
+        EXPECT_EQ(run.result, QStringLiteral("-3"));
+        EXPECT_TRUE(
+            run.err.contains(QStringLiteral("Cannot save the dictionary '%1'.").arg(blocked)))
+            << run.err.toStdString();
+        EXPECT_FALSE(run.out.contains(QLatin1String("have been added"))) << run.out.toStdString();
+    }
 }
 
 TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {

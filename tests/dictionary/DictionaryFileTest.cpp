@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 namespace {
 
 // Little-endian pieces of a hand-made file.
@@ -30,6 +32,33 @@ QByteArray Wide(const QString& text) {
         b += QByteArray("\xFF\xFF\xFF", 3) + I32(n);
     return b + testutil::Utf16Le(text, false);
 }
+
+// Root reads every file: while this lives, root runs as the unprivileged user "nobody" (the
+// saved id stays root's so that it can come back). Any other user stays as it is.
+class Unprivileged {
+public:
+    Unprivileged() {
+        if (::geteuid() != 0)
+            return;
+        m_dropped = ::setresgid(65534, 65534, 0) == 0;
+        if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
+            (void)::setresgid(0, 0, 0);
+            m_dropped = false;
+        }
+        m_ok = m_dropped;
+    }
+    ~Unprivileged() {
+        if (m_dropped) {
+            (void)::setresuid(0, 0, 0);
+            (void)::setresgid(0, 0, 0);
+        }
+    }
+    bool Ok() const { return m_ok; }
+
+private:
+    bool m_ok = true;
+    bool m_dropped = false;
+};
 
 class DictionaryFileTest : public ::testing::Test {
 protected:
@@ -119,6 +148,49 @@ TEST_F(DictionaryFileTest, DamagedFilesKeepWhatWasReadAndAreNeverLost) {
         CDictionary cut;
         EXPECT_FALSE(cut.Load(Path(QStringLiteral("cut.dic")), m_messages)) << length;
         EXPECT_LT(cut.GetEntryCount(), 2) << length;
+    }
+
+    // A file that is there but may not be read is kept too, moved aside as it cannot be copied.
+    const QString locked = Path(QStringLiteral("locked.dic"));
+    ASSERT_TRUE(testutil::WriteAll(locked, good));
+    const auto writeOnly =
+        QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+    ASSERT_TRUE(QFile::setPermissions(locked, writeOnly));
+    ASSERT_TRUE(QFile::setPermissions(m_dir.path(), QFileDevice::Permissions(0x7777)));
+    {
+        Unprivileged user;
+        ASSERT_TRUE(user.Ok()) << "cannot run as an unprivileged user";
+        CDictionary unread;
+        EXPECT_FALSE(unread.Load(locked, m_messages));
+        EXPECT_EQ(m_messages.messages.last(),
+                  QStringLiteral("The dictionnary is either empty or cannot be found!"));
+        unread.AddEntry({{1033, QStringLiteral("one session")}});
+        EXPECT_TRUE(unread.Save(locked, m_messages));
+        EXPECT_TRUE(m_messages.messages.last().contains(QLatin1String("locked.dic.bak")));
+    }
+    ASSERT_TRUE(
+        QFile::setPermissions(locked + QStringLiteral(".bak"), writeOnly | QFileDevice::ReadOwner));
+    EXPECT_EQ(testutil::ReadAll(locked + QStringLiteral(".bak")), good);
+    CDictionary saved;
+    ASSERT_TRUE(saved.Load(locked, m_messages));
+    EXPECT_EQ(saved.GetEntryCount(), 1);
+}
+
+// The version, the count, then that many entries: a count below one reads none, and that is no
+// fault of the file.
+TEST_F(DictionaryFileTest, CountsBelowOneLoadAnEmptyDictionary) {
+    const QByteArray entry = I32(1) + I32(1033) + Wide(QStringLiteral("unread"));
+    for (const qint64 count : {0LL, -1LL, -2147483648LL}) {
+        SCOPED_TRACE(count);
+        ASSERT_TRUE(testutil::WriteAll(Path(), I32(101) + I32(count) + entry));
+        CDictionary dictionary;
+        EXPECT_TRUE(dictionary.Load(Path(), m_messages));
+        EXPECT_EQ(dictionary.GetEntryCount(), 0);
+        EXPECT_EQ(m_messages.messages, QStringList());
+        // Nothing was left unread that a save could lose.
+        dictionary.AddEntry({{1033, QStringLiteral("new")}});
+        ASSERT_TRUE(dictionary.Save(Path(), m_messages));
+        EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("Translator.dic.bak"))));
     }
 }
 
