@@ -61,7 +61,12 @@ int AddLanguages(CQuestionnaire& q, const QList<qint32>& lcids) {
     for (qint32 lcid : lcids) {
         if (q.HasLanguage(lcid))
             continue;
-        if (q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid))) >= 0)
+        auto language = std::make_unique<CLanguage>(quint32(lcid));
+        // A number that names no language (a typing slip) would give the questionnaire a
+        // column no import accepts: it is passed over like an unknown name.
+        if (language->m_name.isEmpty())
+            continue;
+        if (q.AddLanguage(std::move(language)) >= 0)
             ++added;
     }
     return added;

@@ -22,7 +22,8 @@ bool ParseLanguage(const QString& item, qint32& lcid);
 // A comma-separated list of items as above; items that match nothing are dropped.
 QList<qint32> ParseLanguageList(const QString& text);
 
-// Adds each listed language the questionnaire lacks; returns how many were added.
+// Adds each listed language the questionnaire lacks, passing over numbers that name no language;
+// returns how many were added.
 int AddLanguages(CQuestionnaire& q, const QList<qint32>& lcids);
 
 } // namespace questionnaire

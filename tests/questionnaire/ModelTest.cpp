@@ -76,7 +76,8 @@ TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
     EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1033, 1036, 1031}));
     EXPECT_EQ(q.GetDefaultLanguage(), 1033);
     EXPECT_EQ(AddLanguages(q, {1033, 1036}), 0);
-    EXPECT_EQ(AddLanguages(q, {1034, 1033, 1040, 1034}), 2);
+    // Numbers that name no language are passed over.
+    EXPECT_EQ(AddLanguages(q, {1034, 1033, 0, -1, 99999, 1040, 1034}), 2);
     ASSERT_EQ(q.GetLanguageCount(), 5);
     EXPECT_EQ(q.GetLanguage(3).m_id, 1034);
     EXPECT_EQ(q.GetLanguage(3).m_shortName, QStringLiteral("ESP"));
