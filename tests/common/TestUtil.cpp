@@ -7,6 +7,8 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 namespace testutil {
 
 QString DataPath(const QString& name) {
@@ -115,6 +117,24 @@ QString ReadTmxWithToolkit(const QString& path, QStringList* units) {
 
 QString WriteTmxWithToolkit(const QString& path) {
     return RunTmxTool(QStringLiteral("write"), path, nullptr);
+}
+
+Unprivileged::Unprivileged() {
+    if (::geteuid() != 0)
+        return;
+    m_dropped = ::setresgid(65534, 65534, 0) == 0;
+    if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
+        (void)::setresgid(0, 0, 0);
+        m_dropped = false;
+    }
+    m_ok = m_dropped;
+}
+
+Unprivileged::~Unprivileged() {
+    if (m_dropped) {
+        (void)::setresuid(0, 0, 0);
+        (void)::setresgid(0, 0, 0);
+    }
 }
 
 } // namespace testutil

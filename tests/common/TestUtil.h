@@ -26,6 +26,22 @@ QString ReadTmxWithToolkit(const QString& path, QStringList* units = nullptr);
 // empty when it did, its account otherwise.
 QString WriteTmxWithToolkit(const QString& path);
 
+// Root may read and write anything: while this lives, root runs as the unprivileged user
+// "nobody" (the saved id stays root's so that it can come back). Any other user stays as it is.
+class Unprivileged {
+public:
+    Unprivileged();
+    ~Unprivileged();
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+    // False when root could not become "nobody".
+    bool Ok() const { return m_ok; }
+
+private:
+    bool m_ok = true;
+    bool m_dropped = false;
+};
+
 // Runs statements on a database through a connection of the test's own; false when one fails.
 bool Sql(const QString& database, const QStringList& statements);
 // Every row of a table as text, for before/after comparisons.

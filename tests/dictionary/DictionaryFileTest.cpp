@@ -7,8 +7,6 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 namespace {
 
 // Little-endian pieces of a hand-made file.
@@ -33,32 +31,7 @@ QByteArray Wide(const QString& text) {
     return b + testutil::Utf16Le(text, false);
 }
 
-// Root reads every file: while this lives, root runs as the unprivileged user "nobody" (the
-// saved id stays root's so that it can come back). Any other user stays as it is.
-class Unprivileged {
-public:
-    Unprivileged() {
-        if (::geteuid() != 0)
-            return;
-        m_dropped = ::setresgid(65534, 65534, 0) == 0;
-        if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
-            (void)::setresgid(0, 0, 0);
-            m_dropped = false;
-        }
-        m_ok = m_dropped;
-    }
-    ~Unprivileged() {
-        if (m_dropped) {
-            (void)::setresuid(0, 0, 0);
-            (void)::setresgid(0, 0, 0);
-        }
-    }
-    bool Ok() const { return m_ok; }
-
-private:
-    bool m_ok = true;
-    bool m_dropped = false;
-};
+using testutil::Unprivileged;
 
 class DictionaryFileTest : public ::testing::Test {
 protected:

@@ -27,32 +27,7 @@ QFileDevice::Permissions Mode(const QString& path) {
            ~(QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser);
 }
 
-// Root may write anything: while this lives, root runs as the unprivileged user "nobody" (the
-// saved id stays root's so that it can come back).
-class Unprivileged {
-public:
-    Unprivileged() {
-        if (::geteuid() != 0)
-            return;
-        m_dropped = ::setresgid(65534, 65534, 0) == 0;
-        if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
-            (void)::setresgid(0, 0, 0);
-            m_dropped = false;
-        }
-        m_ok = m_dropped;
-    }
-    ~Unprivileged() {
-        if (m_dropped) {
-            (void)::setresuid(0, 0, 0);
-            (void)::setresgid(0, 0, 0);
-        }
-    }
-    bool Ok() const { return m_ok; }
-
-private:
-    bool m_ok = true;
-    bool m_dropped = false;
-};
+using testutil::Unprivileged;
 
 class FileSystemTest : public ::testing::Test {
 protected:
