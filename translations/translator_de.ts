@@ -804,34 +804,6 @@
         <source>Translator cannot open its window: no display could be reached%1. Run it in a desktop session, or give it a batch operation (translator --help).</source>
         <translation>Translator kann sein Fenster nicht öffnen: Es ist keine Anzeige erreichbar%1. Starten Sie es in einer Desktop-Sitzung, oder geben Sie ihm eine Stapeloperation (translator --help).</translation>
     </message>
-    <message>
-        <source>The captions have been exported to &apos;%1&apos;.</source>
-        <translation>Die Texte wurden nach „%1“ exportiert.</translation>
-    </message>
-    <message>
-        <source>&amp;Open for Translation</source>
-        <translation>Zum Übersetzen ö&amp;ffnen</translation>
-    </message>
-    <message>
-        <source>Show in &amp;Folder</source>
-        <translation>Im &amp;Ordner zeigen</translation>
-    </message>
-    <message>
-        <source>&apos;%1&apos; has been changed. Do you want to import it now?</source>
-        <translation>„%1“ wurde geändert. Möchten Sie die Datei jetzt importieren?</translation>
-    </message>
-    <message>
-        <source>No program is set up to open &apos;%1&apos;.</source>
-        <translation>Kein Programm ist zum Öffnen von „%1“ eingerichtet.</translation>
-    </message>
-    <message>
-        <source>The program that opens &apos;%1&apos; could not be started.</source>
-        <translation>Das Programm, das „%1“ öffnet, konnte nicht gestartet werden.</translation>
-    </message>
-    <message>
-        <source>The folder of &apos;%1&apos; could not be shown.</source>
-        <translation>Der Ordner von „%1“ konnte nicht angezeigt werden.</translation>
-    </message>
 </context>
 <context>
     <name>ui::dialogs</name>

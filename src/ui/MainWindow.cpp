@@ -198,10 +198,7 @@ void MainWindow::CreateActions() {
     m_openServer = make(strings::kOpenServer, &MainWindow::OpenFromServer);
     m_saveServer = make(strings::kSaveServer, &MainWindow::SaveToServer);
     m_export = make(strings::kExport, onView(&TranslatorView::ExportStrings));
-    m_import = make(strings::kImport, [this] {
-        if (TranslatorView* view = ActiveView())
-            view->ImportTranslation();
-    });
+    m_import = make(strings::kImport, onView(&TranslatorView::ImportTranslation));
     m_print =
         make(strings::kPrint, &MainWindow::PrintWithDialog, {QKeySequence(Qt::CTRL | Qt::Key_P)});
     m_print->setIcon(

@@ -70,18 +70,6 @@ inline constexpr char kAllFilesFilter[] = QT_TRANSLATE_NOOP("ui", "All files (*.
 inline constexpr char kSaveChanges[] = QT_TRANSLATE_NOOP("ui", "Save changes to %1?");
 inline constexpr char kSaveDictionary[] =
     QT_TRANSLATE_NOOP("ui", "Dictionary has been modified. Do you want to save?");
-inline constexpr char kExported[] =
-    QT_TRANSLATE_NOOP("ui", "The captions have been exported to '%1'.");
-inline constexpr char kOpenExported[] = QT_TRANSLATE_NOOP("ui", "&Open for Translation");
-inline constexpr char kShowInFolder[] = QT_TRANSLATE_NOOP("ui", "Show in &Folder");
-inline constexpr char kImportSaved[] =
-    QT_TRANSLATE_NOOP("ui", "'%1' has been changed. Do you want to import it now?");
-inline constexpr char kNoProgramFor[] =
-    QT_TRANSLATE_NOOP("ui", "No program is set up to open '%1'.");
-inline constexpr char kCannotStartProgram[] =
-    QT_TRANSLATE_NOOP("ui", "The program that opens '%1' could not be started.");
-inline constexpr char kCannotShowFolder[] =
-    QT_TRANSLATE_NOOP("ui", "The folder of '%1' could not be shown.");
 inline constexpr char kCannotPrint[] =
     QT_TRANSLATE_NOOP("ui", "Cannot print: the printer '%1' could not be opened.");
 inline constexpr char kNoDisplay[] = QT_TRANSLATE_NOOP(

@@ -13,14 +13,9 @@
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
 #include "ui/support/ConflictDialog.h"
-#include "util/Process.h"
-#include "util/ProcessThreads.h"
 
-#include <QDir>
 #include <QItemSelectionModel>
-#include <QMessageBox>
 #include <QPrinter>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace ui {
@@ -61,85 +56,28 @@ void TranslatorView::ExportStrings() {
         return;
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped export keeps the old file
-    exchange::ExportReport report;
     const exchange::ExportOptions options = dialog.Options();
-    QString path = dialog.Path();
+    const QString path = dialog.Path();
+    // Nothing follows a completed export; the export itself warns about captions the file
+    // cannot carry unchanged.
     if (dialog.ChosenFormat() == ExportDialog::Format::TabSeparated) {
         exchange::ExportStringsForTranslation(path, *q, options, m_document->Captions().Rows(),
-                                              m_document->Messages(), &report, &progress);
+                                              m_document->Messages(), nullptr, &progress);
     } else {
         const auto version = dialog.ChosenFormat() == ExportDialog::Format::Xliff20
                                  ? exchange::XliffVersion::V20
                                  : exchange::XliffVersion::V12;
         exchange::ExportXliff(path, *q, options, version, m_document->Captions().Rows(),
-                              m_document->Messages(), &report, &progress);
-        // Several target languages make a file each: the first is the one offered.
-        path = exchange::XliffExportPaths(path, *q, options).constFirst();
-    }
-    if (!report.written)
-        return;
-    switch (AskAfterExport(path)) {
-    case AfterExport::Open:
-        OpenExported(path);
-        break;
-    case AfterExport::ShowFolder:
-        if (!util::ShowInFileManager(path))
-            m_document->Messages().Error(Tr(strings::kCannotShowFolder).arg(path));
-        break;
-    case AfterExport::Nothing:
-        break;
+                              m_document->Messages(), nullptr, &progress);
     }
 }
 
-TranslatorView::AfterExport TranslatorView::AskAfterExport(const QString& path) {
-    QMessageBox box(QMessageBox::Question, QCoreApplication::applicationName(),
-                    Tr(strings::kExported).arg(QDir::toNativeSeparators(path)),
-                    QMessageBox::NoButton, this);
-    QPushButton* open = box.addButton(Tr(strings::kOpenExported), QMessageBox::AcceptRole);
-    QPushButton* folder = box.addButton(Tr(strings::kShowInFolder), QMessageBox::ActionRole);
-    box.addButton(QMessageBox::Close);
-    box.setDefaultButton(open);
-    box.exec();
-    if (box.clickedButton() == open)
-        return AfterExport::Open;
-    if (box.clickedButton() == folder)
-        return AfterExport::ShowFolder;
-    return AfterExport::Nothing;
-}
-
-void TranslatorView::OpenExported(const QString& path) {
-    // The editing program runs on its own thread; the answer comes back here when it ends, and
-    // is dropped if this window was closed meanwhile.
-    auto done = [this, path](int result) {
-        if (result == util::kFileChanged) {
-            if (m_document->Messages().Ask(
-                    Tr(strings::kImportSaved).arg(QDir::toNativeSeparators(path)),
-                    {util::Answer::Yes, util::Answer::No}) == util::Answer::Yes)
-                ImportTranslation(path);
-        } else if (result == util::kNoAssociatedProgram) {
-            m_document->Messages().Error(
-                Tr(strings::kNoProgramFor).arg(QDir::toNativeSeparators(path)));
-        } else if (result != util::kFileUnchanged) {
-            m_document->Messages().Error(
-                Tr(strings::kCannotStartProgram).arg(QDir::toNativeSeparators(path)));
-        }
-    };
-    const qint64 started = m_editorCommand.isEmpty()
-                               ? util::EditFileOnThread(path, this, done)
-                               : util::EditFileOnThread(path, m_editorCommand, this, done);
-    if (started == 0)
-        m_document->Messages().Error(
-            Tr(strings::kCannotStartProgram).arg(QDir::toNativeSeparators(path)));
-}
-
-void TranslatorView::ImportTranslation(const QString& path) {
+void TranslatorView::ImportTranslation() {
     m_grid->FinishEdit();
     CQuestionnaire* q = m_document->Document().Questionnaire();
     if (!q)
         return;
     ImportDialog dialog(*q, this);
-    if (!path.isEmpty())
-        dialog.SetPath(path);
     if (dialog.exec() != QDialog::Accepted)
         return;
     questionnaire::CaptionTable& table = m_document->Captions();

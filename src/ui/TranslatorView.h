@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -29,11 +28,9 @@ public:
     CaptionGrid& Grid() const { return *m_grid; }
     CaptionModel& Model() const { return *m_model; }
 
-    // The commands; each works as its menu entry does. After an export the view offers to open
-    // the file in the program that edits it (or to show it in its folder), and when that program
-    // ends with the file changed, to import it.
+    // The commands; each works as its menu entry does.
     void ExportStrings();
-    void ImportTranslation(const QString& path = {});
+    void ImportTranslation();
     void SendToDictionary();
     void AutoTranslate();
     // Shows why when the printer could not be opened.
@@ -42,27 +39,16 @@ public:
     // "Send to dictionary" needs cells to send.
     bool CanSendToDictionary() const;
 
-    // The program exported files are opened in; empty for the one the desktop associates with
-    // the file's type. The file's path is appended to it.
-    void SetEditorCommand(const QStringList& command) { m_editorCommand = command; }
-
-    // What the user chose after an export.
-    enum class AfterExport { Open, ShowFolder, Nothing };
-
 Q_SIGNALS:
     // The selection changed: the commands that depend on it may change their state.
     void SelectionChanged();
     void ContextMenuWanted(const QPoint& globalPosition);
 
 private:
-    AfterExport AskAfterExport(const QString& path);
-    void OpenExported(const QString& path);
-
     std::shared_ptr<OpenDocument> m_document;
     DictionaryHolder& m_dictionary;
     CaptionGrid* m_grid;
     CaptionModel* m_model;
-    QStringList m_editorCommand;
 };
 
 } // namespace ui

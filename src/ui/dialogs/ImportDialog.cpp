@@ -68,10 +68,6 @@ ImportDialog::ImportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
     resize(qMax(sizeHint().width(), 440), sizeHint().height());
 }
 
-void ImportDialog::SetPath(const QString& path) {
-    m_path->setText(path);
-}
-
 QString ImportDialog::Path() const {
     return m_path->text();
 }

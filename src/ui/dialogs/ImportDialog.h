@@ -17,9 +17,6 @@ class ImportDialog : public QDialog {
 
 public:
     ImportDialog(const CQuestionnaire& q, QWidget* parent = nullptr);
-    // Starts from a known file, such as the one a translator just saved.
-    void SetPath(const QString& path);
-
     QString Path() const;
     bool OnlyUnchanged() const;
     bool CopyIdentical() const;

@@ -518,15 +518,15 @@ private Q_SLOTS:
         QCOMPARE(ui::AboutDialog::FormatDate(version), QString());
     }
 
-    // The export and import run from their dialogs, in text and then in XLIFF (one file per
-    // target language); an import that changed captions refills the grid and marks the document
+    // The round trip as a user makes it, in text and then in XLIFF (one file per target
+    // language): nothing follows a completed export; the translator's file is imported from its
+    // dialog, and an import that changed captions refills the grid and marks the document
     // modified.
     void exportThenImport() {
         const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
         QFile::remove(file);
         WhenOpen<ui::ExportDialog>(file);
-        QCOMPARE(Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
-                 QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(file)});
+        QVERIFY(Boxes([&] { Trigger(ui::strings::kExport); }).isEmpty());
         const QByteArray bytes = testutil::ReadAll(file);
         QVERIFY(bytes.startsWith("\xFF\xFE"));
         QString text = QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()) + 1,
@@ -536,27 +536,13 @@ private Q_SLOTS:
         QVERIFY(text.contains(QStringLiteral("10\t1\tTrès\tVery")));
         QVERIFY(!Modified());
 
-        // The translator's work, which the "spreadsheet program" below saves over the export.
+        // The translator's work, saved over the export.
         text.replace(QStringLiteral("10\t1\tTrès\tVery"),
                      QStringLiteral("10\t1\tExtrêmement\tVery"));
-        const QString translated = m_dir.filePath(QStringLiteral("translated.txt"));
-        QVERIFY(testutil::WriteAll(translated, testutil::Utf16Le(text)));
-        View().SetEditorCommand({QStringLiteral("sh"), QStringLiteral("-c"),
-                                 QStringLiteral("cp \"$0\" \"$1\""), translated});
-
-        // Export again and open the file: when the program ends with the file changed, the
-        // window offers to import it, and the import dialog starts from that file.
-        {
-            BoxAnswerer answers(QMessageBox::Yes, {QStringLiteral("Open for Translation")});
-            WhenOpen<ui::ExportDialog>(file);
-            Trigger(ui::strings::kExport);
-            WhenOpen<ui::ImportDialog>(file);
-            QTRY_COMPARE(answers.texts.size(), 3);
-            QCOMPARE(
-                answers.texts[1],
-                QStringLiteral("'%1' has been changed. Do you want to import it now?").arg(file));
-            QCOMPARE(answers.texts[2], QStringLiteral("1 captions have been modified!"));
-        }
+        QVERIFY(testutil::WriteAll(file, testutil::Utf16Le(text)));
+        WhenOpen<ui::ImportDialog>(file);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
+                 QStringList{QStringLiteral("1 captions have been modified!")});
         QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
         QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
         QVERIFY(Modified());
@@ -564,9 +550,7 @@ private Q_SLOTS:
         // The typed ending chooses XLIFF.
         const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
         WhenOpen<ui::ExportDialog>(m_dir.filePath(QStringLiteral("survey.xlf")));
-        QCOMPARE(
-            Boxes([&] { Trigger(ui::strings::kExport); }, QMessageBox::Close),
-            QStringList{QStringLiteral("The captions have been exported to '%1'.").arg(english)});
+        QVERIFY(Boxes([&] { Trigger(ui::strings::kExport); }).isEmpty());
         QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
         QByteArray xliff = testutil::ReadAll(english);
         const QByteArray unit =
