@@ -161,11 +161,16 @@ void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign, ResponseKey
     }
 }
 
+// The version text a campaign saved by this program carries: commas, as the program writes it.
+QString WrittenVersionText() {
+    return CurrentVersion().ToText().replace(QLatin1Char('.'), QLatin1Char(','));
+}
+
 void UpgradeContent(vw::CCampaign& campaign) {
     if (IsOlderThan(campaign.m_versionNumber, "5.1.9.4"))
         (void)campaign.RepairModalityMatchingEndVolumes();
     if (IsOlderThan(campaign.m_versionNumber, "5.6.1.0"))
-        campaign.m_versionNumber = QStringLiteral("5,6,1,0"); // commas, as the program writes it
+        campaign.m_versionNumber = WrittenVersionText();
 }
 
 // A campaign for a questionnaire that had none: its questions need a volume to appear in, and
@@ -174,7 +179,7 @@ std::unique_ptr<vw::CCampaign> NewCampaign(const QString& questionnaireName) {
     const QString name = questionnaireName.left(50); // the names' columns hold 50 characters
     auto campaign = std::make_unique<vw::CCampaign>();
     campaign->m_name = name;
-    campaign->m_versionNumber = CurrentVersion().ToText();
+    campaign->m_versionNumber = WrittenVersionText();
     auto wave = std::make_unique<vw::CWave>();
     wave->m_waveID = 1;
     wave->m_name = name;

@@ -91,6 +91,9 @@ TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepea
             Batch({save == 0 ? source : target, QStringLiteral("saveas:") + target});
         ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
     }
+    vw::CCampaign campaign;
+    ASSERT_TRUE(campaign::LoadCampaign(target, campaign));
+    EXPECT_EQ(campaign.m_versionNumber, QStringLiteral("5,6,1,0")); // as the program writes it
     app::AppContext app;
     CQuestionnaire before;
     CQuestionnaire after;
