@@ -589,6 +589,8 @@ void MainWindow::FinishEdits() {
     for (QMdiSubWindow* window : m_area->subWindowList())
         if (TranslatorView* view = ViewOf(window))
             view->Grid().FinishEdit();
+    if (DictionaryView* dictionary = Dictionary())
+        dictionary->Grid().FinishEdit();
 }
 
 bool MainWindow::AskToSave(OpenDocument& document) {

@@ -65,7 +65,7 @@ private:
     bool MayClose(QMdiSubWindow* window);
     // Asks whether a modified document is saved; false when the user cancelled or it failed.
     bool AskToSave(OpenDocument& document);
-    // Ends the edits open in any grid, keeping their text.
+    // Ends the edits open in any grid, the dictionary's too, keeping their text.
     void FinishEdits();
     bool SaveDocument(OpenDocument& document, const QString& target);
     void Open();

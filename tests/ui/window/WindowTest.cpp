@@ -461,9 +461,14 @@ private Q_SLOTS:
         QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("DEU"));
         QCOMPARE(model.headerData(5, Qt::Vertical).toString(), QStringLiteral("6"));
 
-        // A text typed into a cell is merged into its entry; the cell shows the entry's text.
+        // A text typed into a cell is merged into its entry; the cell shows the entry's text. Still
+        // in the editor when the program is asked to end, it makes the dictionary one to save.
         ClickCell(model.index(0, 0), Qt::NoModifier, grid);
-        Enter(QStringLiteral("Brot"), grid);
+        QTest::keyClicks(grid, QStringLiteral("B"));
+        QVERIFY(grid->findChild<QLineEdit*>());
+        QTest::keyClicks(grid->findChild<QLineEdit*>(), QStringLiteral("rot"));
+        QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::Cancel),
+                 QStringList{kSaveDictionary});
         QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("Brot"));
         QCOMPARE(model.index(0, 1).data().toString(), QStringLiteral("Very"));
 
