@@ -6,6 +6,7 @@
 #include "util/Messages.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace ui {
@@ -21,7 +22,12 @@ void DictionaryModel::Refill() {
     for (qint32 number = 0; number < m_dictionary.GetEntryCount(); ++number)
         if (!m_dictionary.GetEntry(number).m_deleted)
             m_shown.push_back(number);
+    m_columns = m_dictionary.GetLanguageCount();
     endResetModel();
+}
+
+bool DictionaryModel::LanguagesAdded() const {
+    return m_dictionary.GetLanguageCount() != m_columns;
 }
 
 void DictionaryModel::DeleteRows(int first, int last) {
@@ -41,7 +47,8 @@ int DictionaryModel::rowCount(const QModelIndex& parent) const {
 }
 
 int DictionaryModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : m_dictionary.GetLanguageCount();
+    // As of the last Refill: a view learns of new columns only through a reset.
+    return parent.isValid() ? 0 : m_columns;
 }
 
 QVariant DictionaryModel::data(const QModelIndex& index, int role) const {
@@ -118,10 +125,25 @@ void DictionaryView::DeleteSelected() {
 }
 
 void DictionaryView::DictionaryChanged(bool entriesAdded) {
-    if (entriesAdded)
-        m_model->Refill();
-    else
+    // A merge into an existing entry can bring a new language, and so a new column, without a
+    // new entry.
+    if (!entriesAdded && !m_model->LanguagesAdded()) {
         m_grid->viewport()->update();
+        return;
+    }
+    // Entries are only ever appended, so rows and columns keep their places across the refill.
+    const QModelIndex current = m_grid->currentIndex();
+    const int row = current.row();
+    const int column = current.column();
+    const int vertical = m_grid->verticalScrollBar()->value();
+    const int horizontal = m_grid->horizontalScrollBar()->value();
+    m_model->Refill();
+    m_grid->doItemsLayout(); // the scroll ranges, before the positions are put back
+    if (current.isValid())
+        m_grid->selectionModel()->setCurrentIndex(m_model->index(row, column),
+                                                  QItemSelectionModel::ClearAndSelect);
+    m_grid->verticalScrollBar()->setValue(vertical);
+    m_grid->horizontalScrollBar()->setValue(horizontal);
 }
 
 } // namespace ui

@@ -24,8 +24,11 @@ class DictionaryModel : public QAbstractTableModel {
 public:
     explicit DictionaryModel(CDictionary& dictionary, QObject* parent = nullptr);
 
-    // Lists the live entries again (after entries were added elsewhere).
+    // Lists the live entries and the languages again (after entries or languages were added
+    // elsewhere).
     void Refill();
+    // The dictionary gained a language since the last Refill: its column shows after the next.
+    bool LanguagesAdded() const;
     // Deletes the entries of rows first..last from the dictionary, the last one first.
     void DeleteRows(int first, int last);
     qint32 EntryNumber(int row) const { return m_shown[size_t(row)]; }
@@ -41,6 +44,7 @@ public:
 private:
     CDictionary& m_dictionary;
     std::vector<qint32> m_shown; // entry numbers of the live entries, in entry order
+    int m_columns = 0;           // the dictionary's language count at the last Refill
 };
 
 // The dictionary window: the grid of its entries, in-place editing and deleting whole rows.
@@ -54,7 +58,8 @@ public:
 
     // Deletes every row the selection touches, after asking once.
     void DeleteSelected();
-    // After entries were sent from a questionnaire: new rows are listed, changed ones repainted.
+    // After entries were sent from a questionnaire: new rows and new languages are listed, with
+    // the current cell and the scroll position kept; changed rows are repainted.
     void DictionaryChanged(bool entriesAdded);
 
 Q_SIGNALS:

@@ -70,18 +70,8 @@ ExportDialog::ExportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
                             (xliff ? QStringLiteral(".xlf") : QStringLiteral(".txt")));
     });
 
-    // And a typed ending chooses the format.
-    connect(m_path, &QLineEdit::textEdited, this, [this](const QString& path) {
-        const bool xliff = path.endsWith(QLatin1String(".xlf"), Qt::CaseInsensitive) ||
-                           path.endsWith(QLatin1String(".xliff"), Qt::CaseInsensitive);
-        const bool text = path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive);
-        const bool chosenXliff = ChosenFormat() != Format::TabSeparated;
-        QSignalBlocker keepPath(m_format);
-        if (xliff && !chosenXliff)
-            m_format->setCurrentIndex(m_format->findData(int(Format::Xliff12)));
-        else if (text && chosenXliff)
-            m_format->setCurrentIndex(m_format->findData(int(Format::TabSeparated)));
-    });
+    // And a typed ending chooses the format (as does a chosen one, in Browse).
+    connect(m_path, &QLineEdit::textEdited, this, &ExportDialog::FormatFromEnding);
 
     auto* outputLabel = new QLabel(Tr(strings::kOutputFile), this);
     outputLabel->setBuddy(m_path);
@@ -221,8 +211,24 @@ QString ExportDialog::ChooseFile(const QString& current) {
 
 void ExportDialog::Browse() {
     const QString chosen = ChooseFile(Path());
-    if (!chosen.isEmpty())
-        m_path->setText(chosen);
+    if (chosen.isEmpty())
+        return;
+    m_path->setText(chosen);
+    // setText() emits no textEdited: without this the file would be written in the old format,
+    // which the import, choosing its reader by the ending, then refuses.
+    FormatFromEnding(chosen);
+}
+
+void ExportDialog::FormatFromEnding(const QString& path) {
+    const bool xliff = path.endsWith(QLatin1String(".xlf"), Qt::CaseInsensitive) ||
+                       path.endsWith(QLatin1String(".xliff"), Qt::CaseInsensitive);
+    const bool text = path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive);
+    const bool chosenXliff = ChosenFormat() != Format::TabSeparated;
+    QSignalBlocker keepPath(m_format);
+    if (xliff && !chosenXliff)
+        m_format->setCurrentIndex(m_format->findData(int(Format::Xliff12)));
+    else if (text && chosenXliff)
+        m_format->setCurrentIndex(m_format->findData(int(Format::TabSeparated)));
 }
 
 void ExportDialog::MoveSelected(int step) {

@@ -45,6 +45,9 @@ protected:
 
 private:
     void Browse();
+    // Switches the format to the one a ".txt", ".xlf" or ".xliff" path names; an XLIFF version
+    // already chosen stays, and another ending changes nothing.
+    void FormatFromEnding(const QString& path);
     // Moves the selected language one row up (-1) or down (+1), keeping its check and selection.
     void MoveSelected(int step);
 

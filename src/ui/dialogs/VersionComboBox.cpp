@@ -2,9 +2,11 @@
 
 #include "questionnaire/Questionnaire.h"
 #include "ui/dialogs/Strings.h"
+#include "util/LocaleTable.h"
 
 #include <QAbstractItemView>
 #include <QKeyEvent>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QStyleOptionComboBox>
 #include <QStylePainter>
@@ -15,12 +17,6 @@ namespace ui {
 namespace {
 
 constexpr int kIdRole = Qt::UserRole;
-
-// Qt's locales carry no list separator (the character regional settings put between the items of
-// a list), so every locale takes the fallback.
-QString LocaleListSeparator() {
-    return QString();
-}
 
 } // namespace
 
@@ -89,7 +85,13 @@ QString VersionComboBox::DisplayText() const {
     for (int i = 0; i < count(); ++i)
         if (IsChecked(i))
             names.append(itemText(i));
-    return names.join(JoinSeparator(LocaleListSeparator()));
+    return names.join(JoinSeparator(ListSeparator(QLocale::system().name())));
+}
+
+QString VersionComboBox::ListSeparator(const QString& localeName) {
+    // Qt's locales carry no list separator; the locale table does.
+    const util::LocaleInfo* info = util::LocaleTable::Instance().FindByTag(localeName);
+    return info == nullptr ? QString() : info->listSeparator;
 }
 
 QString VersionComboBox::JoinSeparator(const QString& localeSeparator) {

@@ -31,9 +31,13 @@ public:
     // every version or none is checked.
     QList<qint32> ChosenVersions(const CQuestionnaire& q) const;
 
-    // The checked names in item order, as the closed box shows them.
+    // The checked names in item order, joined by the user's list separator, as the closed box
+    // shows them.
     QString DisplayText() const;
 
+    // The list separator of a locale named as QLocale names it ("de_DE"), as the locale table
+    // gives it; empty for a locale the table lacks.
+    static QString ListSeparator(const QString& localeName);
     // The separator shown between names: the locale's, ";" when it has none, with its trailing
     // spaces replaced by exactly one.
     static QString JoinSeparator(const QString& localeSeparator);

@@ -22,6 +22,11 @@ using namespace testutil;
 
 namespace {
 
+// The closed version list joins names by the user's list separator: these tests run as a user in
+// the United States, whose separator is a comma, whatever the machine's locale. Set before main()
+// so that Qt reads it when it first looks at the system locale.
+[[maybe_unused]] const bool kUnitedStatesUser = qputenv("LC_ALL", "en_US.UTF-8");
+
 // The dialogs with their file dialog and message box replaced by recorders.
 template <class Dialog> class Recorded : public Dialog {
 public:
@@ -264,6 +269,21 @@ private Q_SLOTS:
         QTest::keyClicks(path, "mine.XLIFF");
         QCOMPARE(dialog.ChosenFormat(), ui::ExportDialog::Format::Xliff12);
         QCOMPARE(dialog.Path(), "mine.XLIFF");
+        // And so does the ending of a file chosen with "...", which is kept as chosen.
+        const struct {
+            const char* chosen;
+            ui::ExportDialog::Format format;
+        } chosen[] = {{"/tmp/a.txt", ui::ExportDialog::Format::TabSeparated},
+                      {"/tmp/b.xlf", ui::ExportDialog::Format::Xliff12},
+                      {"/tmp/c.dat", ui::ExportDialog::Format::Xliff12},
+                      {"/tmp/d.TXT", ui::ExportDialog::Format::TabSeparated},
+                      {"/tmp/e.xliff", ui::ExportDialog::Format::Xliff12}};
+        for (const auto& file : chosen) {
+            dialog.chosen = file.chosen;
+            QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
+            QCOMPARE(dialog.ChosenFormat(), file.format);
+            QCOMPARE(dialog.Path(), file.chosen);
+        }
     }
 
     // "..." starts from the typed path and replaces it unless cancelled.
@@ -287,7 +307,7 @@ private Q_SLOTS:
         QTest::newRow("unknown preselected") << L{99} << L{} << false << "0" << "" << "All versions";
         QTest::newRow("a version clears all") << L{} << L{2} << false << "2" << "2" << "Phone";
         QTest::newRow("by space bar") << L{} << L{1} << true << "1" << "1" << "Web";
-        QTest::newRow("every version") << L{} << L{2, 1} << false << "1,2" << "" << "Web; Phone";
+        QTest::newRow("every version") << L{} << L{2, 1} << false << "1,2" << "" << "Web, Phone";
         QTest::newRow("all clears versions") << L{1, 2} << L{0} << true << "0" << "" << "All versions";
         QTest::newRow("all unchecked") << L{} << L{0} << false << "" << "" << "";
         QTest::newRow("version unchecked") << L{1} << L{1} << true << "" << "" << "";
@@ -313,6 +333,24 @@ private Q_SLOTS:
         QTEST(combo.DisplayText(), "text");
         QTest::keyClick(combo.view(), Qt::Key_Escape);
         QTRY_VERIFY(!combo.view()->isVisible());
+    }
+
+    // The separator between the checked names, by the user's locale.
+    void listSeparator_data() {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("separator");
+        QTest::newRow("comma") << "en_US"
+                               << ", ";
+        QTest::newRow("semicolon") << "de_DE"
+                                   << "; ";
+        QTest::newRow("not in the table") << "C"
+                                          << "; ";
+    }
+
+    void listSeparator() {
+        QFETCH(QString, locale);
+        QTEST(ui::VersionComboBox::JoinSeparator(ui::VersionComboBox::ListSeparator(locale)),
+              "separator");
     }
 
     void noVersions() {

@@ -20,6 +20,7 @@
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QDialogButtonBox>
+#include <QHeaderView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -30,6 +31,7 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolBar>
@@ -502,6 +504,39 @@ private Q_SLOTS:
         QVERIFY(!m_window->isVisible());
         QCOMPARE(SavedDictionary(), (QStringList{"Brot|Very", "Sehr viel|Très", "d5|e5",
                                                  "How satisfied are you?|Êtes-vous satisfait ?"}));
+    }
+
+    // A row sent into an entry in a language the dictionary lacked adds no entry, yet the open
+    // dictionary window shows the new column at once, its current cell and scroll kept.
+    void dictionaryGainsALanguage() {
+        CDictionary dictionary;
+        for (int i = 0; i < 200; ++i)
+            dictionary.AddEntry({{kEnglish, i == 0 ? QStringLiteral("How satisfied are you?")
+                                                   : QStringLiteral("e%1").arg(i)},
+                                 {kGerman, QStringLiteral("d%1").arg(i)}});
+        util::NoMessages silent;
+        QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
+        QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
+        Trigger(ui::strings::kDictionary);
+        ui::DictionaryView* view = m_window->Dictionary();
+        QVERIFY(view);
+        ui::CaptionGrid* grid = &view->Grid();
+        const QModelIndex last = view->Model().index(199, 1);
+        ClickCell(last, Qt::NoModifier, grid);
+        const int scrolled = grid->verticalScrollBar()->value();
+        QVERIFY(scrolled > 0);
+        QCOMPARE(grid->horizontalHeader()->count(), 2);
+
+        m_window->Area()->setActiveSubWindow(questionnaire);
+        ClickCell(Cell(10, -1, 0)); // English and French
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
+                 QStringList{QStringLiteral("0 entrie(s) have been added to the dictionary")});
+        QCOMPARE(grid->horizontalHeader()->count(), 3);
+        QCOMPARE(view->Model().headerData(2, Qt::Horizontal).toString(), QStringLiteral("FRA"));
+        QCOMPARE(view->Model().index(0, 2).data().toString(),
+                 QStringLiteral("Êtes-vous satisfait ?"));
+        QCOMPARE(grid->currentIndex(), view->Model().index(199, 1));
+        QCOMPARE(grid->verticalScrollBar()->value(), scrolled);
     }
 
     // The about box: the product and file version, the legal notice, the file's date.
