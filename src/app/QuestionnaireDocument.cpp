@@ -129,20 +129,20 @@ bool QuestionnaireDocument::SaveTo(const QString& target, questionnaire::SavePar
                                    bool interactive) {
     if (!m_questionnaire || !m_store)
         return false;
-    bool written = false;
-    if (target.compare(m_path, Qt::CaseInsensitive) != 0 &&
-        !Report(SaveAs(target, written), interactive))
-        return false;
-    if (!written &&
-        !Report(m_store->SaveParts(m_path, *m_questionnaire, parts, Context()), interactive))
+    const util::Outcome saved =
+        target.compare(m_path, Qt::CaseInsensitive) != 0
+            ? SaveAs(target, parts)
+            : m_store->SaveParts(m_path, *m_questionnaire, parts, Context());
+    if (!Report(saved, interactive))
         return false;
     m_modified = false;
     return true;
 }
 
-// Makes `target` the document's file. A store that saves in place gets a copy of the current
-// file first when it is of its own type, and a whole new file otherwise (`written`).
-util::Outcome QuestionnaireDocument::SaveAs(const QString& target, bool& written) {
+// Makes `target` the document's file once it is written: a failed save leaves the document at
+// its file. A store that saves in place saves into a copy of the current file when it is of its
+// own type, and writes a whole new file otherwise.
+util::Outcome QuestionnaireDocument::SaveAs(const QString& target, questionnaire::SaveParts parts) {
     const qint16 targetType = m_app.stores.TypeOf(target);
     std::unique_ptr<questionnaire::QuestionnaireStore> targetStore;
     if (targetType != m_type) {
@@ -152,19 +152,20 @@ util::Outcome QuestionnaireDocument::SaveAs(const QString& target, bool& written
             return util::Outcome::Failure(refusal);
     }
     questionnaire::QuestionnaireStore& store = targetStore ? *targetStore : *m_store;
-    if (store.CopiesBeforeSaveAs()) {
-        if (targetType == m_type) {
-            // Saving in place later keeps whatever else the file holds.
-            if (const util::Outcome copied = store.CopyForSaveAs(m_path, target); !copied)
-                return util::Outcome::Failure(
-                    copied.Reason().isEmpty() ? Tr(strings::kCannotSaveFile) : copied.Reason());
-        } else {
-            // Nothing to copy from another type: the new file is written whole.
-            if (const util::Outcome saved = store.SaveWhole(target, *m_questionnaire, Context());
-                !saved)
-                return saved;
-            written = true;
-        }
+    if (!store.CopiesBeforeSaveAs()) {
+        if (const util::Outcome saved = store.SaveParts(target, *m_questionnaire, parts, Context());
+            !saved)
+            return saved;
+    } else if (targetType == m_type) {
+        // Saving into the copy keeps whatever else the file holds.
+        if (const util::Outcome saved =
+                store.SaveCopyAs(m_path, target, *m_questionnaire, parts, Context());
+            !saved)
+            return util::Outcome::Failure(saved.Reason().isEmpty() ? Tr(strings::kCannotSaveFile)
+                                                                   : saved.Reason());
+    } else if (const util::Outcome saved = store.SaveWhole(target, *m_questionnaire, Context());
+               !saved) {
+        return saved; // nothing to copy from another type
     }
     if (targetStore)
         m_store = std::move(targetStore);

@@ -68,7 +68,7 @@ public:
 private:
     bool Load(const QString& path, bool interactive);
     bool SaveTo(const QString& target, questionnaire::SaveParts parts, bool interactive);
-    util::Outcome SaveAs(const QString& target, bool& written);
+    util::Outcome SaveAs(const QString& target, questionnaire::SaveParts parts);
     questionnaire::StoreContext Context();
     bool Report(const util::Outcome& outcome, bool interactive);
     void QuestionnaireModified() override { m_modified = true; }

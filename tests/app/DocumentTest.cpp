@@ -39,6 +39,7 @@ public:
         std::map<QString, CQuestionnaire> files; // what each path holds
         QStringList calls;
         bool copiesBeforeSaveAs = false;
+        QString refused; // the file name saves fail for
     };
     explicit FakeStore(Log& log) : m_log(log) {}
 
@@ -54,6 +55,8 @@ public:
     util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
                             const questionnaire::StoreContext&) override {
         m_log.calls.append(QStringLiteral("whole ") + QFileInfo(path).fileName());
+        if (QFileInfo(path).fileName() == m_log.refused)
+            return util::Outcome::Failure(QStringLiteral("refused"));
         m_log.files[QFileInfo(path).fileName()] = q;
         return testutil::WriteAll(path, "fake") ? util::Outcome()
                                                 : util::Outcome::Failure(QStringLiteral("disk"));
@@ -67,6 +70,8 @@ public:
             QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
         if (!QFileInfo::exists(path))
             return util::Outcome::Failure(QStringLiteral("nothing to save into"));
+        if (QFileInfo(path).fileName() == m_log.refused)
+            return util::Outcome::Failure(QStringLiteral("refused"));
         m_log.files[QFileInfo(path).fileName()] = q;
         return {};
     }
@@ -149,6 +154,11 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
                                  ? QStringList{QStringLiteral("parts b.fake %1").arg(interactive)}
                                  : QStringList{QStringLiteral("whole b.fake")});
         EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("b.fake"))), QByteArray("fake"));
+        // A "Save As" whose save fails leaves the document at its file.
+        log.refused = QStringLiteral("c.fake");
+        EXPECT_FALSE(document.SaveBatchAs(Path(QStringLiteral("c.fake"))));
+        EXPECT_EQ(document.Path(), Path(QStringLiteral("b.fake")));
+        EXPECT_EQ(document.LastError(), QStringLiteral("refused"));
 
         app::QuestionnaireDocument reopened(m_app, m_messages);
         ASSERT_TRUE(reopened.Open(Path(QStringLiteral("b.fake"))));

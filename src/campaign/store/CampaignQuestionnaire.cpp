@@ -2,20 +2,26 @@
 
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/schema/Migrations.h"
+#include "campaign/schema/SchemaStrings.h"
 #include "campaign/store/CampaignStore.h"
 #include "campaign/store/StoreStrings.h"
 #include "questionnaire/Modalite.h"
+#include "util/FileSystem.h"
 #include "util/SqlConnection.h"
 
+#include <QAtomicInt>
 #include <QCoreApplication>
+#include <QFile>
 
 #include <algorithm>
+#include <functional>
 
 namespace campaign {
 
 namespace {
 
 using util::Outcome;
+using util::sql::Connection;
 namespace vw = varnel_wave;
 
 Outcome UnderOpen(const Outcome& outcome) {
@@ -86,29 +92,42 @@ void TakeQuestionCaptions(const CQuestion& source, vw::CQuestion& target) {
     take(source.ShortCaption(), &vw::CQuestionCaption::m_shortCaption);
 }
 
-// The campaign's response of the questionnaire's response `responseID` of `questionID`, or the
-// number a new one gets. A campaign numbers responses across the campaign, a questionnaire per
-// question: a number another question's response holds is replaced by a free one, remembered in
-// `keys` so that every later save finds it again.
-qint32 ModalityNumber(const vw::CCampaign& campaign, qint32 questionID, qint32 responseID,
-                      ResponseKeys& keys) {
-    if (const auto known = keys.find({questionID, responseID}); known != keys.end())
-        return known->second;
-    const vw::CModality* same = campaign.FindModality(responseID);
-    if (!same || same->m_questionID == questionID)
-        return responseID;
-    qint32 free = 0;
-    for (const vw::CModality* modality : campaign.Modalities())
-        free = std::max(free, modality->m_modalityID);
-    for (const auto& [key, number] : keys)
-        free = std::max(free, number);
-    keys[{questionID, responseID}] = free + 1;
-    return free + 1;
-}
+// Numbers the questionnaire's responses in the campaign during one save. A campaign numbers
+// responses across the campaign, a questionnaire per question: a number another question's
+// response holds is replaced by a free one, remembered in `keys` so that every later save finds
+// it again. The highest number in use is followed as responses are added, so that a free one is
+// found without walking them all.
+class ResponseNumbering {
+public:
+    ResponseNumbering(const vw::CCampaign& campaign, ResponseKeys& keys) : m_keys(keys) {
+        for (const vw::CModality* modality : campaign.Modalities())
+            m_highest = std::max(m_highest, modality->m_modalityID);
+        for (const auto& [key, number] : keys)
+            m_highest = std::max(m_highest, number);
+    }
+
+    // The campaign's response of the questionnaire's response `responseID` of `questionID`, or
+    // the number a new one gets.
+    qint32 Number(const vw::CCampaign& campaign, qint32 questionID, qint32 responseID) {
+        if (const auto known = m_keys.find({questionID, responseID}); known != m_keys.end())
+            return known->second;
+        const vw::CModality* same = campaign.FindModality(responseID);
+        if (!same || same->m_questionID == questionID)
+            return responseID;
+        m_keys[{questionID, responseID}] = ++m_highest;
+        return m_highest;
+    }
+    // A response the campaign holds from now on.
+    void Added(qint32 number) { m_highest = std::max(m_highest, number); }
+
+private:
+    ResponseKeys& m_keys;
+    qint32 m_highest = 0;
+};
 
 void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& campaign,
-                  ResponseKeys& keys) {
-    const qint32 number = ModalityNumber(campaign, questionID, source.m_id, keys);
+                  ResponseNumbering& numbering) {
+    const qint32 number = numbering.Number(campaign, questionID, source.m_id);
     vw::CModality* target = campaign.FindModality(number);
     if (!target) {
         auto added = std::make_unique<vw::CModality>();
@@ -120,6 +139,7 @@ void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& cam
         target = campaign.AddModality(std::move(added));
         if (!target)
             return;
+        numbering.Added(number);
     }
     target->m_entryCode = source.m_entryCode;
     for (const auto& [language, text] : source.Caption().Entries()) {
@@ -136,6 +156,7 @@ void TakeResponse(const CModalite& source, qint32 questionID, vw::CCampaign& cam
 }
 
 void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign, ResponseKeys& keys) {
+    ResponseNumbering numbering(campaign, keys);
     qint32 nextOrder = 0;
     for (const auto& question : campaign.Questions())
         nextOrder = std::max(nextOrder, question->m_order + 1);
@@ -157,7 +178,7 @@ void TakeQuestions(const CQuestionnaire& q, vw::CCampaign& campaign, ResponseKey
         target->m_shortcut = source.m_shortcut;
         TakeQuestionCaptions(source, *target);
         for (int r = 0; r < source.GetNbreModalite(); ++r)
-            TakeResponse(source.GetModalite(r), source.m_id, campaign, keys);
+            TakeResponse(source.GetModalite(r), source.m_id, campaign, numbering);
     }
 }
 
@@ -193,6 +214,92 @@ std::unique_ptr<vw::CCampaign> NewCampaign(const QString& questionnaireName) {
     return campaign;
 }
 
+// Writes `q` over `read` (the campaign as read, or a new one) into `db`; on success `written` is
+// the campaign the database now holds and `keys` has the numbers given meanwhile.
+Outcome WriteQuestionnaire(Connection& db, const CQuestionnaire& q, const vw::CCampaign& read,
+                           const RemovedResponses& removed, bool asRead, ResponseKeys& keys,
+                           std::unique_ptr<vw::CCampaign>& written) {
+    auto fresh = std::make_unique<vw::CCampaign>(read);
+    for (const auto& response : removed)
+        if (!fresh->FindModality(response->m_modalityID))
+            (void)fresh->AddModality(std::make_unique<vw::CModality>(*response));
+    ResponseKeys given = keys;
+    TakeLanguages(q, *fresh);
+    TakeQuestions(q, *fresh, given);
+    if (const Outcome migrated = MigrateDatabase(db, fresh->m_versionNumber); !migrated)
+        return migrated;
+    UpgradeContent(*fresh);
+    if (const Outcome checked = UnderOpen(EnableForeignKeys(db)); !checked)
+        return checked;
+    if (const Outcome saved = SaveCampaign(db, *fresh, asRead ? &read : nullptr); !saved)
+        return saved;
+    written = std::move(fresh);
+    keys = std::move(given);
+    return {};
+}
+
+// A name beside `location` for the database built to replace it.
+QString BuildingName(const QString& location) {
+    static QAtomicInt counter;
+    return QStringLiteral("%1.saving-%2-%3")
+        .arg(location)
+        .arg(QCoreApplication::applicationPid())
+        .arg(counter.fetchAndAddRelaxed(1));
+}
+
+void RemoveDatabaseFile(const QString& path) {
+    QFile::remove(path);
+    QFile::remove(path + QLatin1String("-journal"));
+}
+
+Outcome CreateSchema(Connection& db, const QString& location) {
+    const Outcome created = CreateDatabase(db);
+    if (created)
+        return created;
+    return Outcome::Failure(SchemaTr(schemastrings::kCannotCreateCampaignDatabase)
+                                .arg(util::sql::PrintableLocation(location), created.Reason()));
+}
+
+// Puts a campaign database filled by `fill` at `location`, whole or not at all, so that a failed
+// save leaves what was there. A file is built beside it, from a copy of the file `copyOf` or
+// else a new schema, and renamed over it once filled. On a server the new schema and the fill
+// are one transaction: the server drops and creates tables within transactions.
+Outcome BuildCampaign(const QString& location, const QString& copyOf,
+                      const std::function<Outcome(Connection&)>& fill) {
+    if (util::sql::IsServerLocation(location)) {
+        Connection db;
+        if (const Outcome opened = UnderOpen(db.Open(location)); !opened)
+            return opened;
+        util::sql::Transaction transaction(db);
+        if (const Outcome begun = UnderOpen(transaction.Begin()); !begun)
+            return begun;
+        if (const Outcome created = CreateSchema(db, location); !created)
+            return created;
+        if (const Outcome filled = fill(db); !filled)
+            return filled;
+        return transaction.Commit();
+    }
+    const QString building = BuildingName(location);
+    RemoveDatabaseFile(building);
+    // A copy that cannot be made has no reason of its own: the caller's "cannot save" says it.
+    Outcome outcome =
+        copyOf.isEmpty() || QFile::copy(copyOf, building) ? Outcome() : Outcome::Failure(QString());
+    if (outcome) {
+        Connection db;
+        outcome = UnderOpen(db.Open(building, Connection::Mode::ReadWrite, copyOf.isEmpty()));
+        if (outcome && copyOf.isEmpty())
+            outcome = CreateSchema(db, location);
+        if (outcome)
+            outcome = fill(db);
+    }
+    QString renameError;
+    if (outcome && !util::ReplaceFile(building, location, &renameError))
+        outcome = Outcome::Failure(renameError);
+    if (!outcome)
+        RemoveDatabaseFile(building);
+    return outcome;
+}
+
 } // namespace
 
 Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
@@ -225,26 +332,12 @@ Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQuestionna
                                       const RemovedResponses& removed, bool asRead,
                                       ResponseKeys* keys) {
     ResponseKeys once;
-    util::sql::Connection db;
+    Connection db;
     if (const Outcome opened = UnderOpen(db.Open(location)); !opened)
         return opened;
-    auto fresh =
-        campaign ? std::make_unique<vw::CCampaign>(*campaign) : std::make_unique<vw::CCampaign>();
-    for (const auto& response : removed)
-        if (!fresh->FindModality(response->m_modalityID))
-            (void)fresh->AddModality(std::make_unique<vw::CModality>(*response));
-    TakeLanguages(q, *fresh);
-    TakeQuestions(q, *fresh, keys ? *keys : once);
-    if (const Outcome migrated = MigrateDatabase(db, fresh->m_versionNumber); !migrated)
-        return migrated;
-    UpgradeContent(*fresh);
-    if (const Outcome checked = UnderOpen(EnableForeignKeys(db)); !checked)
-        return checked;
-    const vw::CCampaign* before = asRead && campaign ? campaign.get() : nullptr;
-    if (const Outcome saved = SaveCampaign(db, *fresh, before); !saved)
-        return saved;
-    campaign = std::move(fresh);
-    return {};
+    const vw::CCampaign empty;
+    return WriteQuestionnaire(db, q, campaign ? *campaign : empty, removed, asRead && campaign,
+                              keys ? *keys : once, campaign);
 }
 
 Outcome CampaignQuestionnaireStore::Load(const QString& path, CQuestionnaire& q,
@@ -266,10 +359,7 @@ Outcome CampaignQuestionnaireStore::SaveWhole(const QString& path, const CQuesti
     Q_UNUSED(context);
     if (!m_campaign) {
         // Nothing was read from a campaign: the questionnaire becomes a new one.
-        if (const Outcome created = CreateDatabase(path); !created)
-            return created;
-        m_campaign = NewCampaign(q.GetName());
-        m_location.clear();
+        return Build(path, QString(), *NewCampaign(q.GetName()), q, false);
     }
     const Outcome saved =
         SaveQuestionnaireIntoCampaign(path, q, m_campaign, m_removed, path == m_location, &m_keys);
@@ -278,20 +368,32 @@ Outcome CampaignQuestionnaireStore::SaveWhole(const QString& path, const CQuesti
     return saved;
 }
 
-Outcome CampaignQuestionnaireStore::CopyForSaveAs(const QString& source, const QString& target) {
-    if (!m_campaign ||
-        (!util::sql::IsServerLocation(source) && !util::sql::IsServerLocation(target))) {
-        const Outcome copied = QuestionnaireStore::CopyForSaveAs(source, target);
-        // The copy holds what the source held; unless someone saved into it since the load,
-        // that is the campaign as read.
-        if (copied && m_location == source)
-            m_location = target;
-        return copied;
-    }
-    if (const Outcome created = CreateDatabase(target); !created)
-        return created;
-    if (const Outcome written = SaveCampaign(target, *m_campaign); !written)
-        return written;
+Outcome CampaignQuestionnaireStore::SaveCopyAs(const QString& source, const QString& target,
+                                               const CQuestionnaire& q,
+                                               questionnaire::SaveParts parts,
+                                               const questionnaire::StoreContext& context) {
+    Q_UNUSED(parts); // a campaign is always saved whole
+    if (!m_campaign)
+        return SaveWhole(target, q, context);
+    // A file onto a file is copied as a file, which holds the campaign as read unless someone
+    // saved into it since the load. With a server on either side the target gets a new schema
+    // and the whole campaign.
+    const bool files = !util::sql::IsServerLocation(source) && !util::sql::IsServerLocation(target);
+    return Build(target, files ? source : QString(), *m_campaign, q, files && m_location == source);
+}
+
+Outcome CampaignQuestionnaireStore::Build(const QString& target, const QString& copyOf,
+                                          const vw::CCampaign& read, const CQuestionnaire& q,
+                                          bool asRead) {
+    std::unique_ptr<vw::CCampaign> written;
+    ResponseKeys keys = m_keys;
+    const Outcome built = BuildCampaign(target, copyOf, [&](Connection& db) {
+        return WriteQuestionnaire(db, q, read, m_removed, asRead, keys, written);
+    });
+    if (!built)
+        return built;
+    m_campaign = std::move(written);
+    m_keys = std::move(keys);
     m_location = target;
     return {};
 }

@@ -55,11 +55,19 @@ public:
     // the database and saves into the copy. A campaign made from another kind of file starts as
     // a new database.
     bool CopiesBeforeSaveAs() const override { return true; }
-    // A file onto a file is copied as a file; otherwise (a server on either side) the target
-    // gets a new schema and the campaign as read.
-    util::Outcome CopyForSaveAs(const QString& source, const QString& target) override;
+    // The copy is put in place only once saved into: a file is built beside the target, a server
+    // database in one transaction. A file onto a file is copied as a file; otherwise (a server on
+    // either side) the target gets a new schema and the campaign as read with the questionnaire.
+    util::Outcome SaveCopyAs(const QString& source, const QString& target, const CQuestionnaire& q,
+                             questionnaire::SaveParts parts,
+                             const questionnaire::StoreContext& context) override;
 
 private:
+    // Puts at `target` a copy of the file `copyOf` (a new database when empty) with `q` saved
+    // over `read`, whole or not at all; the store follows the target from then on.
+    util::Outcome Build(const QString& target, const QString& copyOf,
+                        const varnel_wave::CCampaign& read, const CQuestionnaire& q, bool asRead);
+
     std::unique_ptr<varnel_wave::CCampaign> m_campaign;
     // Where m_campaign is what the database holds: saves there write only what changed.
     QString m_location;

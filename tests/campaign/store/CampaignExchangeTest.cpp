@@ -10,6 +10,8 @@
 #include "util/Messages.h"
 #include "util/SqlConnection.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 #include <QStringDecoder>
 #include <QTemporaryDir>
@@ -234,6 +236,83 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     EXPECT_EQ(pear->m_userData, QStringLiteral("data 12"));
     EXPECT_EQ(ResponseCaption(saved, 12, kEnglish), QStringLiteral("Pear"));
     EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
+}
+
+// The state a failed "Save As" must leave: the file's bytes, or the server database's tables and
+// export.
+QByteArray Snapshot(const QString& location, const QString& scratch) {
+    if (!util::sql::IsServerLocation(location))
+        return QFileInfo::exists(location) ? testutil::ReadAll(location) : QByteArray("absent");
+    util::sql::Connection db;
+    EXPECT_TRUE(db.Open(location));
+    QStringList tables = db.Tables();
+    db.Close();
+    tables.sort();
+    const QByteArray names = tables.join(QLatin1Char(' ')).toUtf8();
+    return tables.isEmpty() ? names : names + '\n' + Export(location, scratch);
+}
+
+// A save refused by the database (a shortcut longer than its column) leaves the target of "Save
+// As" as it was, absent or empty included, and the document at its own file; the save that
+// follows with the shortcut mended succeeds. From another type the target is a new campaign,
+// from a campaign a copy of it.
+TEST(CampaignSaveAs, AFailedOneLeavesTheTargetAsItWasAndTheDocumentWhereItWas) {
+    testutil::PostgresServer postgres;
+    ASSERT_TRUE(postgres.Start()) << postgres.Error().toStdString();
+    QTemporaryDir dir;
+    const QString scratch = dir.filePath(QStringLiteral("scratch.txt"));
+    const QString xml = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+    const QString file = dir.filePath(QStringLiteral("source.qew"));
+    ASSERT_EQ(Batch({xml, QStringLiteral("saveas:") + file}).exitCode, 0);
+    const QString server = postgres.CreateDatabase(QStringLiteral("source"));
+    ASSERT_EQ(Batch({file, QStringLiteral("saveas:") + server}).exitCode, 0);
+    // Targets hold another campaign than the sources.
+    const QString other = dir.filePath(QStringLiteral("other.qew"));
+    WriteWithPython(other);
+
+    enum class Target { File, Absent, Server, EmptyServer };
+    const struct {
+        const QString& source;
+        Target target;
+    } cases[] = {
+        {xml, Target::File},         {xml, Target::Absent},  {xml, Target::Server},
+        {file, Target::File},        {file, Target::Absent}, {file, Target::Server},
+        {file, Target::EmptyServer}, {server, Target::File},
+    };
+    int row = 0;
+    for (const auto& c : cases) {
+        const QString name = QStringLiteral("target%1").arg(++row);
+        QString target = dir.filePath(name + QStringLiteral(".qew"));
+        if (c.target == Target::File)
+            ASSERT_TRUE(QFile::copy(other, target));
+        if (c.target == Target::Server || c.target == Target::EmptyServer)
+            target = postgres.CreateDatabase(name);
+        if (c.target == Target::Server)
+            ASSERT_EQ(Batch({other, QStringLiteral("saveas:") + target}).exitCode, 0);
+        const QByteArray before = Snapshot(target, scratch);
+        const QStringList files = QDir(dir.path()).entryList(QDir::Files);
+
+        app::AppContext app;
+        util::RecordedMessages messages;
+        app::QuestionnaireDocument document(app, messages);
+        ASSERT_TRUE(document.OpenSilently(c.source)) << document.LastError().toStdString();
+        QString& shortcut = document.Questionnaire()->GetAdrQuestion(0)->m_shortcut;
+        const QString mended = shortcut;
+        shortcut = QString(51, QLatin1Char('x'));
+        EXPECT_FALSE(document.SaveBatchAs(target)) << row;
+        EXPECT_FALSE(document.LastError().isEmpty()) << row;
+        EXPECT_EQ(document.Path(), c.source) << row;
+        EXPECT_TRUE(Snapshot(target, scratch) == before) << row; // bytes, too many to print
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), files) << row;
+
+        shortcut = mended;
+        ASSERT_TRUE(document.SaveBatchAs(target)) << row << document.LastError().toStdString();
+        EXPECT_EQ(document.Path(), target) << row;
+        EXPECT_EQ(
+            Load(target).FindQuestion(document.Questionnaire()->GetQuestion(0).m_id)->m_shortcut,
+            mended)
+            << row;
+    }
 }
 
 } // namespace
