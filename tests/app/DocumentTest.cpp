@@ -36,30 +36,33 @@ TEST(FileType, FromTheLastThreeLetters) {
 class FakeStore : public questionnaire::QuestionnaireStore {
 public:
     struct Log {
-        std::map<QString, CQuestionnaire> files; // what each path holds
+        // Each save writes a token of its own into the file; what it stands for is kept here, so
+        // that copies and renames of the file carry it.
+        std::map<QByteArray, CQuestionnaire> files;
         QStringList calls;
         bool copiesBeforeSaveAs = false;
-        QString refused; // the file name saves fail for
+        QString refused; // saves fail for files whose name begins with it
+        int saves = 0;
+        const CQuestionnaire* Held(const QString& path) const {
+            const auto it = files.find(testutil::ReadAll(path));
+            return it == files.end() ? nullptr : &it->second;
+        }
     };
     explicit FakeStore(Log& log) : m_log(log) {}
 
     util::Outcome Load(const QString& path, CQuestionnaire& q,
                        const questionnaire::StoreContext&) override {
         m_log.calls.append(QStringLiteral("load ") + QFileInfo(path).fileName());
-        const auto it = m_log.files.find(QFileInfo(path).fileName());
-        if (it == m_log.files.end() || !QFileInfo::exists(path))
+        const CQuestionnaire* held = m_log.Held(path);
+        if (!held)
             return util::Outcome::Failure(QStringLiteral("no such fake file"));
-        q = it->second;
+        q = *held;
         return {};
     }
     util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
                             const questionnaire::StoreContext&) override {
         m_log.calls.append(QStringLiteral("whole ") + QFileInfo(path).fileName());
-        if (QFileInfo(path).fileName() == m_log.refused)
-            return util::Outcome::Failure(QStringLiteral("refused"));
-        m_log.files[QFileInfo(path).fileName()] = q;
-        return testutil::WriteAll(path, "fake") ? util::Outcome()
-                                                : util::Outcome::Failure(QStringLiteral("disk"));
+        return Write(path, q);
     }
     util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
                             questionnaire::SaveParts parts,
@@ -70,14 +73,19 @@ public:
             QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
         if (!QFileInfo::exists(path))
             return util::Outcome::Failure(QStringLiteral("nothing to save into"));
-        if (QFileInfo(path).fileName() == m_log.refused)
-            return util::Outcome::Failure(QStringLiteral("refused"));
-        m_log.files[QFileInfo(path).fileName()] = q;
-        return {};
+        return Write(path, q);
     }
     bool CopiesBeforeSaveAs() const override { return m_log.copiesBeforeSaveAs; }
 
 private:
+    util::Outcome Write(const QString& path, const CQuestionnaire& q) {
+        if (!m_log.refused.isEmpty() && QFileInfo(path).fileName().startsWith(m_log.refused))
+            return util::Outcome::Failure(QStringLiteral("refused"));
+        const QByteArray token = "fake " + QByteArray::number(++m_log.saves);
+        m_log.files[token] = q;
+        return testutil::WriteAll(path, token) ? util::Outcome()
+                                               : util::Outcome::Failure(QStringLiteral("disk"));
+    }
     Log& m_log;
 };
 
@@ -150,15 +158,20 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
         // "Save As" within the type: copied first when the store asks for it.
         log.calls.clear();
         ASSERT_TRUE(document.Save(Path(QStringLiteral("b.fake"))));
-        EXPECT_EQ(log.calls, copies
-                                 ? QStringList{QStringLiteral("parts b.fake %1").arg(interactive)}
-                                 : QStringList{QStringLiteral("whole b.fake")});
-        EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("b.fake"))), QByteArray("fake"));
+        // A copy is saved into beside the target, and put in place once saved.
+        EXPECT_EQ(log.calls,
+                  copies ? QStringList{QStringLiteral("parts b.fake.saving %1").arg(interactive)}
+                         : QStringList{QStringLiteral("whole b.fake")});
+        ASSERT_TRUE(log.Held(Path(QStringLiteral("b.fake"))));
+        EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("b.fake.saving"))));
         // A "Save As" whose save fails leaves the document at its file.
         log.refused = QStringLiteral("c.fake");
         EXPECT_FALSE(document.SaveBatchAs(Path(QStringLiteral("c.fake"))));
         EXPECT_EQ(document.Path(), Path(QStringLiteral("b.fake")));
         EXPECT_EQ(document.LastError(), QStringLiteral("refused"));
+        EXPECT_TRUE(QDir(m_dir.path())
+                        .entryList({QStringLiteral("c.fake*")}, QDir::Files | QDir::Hidden)
+                        .isEmpty());
 
         app::QuestionnaireDocument reopened(m_app, m_messages);
         ASSERT_TRUE(reopened.Open(Path(QStringLiteral("b.fake"))));
@@ -171,7 +184,8 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
         // Back to a type of the program's own, written whole.
         ASSERT_TRUE(reopened.Save(Path(QStringLiteral("back.xml"))));
         EXPECT_EQ(reopened.Type(), qint16(FileType::Xml));
-        EXPECT_EQ(Load(Path(QStringLiteral("back.xml"))), log.files[QStringLiteral("b.fake")]);
+        EXPECT_EQ(Load(Path(QStringLiteral("back.xml"))),
+                  *log.Held(Path(QStringLiteral("b.fake"))));
     }
     EXPECT_TRUE(m_messages.messages.isEmpty());
 }
@@ -204,6 +218,19 @@ TEST_F(DocumentTest, SaveAsRules) {
     // A copy that cannot be made stops the save with its message.
     EXPECT_FALSE(document.Save(Path(QStringLiteral("missing/folder/x.qes"))));
     EXPECT_EQ(m_messages.messages.value(0), QStringLiteral("Cannot save the file"));
+    EXPECT_EQ(document.Path(), copy);
+
+    // A save into the copy that fails leaves the target as it was, and nothing beside it.
+    ASSERT_TRUE(testutil::Sql(copy, {QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON "
+                                                    "question_captions BEGIN SELECT "
+                                                    "RAISE(ABORT, 'refused'); END")}));
+    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman,
+                                QStringLiteral("Neuer"));
+    const QByteArray before = testutil::ReadAll(qes);
+    const QStringList files = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
+    EXPECT_FALSE(document.Save(qes));
+    EXPECT_EQ(testutil::ReadAll(qes), before);
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden), files);
     EXPECT_EQ(document.Path(), copy);
 }
 

@@ -71,6 +71,27 @@ util::Outcome QuestionnaireStore::CopyForSaveAs(const QString& source, const QSt
     return util::Outcome::Failure(QString());
 }
 
+util::Outcome QuestionnaireStore::SaveCopyAs(const QString& source, const QString& target,
+                                             const CQuestionnaire& q,
+                                             questionnaire::SaveParts parts,
+                                             const StoreContext& context) {
+    const QString building = target + QStringLiteral(".saving");
+    const auto discard = [&building] {
+        QFile::remove(building);
+        QFile::remove(building + QStringLiteral("-journal")); // a database's, if one was left
+    };
+    discard();
+    util::Outcome outcome = CopyForSaveAs(source, building);
+    if (outcome)
+        outcome = SaveParts(building, q, parts, context);
+    QString renameError;
+    if (outcome && !util::ReplaceFile(building, target, &renameError))
+        outcome = util::Outcome::Failure(renameError);
+    if (!outcome)
+        discard();
+    return outcome;
+}
+
 StoreRegistry StandardStores() {
     StoreRegistry stores;
     // The dot is deliberately not part of the test: "surveyxml" is an XML file too.

@@ -71,15 +71,11 @@ public:
     // "cannot save" text.
     virtual util::Outcome CopyForSaveAs(const QString& source, const QString& target);
     // "Save As" within the type of a store that copies first: `target` becomes a copy of
-    // `source` with these parts of `q` saved into it. A store that can put the copy in place
-    // only once the save succeeded overrides this; the default copies and then saves in place.
+    // `source` with these parts of `q` saved into it, or stays as it was when that fails. The
+    // default copies beside the target, saves into the copy and renames it over the target.
     virtual util::Outcome SaveCopyAs(const QString& source, const QString& target,
                                      const CQuestionnaire& q, questionnaire::SaveParts parts,
-                                     const StoreContext& context) {
-        if (const util::Outcome copied = CopyForSaveAs(source, target); !copied)
-            return copied;
-        return SaveParts(target, q, parts, context);
-    }
+                                     const StoreContext& context);
 };
 
 // The stores by file type. A type is recognised by the last letters of the path, whatever
