@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QtEndian>
 
@@ -52,6 +53,14 @@ bool ForeignStampProtects(const QString& path, double now) {
     return StampProtects(now, DecodeStamp(file.read(kStampSize)));
 }
 
+// Stamps are written and removed only in a folder of that name, never through a link of that
+// name: a link would have the clean-up and the unpacking work on whatever it points to. The
+// trailing '/' is cut first, or the link would be followed.
+bool IsOwnFolder(const QString& folder) {
+    const QFileInfo info(QDir::cleanPath(folder));
+    return info.isDir() && !info.isSymLink();
+}
+
 } // namespace
 
 QDateTime StampOwner::Now() const {
@@ -79,6 +88,8 @@ QString PrepareWorkingFolder(const StampOwner& owner, const QString& questionnai
 }
 
 void WriteStamp(const StampOwner& owner, const QString& workingFolder) {
+    if (!IsOwnFolder(workingFolder))
+        return;
     // Written beside and renamed into place: another run's clean-up must never catch the stamp
     // empty, which would read as a date long past and let it delete the folder.
     QSaveFile file(workingFolder + StampFileName(owner.stampNumber));
@@ -94,7 +105,7 @@ void WriteStamp(const StampOwner& owner, const QString& workingFolder) {
 
 void CleanWorkingFolder(const StampOwner& owner, const QString& questionnairePath) {
     const QString folder = WorkingFolderOf(questionnairePath);
-    if (folder.isEmpty())
+    if (!IsOwnFolder(folder))
         return;
     const QString ownStamp = StampFileName(owner.stampNumber);
     const double now = util::ToOleDate(owner.Now());
@@ -103,6 +114,10 @@ void CleanWorkingFolder(const StampOwner& owner, const QString& questionnairePat
     QDirIterator it(folder, {QStringLiteral("*.stp")}, QDir::Files | QDir::Hidden | QDir::System);
     while (it.hasNext()) {
         it.next();
+        // Only regular files are stamps: reading a pipe of that name would wait forever.
+        const QFileInfo entry = it.fileInfo();
+        if (!entry.isFile() || entry.isSymLink())
+            continue;
         if (it.fileName().compare(ownStamp, Qt::CaseInsensitive) == 0)
             QFile::remove(it.filePath());
         else if (ForeignStampProtects(it.filePath(), now))

@@ -24,17 +24,20 @@ QString WorkingFolderOf(const QString& questionnairePath);
 QString StampFileName(qint32 stampNumber);
 
 // Creates the working folder if needed and stamps it for this run. Returns the folder, or "" for
-// a path without a dot (nothing is created then). Failures are passed over: the reader of the
-// package reports a folder it cannot use.
+// a path without a dot (nothing is created then). Failures are passed over, and so is a link or
+// anything else in the folder's place, which is not stamped: the reader of the package reports a
+// folder it cannot use.
 QString PrepareWorkingFolder(const StampOwner& owner, const QString& questionnairePath);
 
 // Writes this run's stamp, the current local time as a little-endian OLE date, into
-// `workingFolder` (which ends in '/'). A stamp that cannot be written is passed over.
+// `workingFolder` (which ends in '/'). A stamp that cannot be written is passed over, as is a
+// working folder that is a link: nothing is written through it.
 void WriteStamp(const StampOwner& owner, const QString& workingFolder);
 
 // Removes this run's stamp and then the whole working folder, unless another run stamped it
 // less than three hours ago: such a stamp ends the clean-up at once and leaves everything else.
-// Nothing is reported.
+// Only regular files count as stamps. A working folder that is a link is left alone. Nothing is
+// reported.
 void CleanWorkingFolder(const StampOwner& owner, const QString& questionnairePath);
 
 } // namespace exchange

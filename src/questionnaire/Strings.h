@@ -27,6 +27,9 @@ inline constexpr char kWorkingFolderGivenUnpackPackage[] = QT_TRANSLATE_NOOP(
     "questionnaire", "No working folder was given to unpack the package '%1' into.");
 inline constexpr char kWorkingFolderDoesExist[] =
     QT_TRANSLATE_NOOP("questionnaire", "The working folder '%1' does not exist.");
+inline constexpr char kWorkingFolderSymbolicLink[] = QT_TRANSLATE_NOOP(
+    "questionnaire", "The working folder '%1' is a symbolic link, and nothing is unpacked "
+                     "through links.");
 inline constexpr char kPackageHoldsCannotRead[] =
     QT_TRANSLATE_NOOP("questionnaire", "The package '%1' holds a %2 that cannot be read: %3");
 inline constexpr char kCannotSavePackage[] =

@@ -22,22 +22,50 @@ namespace util {
 
 namespace {
 
-constexpr QFileDevice::Permissions kOwnerFull = QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                QFileDevice::ExeOwner | QFileDevice::ReadUser |
-                                                QFileDevice::WriteUser | QFileDevice::ExeUser;
+constexpr QFileDevice::Permissions kOwnerFull =
+    QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+// What this process may do, not part of the mode: set, they would change the owner's bits.
+constexpr QFileDevice::Permissions kProcessFlags =
+    QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser;
 
-// A read-only file resists deletion on some systems; lift the flag and try once more.
+QFileDevice::Permissions ModeOf(const QString& path) {
+    return QFile::permissions(path) & ~kProcessFlags;
+}
+
+// A read-only file resists deletion on some systems; lift the flag and try once more, putting it
+// back if that did not help. Never for a link: removing one never needs its target's permissions,
+// and setting them would change the target.
 bool RemoveFile(const QString& path) {
     if (QFile::remove(path))
         return true;
-    QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::WriteOwner |
-                                    QFileDevice::WriteUser);
-    return QFile::remove(path);
+    if (QFileInfo(path).isSymLink())
+        return false;
+    const QFileDevice::Permissions mode = ModeOf(path);
+    if ((mode & QFileDevice::WriteOwner) ||
+        !QFile::setPermissions(path, mode | QFileDevice::WriteOwner))
+        return false;
+    if (QFile::remove(path))
+        return true;
+    QFile::setPermissions(path, mode);
+    return false;
+}
+
+bool RemoveContents(const QString& folder);
+
+// A folder with everything in it. A folder we may not list or write into could not be emptied
+// otherwise, so it is opened up first, and left as it was if it stays.
+bool RemoveFolder(const QString& folder) {
+    const QFileDevice::Permissions mode = ModeOf(folder);
+    const bool opened =
+        (mode & kOwnerFull) != kOwnerFull && QFile::setPermissions(folder, mode | kOwnerFull);
+    if (RemoveContents(folder) && QDir().rmdir(folder))
+        return true;
+    if (opened)
+        QFile::setPermissions(folder, mode);
+    return false;
 }
 
 bool RemoveContents(const QString& folder) {
-    // A folder we may not list or write into could not be emptied otherwise.
-    QFile::setPermissions(folder, QFile::permissions(folder) | kOwnerFull);
     bool ok = true;
     QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     while (it.hasNext()) {
@@ -45,7 +73,7 @@ bool RemoveContents(const QString& folder) {
         const QFileInfo entry = it.fileInfo();
         const QString path = entry.filePath();
         if (entry.isDir() && !entry.isSymLink())
-            ok = RemoveContents(path) && QDir().rmdir(path) && ok;
+            ok = RemoveFolder(path) && ok;
         else
             ok = RemoveFile(path) && ok;
     }
@@ -61,9 +89,7 @@ bool DeleteFolder(const QString& folder) {
     const QFileInfo info(path);
     if (!info.isDir() || info.isSymLink())
         return false;
-    if (!RemoveContents(path))
-        return false;
-    return QDir().rmdir(path) && !QFileInfo::exists(path);
+    return RemoveFolder(path) && !QFileInfo::exists(path);
 }
 
 bool ReplaceFile(const QString& from, const QString& to, QString* error) {

@@ -7,9 +7,10 @@
 namespace util {
 
 // Removes a folder with everything in it, read-only files and subfolders included, without
-// asking anyone. Links inside are removed, never followed. True only when the folder is gone;
-// false for a folder that does not exist, for a link to a folder, and when anything inside
-// resisted (the folder is then left in place with whatever remains).
+// asking anyone. Links inside are removed, never followed, and what they point to keeps its
+// permissions. True only when the folder is gone; false for a folder that does not exist, for a
+// link to a folder, and when anything inside resisted (the folder is then left in place with
+// whatever remains, and what remains keeps the permissions it had).
 bool DeleteFolder(const QString& folder);
 
 // Renames `from` over `to` in one step, replacing an existing `to`: a reader sees either the old

@@ -11,7 +11,16 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <chrono>
+#include <functional>
+#include <future>
 #include <optional>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 using exchange::StampOwner;
 
@@ -160,9 +169,68 @@ TEST_F(WorkingFolderTest, OwnStampAloneLetsTheWholeFolderGo) {
     // A stamp that cannot be read protects nothing.
     ASSERT_TRUE(QFile::link(m_dir.filePath(QStringLiteral("nowhere")),
                             m_folder + QStringLiteral("broken.stp")));
+    // Only regular files are stamps: opening a pipe would wait for a writer forever. Should the
+    // clean-up wait all the same, a writer that comes and goes lets it go on.
+    const QByteArray pipe = QFile::encodeName(m_folder + QStringLiteral("pipe.stp"));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
 #endif
-    exchange::CleanWorkingFolder(Owner(123, kNoon.addSecs(60)), m_path);
+    auto cleaning = std::async(std::launch::async, [this] {
+        exchange::CleanWorkingFolder(Owner(123, kNoon.addSecs(60)), m_path);
+    });
+#ifdef Q_OS_UNIX
+    if (cleaning.wait_for(std::chrono::seconds(10)) == std::future_status::timeout) {
+        ADD_FAILURE() << "the clean-up waited on a pipe";
+        ::close(::open(pipe.constData(), O_WRONLY | O_NONBLOCK));
+    }
+#endif
+    cleaning.wait();
     EXPECT_FALSE(FolderExists());
+}
+
+// Nothing but a folder of that name is stamped or cleaned: a link would lead both into whatever
+// it points to. The folders above it are the user's, links or not.
+TEST_F(WorkingFolderTest, OnlyAFolderOfItsOwnIsStampedOrCleaned) {
+    const QString victim = m_dir.filePath(QStringLiteral("victim"));
+    ASSERT_TRUE(QDir().mkpath(victim + QStringLiteral("/sub")));
+    ASSERT_TRUE(testutil::WriteAll(victim + QStringLiteral("/keep.txt"), "keep"));
+    ASSERT_TRUE(testutil::WriteAll(victim + QStringLiteral("/stamp7.stp"), "not a stamp"));
+    const QString place = QDir::cleanPath(m_folder);
+    const auto victimTree = [&victim] {
+        QStringList names;
+        QDirIterator it(victim, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext())
+            names.append(it.next());
+        names.sort();
+        return names;
+    };
+    const QStringList before = victimTree();
+    const struct {
+        const char* label;
+        std::function<bool()> make;
+    } cases[] = {
+        {"link to a folder", [&] { return QFile::link(victim, place); }},
+        {"file", [&] { return testutil::WriteAll(place, "file"); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
+        ASSERT_TRUE(c.make());
+        EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(7, kNoon), m_path), m_folder);
+        exchange::CleanWorkingFolder(Owner(7, kNoon.addDays(1)), m_path);
+        EXPECT_EQ(victimTree(), before);
+        EXPECT_EQ(testutil::ReadAll(victim + QStringLiteral("/stamp7.stp")), "not a stamp");
+        EXPECT_TRUE(QFileInfo(place).isSymLink() || testutil::ReadAll(place) == "file");
+        ASSERT_TRUE(QFile::remove(place));
+    }
+
+    const QString real = m_dir.filePath(QStringLiteral("real"));
+    ASSERT_TRUE(QDir().mkdir(real));
+    ASSERT_TRUE(QFile::link(real, m_dir.filePath(QStringLiteral("parent"))));
+    const QString path = m_dir.filePath(QStringLiteral("parent/survey.qex"));
+    ASSERT_FALSE(exchange::PrepareWorkingFolder(Owner(7, kNoon), path).isEmpty());
+    EXPECT_TRUE(QFileInfo::exists(real + QStringLiteral("/survey.tmp/stamp7.stp")));
+    exchange::CleanWorkingFolder(Owner(7, kNoon), path);
+    EXPECT_FALSE(QFileInfo::exists(real + QStringLiteral("/survey.tmp")));
 }
 
 // The stamps in the order the file system lists them, which is the order the clean-up meets them.

@@ -174,7 +174,7 @@ protected:
     void ExpectOutsideUntouched() const {
         EXPECT_EQ(Tree(Outside()), QStringList{QStringLiteral("sentinel.txt")});
         EXPECT_EQ(testutil::ReadAll(Outside() + QStringLiteral("/sentinel.txt")), "mine");
-        const QStringList own = {"work", "outside", "second", "extra"};
+        const QStringList own = {"work", "outside", "second", "extra", "linked"};
         for (const QString& name :
              QDir(m_root.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
             EXPECT_TRUE(own.contains(name) || name.endsWith(QLatin1String(".qex")))
@@ -378,6 +378,9 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     Put(Work() + QStringLiteral("run1.stp"), "stamp");
     ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("media.stp")));
     const QStringList kept = {QStringLiteral("media.stp"), QStringLiteral("run1.stp")};
+    // A working folder that is itself a link: unpacking would empty what it points to.
+    const QString linked = Path(QStringLiteral("linked"));
+    ASSERT_TRUE(QFile::link(Outside(), linked));
     const QByteArray xml = SampleXml();
     const QString good = WritePackage(RawZip({{"questionnaire.xml", xml}}));
     const struct {
@@ -389,6 +392,7 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     } cases[] = {
         {good, QString(), "No working folder", {}, kept},
         {good, Path(QStringLiteral("missing/")), "does not exist", {}, kept},
+        {good, linked + QLatin1Char('/'), "is a symbolic link", linked, kept},
         {Path(QStringLiteral("missing.qex")), Work(), "does not exist", {}, kept},
         {WritePackage("PK\x03\x04 but no archive", "junk.qex"),
          Work(),

@@ -7,11 +7,13 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <optional>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -79,6 +81,42 @@ TEST_F(FileSystemTest, DeleteFolderRemovesEverythingInsideWithoutFollowingLinks)
     EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("victim"))));
     EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("outside/kept.txt"))), "kept");
     EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("outside/folder/kept.txt"))), "kept");
+}
+
+// What could not be removed keeps its permissions, and a link's target never has its changed:
+// "mine" is this user's, but the folder inside is another's, so neither can go.
+TEST_F(FileSystemTest, DeleteFolderThatFailsLeavesEveryPermissionAsItWas) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs root to make a folder this user may not change";
+    ASSERT_TRUE(QFile::setPermissions(m_dir.path(), QFileDevice::Permissions(0x7777)));
+    const QString mine = Path(QStringLiteral("mine"));
+    const QString target = Path(QStringLiteral("target.txt"));
+    {
+        Unprivileged user;
+        ASSERT_TRUE(user.Ok()) << "cannot run as an unprivileged user";
+        ASSERT_TRUE(QDir().mkdir(mine));
+        ASSERT_TRUE(testutil::WriteAll(target, "target"));
+        ASSERT_TRUE(QFile::setPermissions(target, kReadOnlyFile));
+    }
+    ASSERT_TRUE(QDir().mkdir(mine + QStringLiteral("/theirs")));
+    ASSERT_TRUE(QFile::link(target, mine + QStringLiteral("/theirs/link")));
+    // A change put back at once still shows in the target's status change time, given a clock
+    // that has moved on since it was made.
+    const QDateTime changed = QFileInfo(target).metadataChangeTime();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    bool deleted = true;
+    {
+        Unprivileged user;
+        ASSERT_TRUE(user.Ok()) << "cannot run as an unprivileged user";
+        ASSERT_TRUE(QFile::setPermissions(mine, kReadOnlyFolder));
+        deleted = util::DeleteFolder(mine);
+    }
+    EXPECT_FALSE(deleted);
+    EXPECT_TRUE(QFileInfo(mine + QStringLiteral("/theirs/link")).isSymLink());
+    EXPECT_EQ(Mode(target), kReadOnlyFile);
+    EXPECT_EQ(QFileInfo(target).metadataChangeTime(), changed);
+    EXPECT_EQ(testutil::ReadAll(target), "target");
+    EXPECT_EQ(Mode(mine), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
 }
 
 TEST_F(FileSystemTest, ReplaceFileSwapsContentsOrReportsWhy) {

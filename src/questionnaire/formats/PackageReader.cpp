@@ -107,7 +107,20 @@ bool PackageReader::Fail(const QString& text) {
     return false;
 }
 
+// The folder's own name, not where a link of that name leads: emptying through a link would
+// empty whatever it points to.
+bool PackageReader::CheckFolder() {
+    const QFileInfo info(m_folder);
+    if (info.isSymLink())
+        return Fail(Tr(strings::kWorkingFolderSymbolicLink).arg(m_folder));
+    if (!info.isDir())
+        return Fail(Tr(strings::kWorkingFolderDoesExist).arg(m_folder));
+    return true;
+}
+
 bool PackageReader::Open() {
+    if (!CheckFolder())
+        return false;
     if (!QFileInfo(m_path).isFile())
         return Fail(Tr(strings::kPackageDoesExist).arg(m_path));
     int code = ZIP_ER_OK;
@@ -217,6 +230,8 @@ bool PackageReader::CheckLayout() {
 }
 
 bool PackageReader::Unpack(util::Progress* progress) {
+    if (!CheckFolder()) // again: it may have been replaced since Open
+        return false;
     QString failed;
     if (!EmptyFolder(m_folder, failed)) {
         return Fail(Tr(strings::kCannotEmptyWorkingFolder).arg(m_folder, failed));

@@ -19,7 +19,8 @@ namespace questionnaire::package {
 
 // Unpacks one package into a working folder: Open, then CheckEntries, which writes nothing and
 // refuses a package that is damaged, hostile or absurdly large, then Unpack, which never writes
-// outside the folder nor through a link.
+// outside the folder nor through a link. Open and Unpack refuse a working folder that is itself a
+// link.
 class PackageReader {
 public:
     PackageReader(const QString& path, const QString& folder) : m_path(path), m_folder(folder) {}
@@ -42,6 +43,8 @@ private:
 
     bool Refuse(const QString& what, const QString& entry);
     bool Fail(const QString& text);
+    // Refuses a working folder that is missing, a link or no folder at all.
+    bool CheckFolder();
     bool CheckEntry(quint64 index, quint64& total);
     bool CheckData(const struct zip_stat& st, const QString& name, quint64& total);
     bool CopyData(zip_file* source, QFile& target, const Entry& entry);
