@@ -307,6 +307,8 @@ Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
     if (const Outcome loaded = LoadCampaign(location, campaign); !loaded)
         return loaded;
     q.SetName(campaign.m_name);
+    // A campaign keeps no instructions or comments: offered, their translations would be lost.
+    q.SetAllowingInstructionAndComment(false);
     removed.clear();
     qint32 defaultLanguage = 0;
     bool hasDefault = false;

@@ -107,7 +107,8 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
     q.PrepareLinks();
     EXPECT_EQ(q.GetName(), QStringLiteral("Household panel"));
     ASSERT_EQ(q.GetLanguageCount(), 2);
-    EXPECT_EQ(q.GetDefaultLanguage(), kFrench); // the later of the two flagged
+    EXPECT_EQ(q.GetDefaultLanguage(), kFrench);        // the later of the two flagged
+    EXPECT_FALSE(q.IsAllowingInstructionAndComment()); // a campaign keeps none
     ASSERT_EQ(q.GetNbreQuestion(), 1);
     CQuestion& question = *q.GetAdrQuestion(0);
     EXPECT_EQ(question.m_id, 10);
