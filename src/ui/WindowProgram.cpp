@@ -5,12 +5,33 @@
 #include "ui/Translations.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLibraryInfo>
 
 #ifdef TRANSLATOR_HAVE_X11
 #include <X11/Xlib.h>
 #endif
 
 namespace ui {
+
+namespace {
+
+bool WaylandReachable() {
+    const QString name = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (name.isEmpty())
+        return false;
+    const QString socket = QDir::isAbsolutePath(name)
+                               ? name
+                               : qEnvironmentVariable("XDG_RUNTIME_DIR") + QLatin1Char('/') + name;
+    if (!QFileInfo::exists(socket))
+        return false;
+    const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) +
+                       QStringLiteral("/platforms"));
+    return !plugins.entryList({QStringLiteral("*qwayland*")}, QDir::Files).isEmpty();
+}
+
+} // namespace
 
 bool DisplayReachable(const QStringList& arguments, QString& why) {
 #if !defined(Q_OS_UNIX) || defined(Q_OS_MACOS)
@@ -21,16 +42,15 @@ bool DisplayReachable(const QStringList& arguments, QString& why) {
 #else
     // A platform chosen on the command line is the user's choice, left to the application.
     for (const QString& argument : arguments.mid(1))
-        if (argument == QLatin1String("-platform") || argument == QLatin1String("--platform") ||
-            argument.startsWith(QLatin1String("-platform=")) ||
-            argument.startsWith(QLatin1String("--platform=")))
+        if (argument == QLatin1String("-platform") || argument == QLatin1String("--platform"))
             return true;
     const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
     // Platforms other than X draw somewhere of their own (offscreen, VNC, a frame buffer).
     if (!platform.isEmpty() && !platform.startsWith(QLatin1String("xcb")))
         return true;
-    // A Wayland session: the application connects to it, or falls back to X by itself.
-    if (platform.isEmpty() && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    // A Wayland session the application can draw in: its socket is there, and so is the
+    // platform plugin that speaks to it. A stale variable alone would make Qt abort.
+    if (platform.isEmpty() && WaylandReachable())
         return true;
     const QByteArray display = qgetenv("DISPLAY");
     if (display.isEmpty()) {

@@ -24,6 +24,10 @@ env -u DISPLAY "$translator" "$file" >"$dir/none.out" 2>"$dir/none.err"
 status=$?
 [ "$status" -eq 3 ] || { echo "without a display: status $status, not 3"; cat "$dir/none.err"; exit 1; }
 grep -q "no display" "$dir/none.err" || { echo "without a display: no message"; cat "$dir/none.err"; exit 1; }
+# A Wayland variable left over from elsewhere, with no server behind it, is no display either.
+env -u DISPLAY WAYLAND_DISPLAY=gone-away "$translator" "$file" >"$dir/stale.out" 2>"$dir/stale.err"
+status=$?
+[ "$status" -eq 3 ] || { echo "with a stale Wayland variable: status $status, not 3"; cat "$dir/stale.err"; exit 1; }
 
 # A real X server.
 Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$dir/display" 2>"$dir/xvfb.err" &
