@@ -9,6 +9,8 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
 
 #include <algorithm>
 
@@ -75,12 +77,17 @@ util::Outcome QuestionnaireStore::SaveCopyAs(const QString& source, const QStrin
                                              const CQuestionnaire& q,
                                              questionnaire::SaveParts parts,
                                              const StoreContext& context) {
-    const QString building = target + QStringLiteral(".saving");
+    // A name of its own beside the target, which no other save and no file of the user's has.
+    QTemporaryFile reserved(QFileInfo(target).absolutePath() + QStringLiteral("/.save-XXXXXX.tmp"));
+    reserved.setAutoRemove(false);
+    if (!reserved.open())
+        return util::Outcome::Failure(QString()); // the caller's "cannot save" says it
+    const QString building = reserved.fileName();
+    reserved.close();
     const auto discard = [&building] {
         QFile::remove(building);
         QFile::remove(building + QStringLiteral("-journal")); // a database's, if one was left
     };
-    discard();
     util::Outcome outcome = CopyForSaveAs(source, building);
     if (outcome)
         outcome = SaveParts(building, q, parts, context);
