@@ -92,7 +92,9 @@ Outcome DropTables(const Schema& schema, Connection& db) {
     return {};
 }
 
-QString TemporaryName(const QString& path) {
+} // namespace
+
+QString TemporaryDatabaseName(const QString& path) {
     static QAtomicInt counter;
     return QStringLiteral("%1.new-%2-%3")
         .arg(path)
@@ -104,8 +106,6 @@ void RemoveDatabaseFile(const QString& path) {
     QFile::remove(path);
     QFile::remove(path + QLatin1String("-journal"));
 }
-
-} // namespace
 
 QString ZeroLengthCheck(const QString& column, const Connection& db) {
     return QStringLiteral("CHECK (%1 <> '')").arg(db.Quote(column));
@@ -232,7 +232,7 @@ Outcome CreateDatabase(const QString& location, const Schema& schema) {
         if (outcome)
             outcome = CreateDatabase(db, schema);
     } else {
-        const QString temporary = TemporaryName(location);
+        const QString temporary = TemporaryDatabaseName(location);
         RemoveDatabaseFile(temporary);
         {
             Connection db;

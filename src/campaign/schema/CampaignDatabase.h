@@ -57,6 +57,11 @@ QString AddRelationStatement(const Relation& relation, const util::sql::Connecti
 // column, or a table twice, is refused before anything is changed.
 util::Outcome CreateDatabase(util::sql::Connection& db, const Schema& schema = CampaignSchema());
 
+// A name beside the database file `path`, of this process's own, for a database built to replace
+// it; and the removal of such a file with its journal.
+QString TemporaryDatabaseName(const QString& path);
+void RemoveDatabaseFile(const QString& path);
+
 // Creates a new campaign database at `location`: a file, which is built beside it and renamed
 // over any file there, so that a failure leaves the old file; or a postgresql:// URI.
 util::Outcome CreateDatabase(const QString& location, const Schema& schema = CampaignSchema());

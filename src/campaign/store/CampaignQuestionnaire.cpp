@@ -9,7 +9,6 @@
 #include "util/FileSystem.h"
 #include "util/SqlConnection.h"
 
-#include <QAtomicInt>
 #include <QCoreApplication>
 #include <QFile>
 
@@ -238,20 +237,6 @@ Outcome WriteQuestionnaire(Connection& db, const CQuestionnaire& q, const vw::CC
     return {};
 }
 
-// A name beside `location` for the database built to replace it.
-QString BuildingName(const QString& location) {
-    static QAtomicInt counter;
-    return QStringLiteral("%1.saving-%2-%3")
-        .arg(location)
-        .arg(QCoreApplication::applicationPid())
-        .arg(counter.fetchAndAddRelaxed(1));
-}
-
-void RemoveDatabaseFile(const QString& path) {
-    QFile::remove(path);
-    QFile::remove(path + QLatin1String("-journal"));
-}
-
 Outcome CreateSchema(Connection& db, const QString& location) {
     const Outcome created = CreateDatabase(db);
     if (created)
@@ -279,7 +264,7 @@ Outcome BuildCampaign(const QString& location, const QString& copyOf,
             return filled;
         return transaction.Commit();
     }
-    const QString building = BuildingName(location);
+    const QString building = TemporaryDatabaseName(location);
     RemoveDatabaseFile(building);
     // A copy that cannot be made has no reason of its own: the caller's "cannot save" says it.
     Outcome outcome =

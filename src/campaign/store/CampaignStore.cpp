@@ -91,6 +91,11 @@ public:
 
     qint32 Long(const char* column) const { return Value(column).toInt(); }
     bool YesNo(const char* column) const { return Value(column).toBool(); }
+    // A Yes/No column the table may lack: `absent` when it does.
+    bool YesNo(const char* column, bool absent) const {
+        const QVariant value = Value(column);
+        return value.isValid() ? value.toBool() : absent;
+    }
     double Double(const char* column) const { return Value(column).toDouble(); }
     QString Text(const char* column) const { return Value(column).toString(); }
     double Date(const char* column) const {
@@ -279,43 +284,41 @@ Outcome ReadQuestionClasses(Connection& db, CCampaign& campaign) {
 }
 
 Outcome ReadQuestions(Connection& db, CCampaign& campaign) {
-    return ReadRows(
-        db, op::kReadQuestions, "Questions", Columns({"Order"}), [&](const RowReader& row) {
-            auto question = std::make_unique<CQuestion>();
-            question->m_questionID = row.Long("QuestionID");
-            question->m_isDeleted = row.YesNo("IsDeleted");
-            question->m_order = row.Long("Order");
-            question->m_shortcut = row.Text("Shortcut");
-            question->m_indent = row.Long("Indent");
-            question->m_elementType = row.Long("ElementType");
-            question->m_questionType = row.Long("QuestionType");
-            question->m_isDontKnow = row.YesNo("IsDontKnow");
-            question->m_isSemiOpen = row.YesNo("IsSemiOpen");
-            question->m_isScale = row.YesNo("IsScale");
-            question->m_isMultiple = row.YesNo("IsMultiple");
-            question->m_isRanked = row.YesNo("IsRanked");
-            question->m_maxResponseCount = row.Long("MaxResponseCount");
-            question->m_decimals = row.Long("Decimals");
-            question->m_minValue = row.Double("MinValue");
-            question->m_maxValue = row.Double("MaxValue");
-            question->m_isLevelLink = row.YesNo("IsLevelLink");
-            question->m_linkQuestionID = row.Long("LinkQuestionID");
-            question->m_isProbabilityQuestion = row.YesNo("IsProbabilityQuestion");
-            question->m_dateType = row.Long("DateType");
-            question->m_questionClassID = row.Long("QuestionClassID");
-            question->m_versions = row.Text("Versions");
-            question->m_userData = row.Text("UserData");
-            // A file older than these two columns gets them filled with true when
-            // it is migrated: a question read from it holds what it will hold.
-            question->m_isDevelopLevels =
-                IsOlderThan(campaign.m_versionNumber, "5.2.1.1") || row.YesNo("IsDevelopLevels");
-            question->m_appearanceVolumeID = row.Long("AppearanceVolumeID");
-            question->m_deletionWaveID = row.Long("DeletionWaveID");
-            question->m_isVisibleInAnalyse =
-                IsOlderThan(campaign.m_versionNumber, "5.3.1.0") || row.YesNo("IsVisibleInAnalyse");
-            question->m_tags = row.Text("Tags");
-            campaign.AddQuestion(std::move(question));
-        });
+    return ReadRows(db, op::kReadQuestions, "Questions", Columns({"Order"}),
+                    [&](const RowReader& row) {
+                        auto question = std::make_unique<CQuestion>();
+                        question->m_questionID = row.Long("QuestionID");
+                        question->m_isDeleted = row.YesNo("IsDeleted");
+                        question->m_order = row.Long("Order");
+                        question->m_shortcut = row.Text("Shortcut");
+                        question->m_indent = row.Long("Indent");
+                        question->m_elementType = row.Long("ElementType");
+                        question->m_questionType = row.Long("QuestionType");
+                        question->m_isDontKnow = row.YesNo("IsDontKnow");
+                        question->m_isSemiOpen = row.YesNo("IsSemiOpen");
+                        question->m_isScale = row.YesNo("IsScale");
+                        question->m_isMultiple = row.YesNo("IsMultiple");
+                        question->m_isRanked = row.YesNo("IsRanked");
+                        question->m_maxResponseCount = row.Long("MaxResponseCount");
+                        question->m_decimals = row.Long("Decimals");
+                        question->m_minValue = row.Double("MinValue");
+                        question->m_maxValue = row.Double("MaxValue");
+                        question->m_isLevelLink = row.YesNo("IsLevelLink");
+                        question->m_linkQuestionID = row.Long("LinkQuestionID");
+                        question->m_isProbabilityQuestion = row.YesNo("IsProbabilityQuestion");
+                        question->m_dateType = row.Long("DateType");
+                        question->m_questionClassID = row.Long("QuestionClassID");
+                        question->m_versions = row.Text("Versions");
+                        question->m_userData = row.Text("UserData");
+                        // A file without these two columns gets them filled with true when it is
+                        // migrated: a question read from it holds what it will hold.
+                        question->m_isDevelopLevels = row.YesNo("IsDevelopLevels", true);
+                        question->m_appearanceVolumeID = row.Long("AppearanceVolumeID");
+                        question->m_deletionWaveID = row.Long("DeletionWaveID");
+                        question->m_isVisibleInAnalyse = row.YesNo("IsVisibleInAnalyse", true);
+                        question->m_tags = row.Text("Tags");
+                        campaign.AddQuestion(std::move(question));
+                    });
 }
 
 Outcome ReadQuestionCaptions(Connection& db, CCampaign& campaign) {

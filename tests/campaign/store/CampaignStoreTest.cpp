@@ -426,34 +426,42 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         bool ancestorValues;
         bool caseSensitive;
         bool noNewQuestions; // with the reconciliation ids
-        // Question flags the migration adding them fills with true, whatever the file holds.
-        bool developLevels, visibleInAnalyse;
     } gates[] = {
-        {"5.6.1.0", true, true, true, true, false, false},
-        {"5,5,2,4", true, true, true, true, false, false},
-        {"5.5.2.3", false, true, true, true, false, false},
-        {"5.3.0.0", false, true, true, true, false, true},
-        {"5.2.3.8", false, true, true, false, false, true},
-        {"5.2.0.0", false, true, true, false, true, true},
-        {"5.1.9.4", false, true, false, false, true, true},
-        {"5.1.6.15", false, true, false, false, true, true},
-        {"5.1.6.14", false, false, false, false, true, true},
-        {"", false, false, false, false, true, true},
+        {"5.6.1.0", true, true, true, true},      {"5,5,2,4", true, true, true, true},
+        {"5.5.2.3", false, true, true, true},     {"5.3.0.0", false, true, true, true},
+        {"5.2.3.8", false, true, true, false},    {"5.2.0.0", false, true, true, false},
+        {"5.1.9.4", false, true, false, false},   {"5.1.6.15", false, true, false, false},
+        {"5.1.6.14", false, false, false, false}, {"", false, false, false, false},
     };
+    // Question flags a file lacks hold true, as the migration adding their columns fills them;
+    // present, they are read as they are.
+    for (const bool dropped : {false, true}) {
+        const auto c = BuildCampaign();
+        for (const auto& question : c->Questions())
+            question->m_isDevelopLevels = question->m_isVisibleInAnalyse = false;
+        Save(*c);
+        if (dropped) {
+            ASSERT_TRUE(testutil::Sql(
+                m_location,
+                {QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""),
+                 QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\"")}));
+        }
+        CCampaign loaded;
+        ASSERT_TRUE(LoadCampaign(m_location, loaded));
+        for (const auto& question : loaded.Questions()) {
+            EXPECT_EQ(question->m_isDevelopLevels, dropped);
+            EXPECT_EQ(question->m_isVisibleInAnalyse, dropped);
+        }
+    }
+    ASSERT_TRUE(campaign::CreateDatabase(m_location)); // the columns back
     for (const auto& gate : gates) {
         SCOPED_TRACE(gate.version);
         const auto c = BuildCampaign();
         c->m_versionNumber = QString::fromLatin1(gate.version);
-        for (const auto& question : c->Questions())
-            question->m_isDevelopLevels = question->m_isVisibleInAnalyse = false;
         Save(*c);
         CCampaign loaded;
         ASSERT_TRUE(LoadCampaign(m_location, loaded));
         EXPECT_EQ(loaded.Tags().size(), gate.tags ? 2u : 0u);
-        for (const auto& question : loaded.Questions()) {
-            EXPECT_EQ(question->m_isDevelopLevels, gate.developLevels);
-            EXPECT_EQ(question->m_isVisibleInAnalyse, gate.visibleInAnalyse);
-        }
         ASSERT_EQ(loaded.Volumes().size(), 3u);
         for (const auto& volume : loaded.Volumes()) {
             EXPECT_EQ(volume->m_matchUsingAncestorValues, gate.ancestorValues);
