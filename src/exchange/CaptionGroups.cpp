@@ -26,6 +26,7 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
     size_t hint = 0;
     const size_t count = m_texts.size();
     for (size_t k = 0; k < count; ++k) {
+#if defined(__GNUC__) || defined(__clang__)
         if (k + kEntryAhead < count && m_texts[k + kEntryAhead]) {
             const auto& entries = m_texts[k + kEntryAhead]->Entries();
             if (hint < entries.size())
@@ -36,6 +37,7 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
             if (hint < entries.size())
                 __builtin_prefetch(entries[hint].second.constData());
         }
+#endif
         const CLocalisedText* texts = m_texts[k];
         Group& group = m_byText[texts ? texts->Get(reference, hint) : Text(qsizetype(k))];
         group.captions.append(qsizetype(k));

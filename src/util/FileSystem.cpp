@@ -194,12 +194,9 @@ bool ReplacingFile::Open() {
         return Fail(Tr(strings::kFileNotWritable).arg(shown));
     if (!m_file.open())
         return Fail(m_file.errorString());
-    // The *User flags say what this process may do, not the mode: copied, they would make a
-    // read-only file writable again when root saves it.
-    constexpr QFileDevice::Permissions kProcessFlags =
-        QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser;
-    m_file.setPermissions(existing.exists() ? existing.permissions() & ~kProcessFlags
-                                            : NewFilePermissions());
+    // The mode alone: the process's own flags would make a read-only file writable again when
+    // root saves it.
+    m_file.setPermissions(existing.exists() ? ModeOf(m_target) : NewFilePermissions());
     return true;
 }
 

@@ -122,19 +122,23 @@ QString WriteTmxWithToolkit(const QString& path) {
 Unprivileged::Unprivileged() {
     if (::geteuid() != 0)
         return;
+#ifdef __linux__
     m_dropped = ::setresgid(65534, 65534, 0) == 0;
     if (m_dropped && ::setresuid(65534, 65534, 0) != 0) {
         (void)::setresgid(0, 0, 0);
         m_dropped = false;
     }
+#endif
     m_ok = m_dropped;
 }
 
 Unprivileged::~Unprivileged() {
+#ifdef __linux__
     if (m_dropped) {
         (void)::setresuid(0, 0, 0);
         (void)::setresgid(0, 0, 0);
     }
+#endif
 }
 
 } // namespace testutil
