@@ -92,8 +92,6 @@ Outcome DropTables(const Schema& schema, Connection& db) {
     return {};
 }
 
-} // namespace
-
 QString TemporaryDatabaseName(const QString& path) {
     static QAtomicInt counter;
     return QStringLiteral("%1.new-%2-%3")
@@ -105,6 +103,25 @@ QString TemporaryDatabaseName(const QString& path) {
 void RemoveDatabaseFile(const QString& path) {
     QFile::remove(path);
     QFile::remove(path + QLatin1String("-journal"));
+}
+
+} // namespace
+
+Outcome ReplaceDatabaseFile(const QString& location, const QString& copyOf,
+                            const std::function<Outcome(const QString& building)>& build) {
+    const QString building = TemporaryDatabaseName(location);
+    RemoveDatabaseFile(building);
+    // A copy that cannot be made has no reason of its own: the caller's "cannot save" says it.
+    Outcome outcome =
+        copyOf.isEmpty() || QFile::copy(copyOf, building) ? Outcome() : Outcome::Failure(QString());
+    if (outcome)
+        outcome = build(building);
+    QString renameError;
+    if (outcome && !util::ReplaceFile(building, location, &renameError))
+        outcome = Outcome::Failure(renameError);
+    if (!outcome)
+        RemoveDatabaseFile(building);
+    return outcome;
 }
 
 QString ZeroLengthCheck(const QString& column, const Connection& db) {
@@ -232,19 +249,11 @@ Outcome CreateDatabase(const QString& location, const Schema& schema) {
         if (outcome)
             outcome = CreateDatabase(db, schema);
     } else {
-        const QString temporary = TemporaryDatabaseName(location);
-        RemoveDatabaseFile(temporary);
-        {
+        outcome = ReplaceDatabaseFile(location, QString(), [&schema](const QString& building) {
             Connection db;
-            outcome = db.Open(temporary, Connection::Mode::ReadWrite, true);
-            if (outcome)
-                outcome = CreateDatabase(db, schema);
-        }
-        QString renameError;
-        if (outcome && !util::ReplaceFile(temporary, location, &renameError))
-            outcome = Outcome::Failure(renameError);
-        if (!outcome)
-            RemoveDatabaseFile(temporary);
+            const Outcome opened = db.Open(building, Connection::Mode::ReadWrite, true);
+            return opened ? CreateDatabase(db, schema) : opened;
+        });
     }
     if (!outcome)
         return Outcome::Failure(

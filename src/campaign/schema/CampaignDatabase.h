@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 // Creating the tables of a campaign database, in an SQLite file or on a PostgreSQL server.
 //
 // How the schema is carried onto the engines:
@@ -57,10 +59,13 @@ QString AddRelationStatement(const Relation& relation, const util::sql::Connecti
 // column, or a table twice, is refused before anything is changed.
 util::Outcome CreateDatabase(util::sql::Connection& db, const Schema& schema = CampaignSchema());
 
-// A name beside the database file `path`, of this process's own, for a database built to replace
-// it; and the removal of such a file with its journal.
-QString TemporaryDatabaseName(const QString& path);
-void RemoveDatabaseFile(const QString& path);
+// Builds a database file to replace `location` under a name of its own beside it, starting from a
+// copy of `copyOf` when one is given, lets `build` fill it (closing what it opened), and renames
+// it over `location` only when all went well: on failure nothing is left beside `location`, and
+// what was there stays.
+util::Outcome
+ReplaceDatabaseFile(const QString& location, const QString& copyOf,
+                    const std::function<util::Outcome(const QString& building)>& build);
 
 // Creates a new campaign database at `location`: a file, which is built beside it and renamed
 // over any file there, so that a failure leaves the old file; or a postgresql:// URI.

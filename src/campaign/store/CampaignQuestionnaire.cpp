@@ -264,25 +264,14 @@ Outcome BuildCampaign(const QString& location, const QString& copyOf,
             return filled;
         return transaction.Commit();
     }
-    const QString building = TemporaryDatabaseName(location);
-    RemoveDatabaseFile(building);
-    // A copy that cannot be made has no reason of its own: the caller's "cannot save" says it.
-    Outcome outcome =
-        copyOf.isEmpty() || QFile::copy(copyOf, building) ? Outcome() : Outcome::Failure(QString());
-    if (outcome) {
+    return ReplaceDatabaseFile(location, copyOf, [&](const QString& building) {
         Connection db;
-        outcome = UnderOpen(db.Open(building, Connection::Mode::ReadWrite, copyOf.isEmpty()));
+        Outcome outcome =
+            UnderOpen(db.Open(building, Connection::Mode::ReadWrite, copyOf.isEmpty()));
         if (outcome && copyOf.isEmpty())
             outcome = CreateSchema(db, location);
-        if (outcome)
-            outcome = fill(db);
-    }
-    QString renameError;
-    if (outcome && !util::ReplaceFile(building, location, &renameError))
-        outcome = Outcome::Failure(renameError);
-    if (!outcome)
-        RemoveDatabaseFile(building);
-    return outcome;
+        return outcome ? fill(db) : outcome;
+    });
 }
 
 } // namespace

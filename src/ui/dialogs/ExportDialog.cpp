@@ -1,5 +1,6 @@
 #include "ui/dialogs/ExportDialog.h"
 
+#include "exchange/XliffFile.h"
 #include "questionnaire/Questionnaire.h"
 #include "ui/dialogs/ArrowIcon.h"
 #include "ui/dialogs/FileField.h"
@@ -220,8 +221,7 @@ void ExportDialog::Browse() {
 }
 
 void ExportDialog::FormatFromEnding(const QString& path) {
-    const bool xliff = path.endsWith(QLatin1String(".xlf"), Qt::CaseInsensitive) ||
-                       path.endsWith(QLatin1String(".xliff"), Qt::CaseInsensitive);
+    const bool xliff = exchange::IsXliffPath(path);
     const bool text = path.endsWith(QLatin1String(".txt"), Qt::CaseInsensitive);
     const bool chosenXliff = ChosenFormat() != Format::TabSeparated;
     QSignalBlocker keepPath(m_format);
