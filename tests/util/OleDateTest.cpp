@@ -12,7 +12,7 @@ QDateTime Local(int y, int mo, int d, int h = 0, int mi = 0, int s = 0, int ms =
     return QDateTime(QDate(y, mo, d), QTime(h, mi, s, ms));
 }
 
-TEST(OleDate, KnownDatesConvertBothWays) {
+TEST(OleDate, KnownDatesConvertBothWaysAndMillisecondsSurvive) {
     const struct {
         QDateTime local;
         double ole;
@@ -28,42 +28,36 @@ TEST(OleDate, KnownDatesConvertBothWays) {
         EXPECT_DOUBLE_EQ(util::ToOleDate(c.local), c.ole) << label;
         EXPECT_EQ(util::FromOleDate(c.ole), c.local) << label;
     }
-}
-
-TEST(OleDate, MillisecondsSurviveTheRoundTripOnBothSidesOfTheEpoch) {
-    const QDateTime cases[] = {
-        Local(2026, 7, 15, 23, 59, 59, 999),  Local(1999, 12, 31, 0, 0, 0, 1),
-        Local(1899, 12, 29, 23, 59, 59, 999), Local(1899, 12, 28, 0, 0, 0, 1),
-        Local(1753, 3, 4, 13, 14, 15, 16),
-    };
-    for (const QDateTime& dt : cases)
+    // Milliseconds on both sides of the epoch come back as they were.
+    for (const QDateTime& dt :
+         {Local(2026, 7, 15, 23, 59, 59, 999), Local(1999, 12, 31, 0, 0, 0, 1),
+          Local(1899, 12, 29, 23, 59, 59, 999), Local(1899, 12, 28, 0, 0, 0, 1),
+          Local(1753, 3, 4, 13, 14, 15, 16)})
         EXPECT_EQ(util::FromOleDate(util::ToOleDate(dt)), dt) << dt.toString().toStdString();
-}
 
-TEST(OleDate, OtherTimeZonesAreTakenInLocalTime) {
-    // An offset no local zone uses, so the wall-clock fields differ from local ones.
+    // Other time zones are taken in local time; an offset no local zone uses, so the wall-clock
+    // fields differ from local ones.
     const QDateTime away(QDate(2026, 7, 15), QTime(12, 0), Qt::OffsetFromUTC, 5 * 3600 + 47 * 60);
     EXPECT_DOUBLE_EQ(util::ToOleDate(away), util::ToOleDate(away.toLocalTime()));
     EXPECT_EQ(util::FromOleDate(util::ToOleDate(away)), away.toLocalTime());
     EXPECT_EQ(util::ToOleDate(QDateTime()), 0.0);
 }
 
-TEST(OleDate, FractionsJustShortOfADayRoundToTheNextMidnight) {
-    EXPECT_EQ(util::FromOleDate(std::nextafter(1.0, 0.0)), Local(1899, 12, 31));
-    EXPECT_EQ(util::FromOleDate(std::nextafter(-2.0, 0.0)), Local(1899, 12, 30)); // 12-29 24:00
-    EXPECT_EQ(util::FromOleDate(std::nextafter(-2.0, -3.0)), Local(1899, 12, 28));
-    EXPECT_EQ(util::FromOleDate(-0.5), Local(1899, 12, 30, 12)); // same instant as 0.5
-}
-
-TEST(OleDate, ValuesOutsideTheDateRangeGiveNoDate) {
-    const double cases[] = {std::numeric_limits<double>::quiet_NaN(),
-                            std::numeric_limits<double>::infinity(),
-                            -std::numeric_limits<double>::infinity(),
-                            1e300,
-                            -1e300,
-                            2958466.0,
-                            -657435.0};
-    for (double ole : cases)
+// Fractions just short of a day round to the next midnight; values outside the date range give
+// no date.
+TEST(OleDate, RoundingAndValuesOutsideTheDateRange) {
+    const struct {
+        double ole;
+        QDateTime local;
+    } cases[] = {{std::nextafter(1.0, 0.0), Local(1899, 12, 31)},
+                 {std::nextafter(-2.0, 0.0), Local(1899, 12, 30)}, // 12-29 24:00
+                 {std::nextafter(-2.0, -3.0), Local(1899, 12, 28)},
+                 {-0.5, Local(1899, 12, 30, 12)}}; // the same instant as 0.5
+    for (const auto& c : cases)
+        EXPECT_EQ(util::FromOleDate(c.ole), c.local) << c.ole;
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    for (const double ole : {std::numeric_limits<double>::quiet_NaN(), kInf, -kInf, 1e300, -1e300,
+                             2958466.0, -657435.0})
         EXPECT_FALSE(util::FromOleDate(ole).isValid()) << ole;
 }
 
