@@ -41,13 +41,6 @@ void Click(QWidget* widget) {
     QTest::mouseClick(widget, Qt::LeftButton);
 }
 
-// One table row per test row, by its index.
-template <class Row, size_t N> void AddRows(const Row (&rows)[N]) {
-    QTest::addColumn<int>("row");
-    for (size_t i = 0; i < N; ++i)
-        QTest::newRow(rows[i].name) << int(i);
-}
-
 // Sends a row with entry 3's English text and entry 7's German text to a dictionary of eight
 // German and English entries (entry 3 also in French), and lets `act` answer the dialog.
 struct Conflict : ConflictChooser {

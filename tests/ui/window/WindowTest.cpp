@@ -44,48 +44,31 @@ using testutil::kGerman;
 
 namespace {
 
-// Answers the message boxes that the code under test shows, as a user would click them, and
-// keeps their texts.
-class BoxAnswerer : public QObject {
-public:
-    // `byText`: the buttons to click in the boxes to come, by their text without accelerators;
-    // once they are used up, `button`.
-    explicit BoxAnswerer(QMessageBox::StandardButton button = QMessageBox::Ok,
-                         QStringList byText = {})
-        : m_button(button), m_byText(std::move(byText)) {
-        m_timer.setInterval(20);
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box)
-                return;
-            texts.append(box->text());
-            QAbstractButton* button = box->button(m_button);
-            if (!m_byText.isEmpty()) {
-                const QString wanted = m_byText.takeFirst();
-                for (QAbstractButton* candidate : box->buttons())
-                    if (candidate->text().remove(QLatin1Char('&')) == wanted)
-                        button = candidate;
-            }
-            if (!button)
-                button = box->buttons().value(0);
-            button->click();
-        });
-        m_timer.start();
-    }
-    QStringList texts;
-
-private:
-    QMessageBox::StandardButton m_button;
-    QStringList m_byText;
-    QTimer m_timer;
-};
-
-// The texts of the message boxes that `act` brings up, answered as BoxAnswerer does.
+// The texts of the message boxes that `act` brings up, answered as a user would click them: the
+// boxes to come by the texts in `byText` (without accelerators), once those are used up by
+// `button`.
 QStringList Boxes(const std::function<void()>& act,
                   QMessageBox::StandardButton button = QMessageBox::Ok, QStringList byText = {}) {
-    BoxAnswerer answerer(button, std::move(byText));
+    QStringList texts;
+    QTimer timer;
+    timer.setInterval(20);
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            return;
+        texts.append(box->text());
+        QAbstractButton* clicked = box->button(button);
+        if (!byText.isEmpty()) {
+            const QString wanted = byText.takeFirst();
+            for (QAbstractButton* candidate : box->buttons())
+                if (candidate->text().remove(QLatin1Char('&')) == wanted)
+                    clicked = candidate;
+        }
+        (clicked ? clicked : box->buttons().value(0))->click();
+    });
+    timer.start();
     act();
-    return answerer.texts;
+    return texts;
 }
 
 // Types `text` into the path field of the next dialog of type T that opens (the only field of
@@ -110,65 +93,54 @@ template <typename T> void WhenOpen(const QString& text) {
     timer->start();
 }
 
-// One table row per test row, by its index.
-template <class Row, size_t N> void AddRows(const Row (&rows)[N]) {
-    QTest::addColumn<int>("row");
-    for (size_t i = 0; i < N; ++i)
-        QTest::newRow(rows[i].name) << int(i);
-}
-
-// A text typed over a cell, then Enter; an empty text clears the cell with Delete.
-// "<standard>" is the standard text of system message 3.
-struct WriteBack {
+// An edit of a cell through the grid: the cell and the language it holds; how the edit begins
+// (kClick: a second click on the current cell; Delete clears the cell without an editor); the
+// text typed ("<standard>": the standard text of system message 3); how it ends (kClick: the
+// grid takes the focus back, as a click beside the editor does), Enter closing the editor when
+// the end key leaves it open; the text then stored and how far the current cell moved.
+struct Edit {
     const char* name;
     qint32 questionId, responseId;
     int column;
-    const char* typed;
     qint32 language;
-    const char* stored;
-    bool modified;
-};
-
-const WriteBack kWriteBacks[] = {
-    {"first column refuses empty", 10, -1, 0, "", kEnglish, "How satisfied are you?", false},
-    {"other column may be emptied", 10, -1, 1, "", kFrench, "", true},
-    {"escapes undone", 10, 1, 2, "a\\nb\\\\n", kGerman, "a\nb\\\n", true},
-    {"case alone is a change", 10, 1, 0, "very", kEnglish, "very", true},
-    {"routing message", -2, 5, 1, "Saut", kFrench, "Saut", true},
-    {"system message back to standard", -1, 3, 0, "<standard>", kEnglish, "<standard>", true},
-    {"system message emptied", -1, 3, 0, "", kEnglish, "<standard>", true},
-};
-
-// An edit of the cell holding "Very": how it begins, then "Z" typed, then how it ends.
-struct EditKeys {
-    const char* name;
-    Qt::Key start;       // Qt::Key_unknown: a click on the current cell
-    QKeyCombination end; // Qt::Key_unknown: the grid takes the focus back
-    bool thenEnter;      // the end key leaves the editor open, Enter closes it
+    Qt::Key start;
+    const char* typed;
+    QKeyCombination end;
+    bool thenEnter;
     const char* stored;
     int rowMove, columnMove;
 };
 
-const Qt::Key kClick = Qt::Key_unknown;
-const EditKeys kEditKeys[] = {
-    {"enter, caret at end", Qt::Key_Return, Qt::Key_Return, false, "VeryZ", 0, 0},
-    {"click on the current cell", kClick, Qt::Key_Return, false, "VeryZ", 0, 0},
-    {"backspace deletes the last", Qt::Key_Backspace, Qt::Key_Return, false, "VerZ", 0, 0},
-    {"space selects all", Qt::Key_Space, Qt::Key_Return, false, "Z", 0, 0},
-    {"a character replaces", Qt::Key_X, Qt::Key_Return, false, "xZ", 0, 0},
-    {"escape puts the text back", Qt::Key_X, Qt::Key_Escape, false, "Very", 0, 0},
-    {"tab keeps and moves on", Qt::Key_Return, Qt::Key_Tab, false, "VeryZ", 0, 1},
-    {"focus loss keeps", Qt::Key_Return, Qt::Key_unknown, false, "VeryZ", 0, 0},
-    {"arrow ends an edit begun by a key", Qt::Key_X, Qt::Key_Down, false, "xZ", 1, 0},
-    {"arrow ends an edit begun by enter", Qt::Key_Return, Qt::Key_Down, false, "VeryZ", 1, 0},
-    {"arrow after a click moves the caret", kClick, Qt::Key_Down, true, "VeryZ", 0, 0},
-    {"ctrl+arrow ends any edit", kClick, Qt::ControlModifier | Qt::Key_Down, false, "VeryZ", 1, 0},
+const Qt::Key kClick = Qt::Key_unknown, kEnter = Qt::Key_Return, kSpace = Qt::Key_Space,
+              kDown = Qt::Key_Down, kX = Qt::Key_X;
+// clang-format off
+const Edit kEdits[] = {
+    // How each key or click opens an edit of "Very", and how each key ends it.
+    {"enter, caret at end", 10, 1, 0, kEnglish, kEnter, "Z", kEnter, false, "VeryZ", 0, 0},
+    {"click on the current cell", 10, 1, 0, kEnglish, kClick, "Z", kEnter, false, "VeryZ", 0, 0},
+    {"backspace deletes the last", 10, 1, 0, kEnglish, Qt::Key_Backspace, "Z", kEnter, false, "VerZ", 0, 0},
+    {"space selects all", 10, 1, 0, kEnglish, kSpace, "Z", kEnter, false, "Z", 0, 0},
+    {"a character replaces", 10, 1, 0, kEnglish, kX, "Z", kEnter, false, "xZ", 0, 0},
+    {"escape puts the text back", 10, 1, 0, kEnglish, kX, "Z", Qt::Key_Escape, false, "Very", 0, 0},
+    {"tab keeps and moves on", 10, 1, 0, kEnglish, kEnter, "Z", Qt::Key_Tab, false, "VeryZ", 0, 1},
+    {"focus loss keeps", 10, 1, 0, kEnglish, kEnter, "Z", kClick, false, "VeryZ", 0, 0},
+    {"arrow ends an edit begun by a key", 10, 1, 0, kEnglish, kX, "Z", kDown, false, "xZ", 1, 0},
+    {"arrow ends an edit begun by enter", 10, 1, 0, kEnglish, kEnter, "Z", kDown, false, "VeryZ", 1, 0},
+    {"arrow after a click moves the caret", 10, 1, 0, kEnglish, kClick, "Z", kDown, true, "VeryZ", 0, 0},
+    {"ctrl+arrow ends any edit", 10, 1, 0, kEnglish, kClick, "Z", Qt::ControlModifier | kDown, false, "VeryZ", 1, 0},
+    // The rules of writing back.
+    {"first column refuses empty", 10, -1, 0, kEnglish, Qt::Key_Delete, "", kEnter, false, "How satisfied are you?", 0, 0},
+    {"other column may be emptied", 10, -1, 1, kFrench, Qt::Key_Delete, "", kEnter, false, "", 0, 0},
+    {"escapes undone", 10, 1, 2, kGerman, kSpace, "a\\nb\\\\n", kEnter, false, "a\nb\\\n", 0, 0},
+    {"case alone is a change", 10, 1, 0, kEnglish, kSpace, "very", kEnter, false, "very", 0, 0},
+    {"routing message", -2, 5, 1, kFrench, kSpace, "Saut", kEnter, false, "Saut", 0, 0},
+    {"system message back to standard", -1, 3, 0, kEnglish, kSpace, "<standard>", kEnter, false, "<standard>", 0, 0},
+    {"system message emptied", -1, 3, 0, kEnglish, Qt::Key_Delete, "", kEnter, false, "<standard>", 0, 0},
 };
+// clang-format on
 
-const QStringList kQuestionnaireMenus = {"&File", "&Edit", "&View", "&Window", "&Help"};
 const QStringList kEmptyMenus = {"&File", "&View", "&Help"};
 const QString kSaveDictionary = "Dictionary has been modified. Do you want to save?";
-const QString kOneEntryAdded = "1 entrie(s) have been added to the dictionary";
 
 } // namespace
 
@@ -215,13 +187,11 @@ private:
     }
     QLineEdit* Editor() { return Grid().findChild<QLineEdit*>(); }
     // Types into the current cell and presses Enter: the first key opens the editor.
-    void Enter(const QString& text, ui::CaptionGrid* grid = nullptr) {
-        grid = grid ? grid : &Grid();
-        QTest::keyClicks(grid, text.left(1));
-        auto* editor = grid->findChild<QLineEdit*>();
-        QVERIFY(editor);
-        QTest::keyClicks(editor, text.mid(1));
-        QTest::keyClick(editor, Qt::Key_Return);
+    void Enter(const QString& text) {
+        QTest::keyClicks(&Grid(), text.left(1));
+        QVERIFY(Editor());
+        QTest::keyClicks(Editor(), text.mid(1));
+        QTest::keyClick(Editor(), Qt::Key_Return);
     }
     QStringList MenuTitles() {
         QStringList titles;
@@ -264,65 +234,50 @@ private Q_SLOTS:
 
     void cleanup() {
         // Nothing saved by a test leaks into the next: the answers are "No".
-        BoxAnswerer no(QMessageBox::No);
-        m_window->close();
+        Boxes([&] { m_window->close(); }, QMessageBox::No);
         m_window.reset();
         m_context.reset();
         QFile::remove(m_dir.filePath(QStringLiteral("memory.dic")));
     }
 
-    // Every rule of writing back, through the grid as a user types.
-    void writeBack_data() { AddRows(kWriteBacks); }
-    void writeBack() {
+    // Each way of beginning and ending an edit, and each rule of writing back.
+    void edit_data() { AddRows(kEdits); }
+    void edit() {
         QFETCH(int, row);
-        const WriteBack& c = kWriteBacks[row];
+        const Edit& c = kEdits[row];
         const QString standard = CQuestionnaire::GetStandardErrorMessage(kEnglish, 3);
         const auto text = [&](const char* t) {
             return QString::fromUtf8(t).replace(QStringLiteral("<standard>"), standard);
         };
+        const QString before = Stored(c.questionId, c.responseId, c.language);
         const QModelIndex index = Cell(c.questionId, c.responseId, c.column);
         QVERIFY(index.isValid());
-        ClickCell(index);
-        if (*c.typed)
-            Enter(text(c.typed));
-        else
-            QTest::keyClick(&Grid(), Qt::Key_Delete);
-        QCOMPARE(Stored(c.questionId, c.responseId, c.language), text(c.stored));
-        QCOMPARE(Modified(), c.modified);
-        // The cell shows what the questionnaire holds, escaped: a refused edit is undone.
-        QCOMPARE(index.data().toString(), Table().Text(index.row(), c.column));
-        if (c.questionId == -1) // a system message back to its standard text is no longer custom
-            QVERIFY(Q().GetCustomErrorMessages(c.responseId).Get(c.language).isEmpty());
-    }
-
-    // How each key or click opens an edit, and how each key ends it.
-    void editKeys_data() { AddRows(kEditKeys); }
-    void editKeys() {
-        QFETCH(int, row);
-        const EditKeys& c = kEditKeys[row];
-        const QModelIndex index = Cell(10, 1, 0);
         ClickCell(index);
         if (c.start == kClick)
             ClickCell(index);
         else
             QTest::keyClick(&Grid(), c.start);
-        QVERIFY(Editor());
-        QTest::keyClicks(Editor(), QStringLiteral("Z"));
-        if (c.end.key() == Qt::Key_unknown) {
-            Grid().setFocus(); // the grid takes the focus back, as a click beside the editor does
-            QApplication::processEvents();
-        } else {
-            QTest::keyClick(Editor(), c.end.key(), c.end.keyboardModifiers());
-        }
-        if (c.thenEnter) {
-            QVERIFY(Editor()); // still editing
-            QTest::keyClick(Editor(), Qt::Key_Return);
+        if (c.start != Qt::Key_Delete) {
+            QVERIFY(Editor());
+            QTest::keyClicks(Editor(), text(c.typed));
+            if (c.end.key() == kClick)
+                Grid().setFocus();
+            else
+                QTest::keyClick(Editor(), c.end.key(), c.end.keyboardModifiers());
+            if (c.thenEnter) {
+                QVERIFY(Editor()); // still editing
+                QTest::keyClick(Editor(), Qt::Key_Return);
+            }
         }
         QTRY_VERIFY(!Editor());
-        QCOMPARE(Stored(10, 1, kEnglish), QString::fromUtf8(c.stored));
-        QCOMPARE(Modified(), QString::fromUtf8(c.stored) != QLatin1String("Very"));
-        QCOMPARE(Grid().currentIndex().row(), index.row() + c.rowMove);
-        QCOMPARE(Grid().currentIndex().column(), index.column() + c.columnMove);
+        QCOMPARE(Stored(c.questionId, c.responseId, c.language), text(c.stored));
+        QCOMPARE(Modified(), text(c.stored) != before);
+        // The cell shows what the questionnaire holds, escaped: a refused edit is undone.
+        QCOMPARE(index.data().toString(), Table().Text(index.row(), c.column));
+        QCOMPARE(Grid().currentIndex(),
+                 View().Model().index(index.row() + c.rowMove, index.column() + c.columnMove));
+        if (c.questionId == -1) // a system message back to its standard text is no longer custom
+            QVERIFY(Q().GetCustomErrorMessages(c.responseId).Get(c.language).isEmpty());
     }
 
     // Copy lays out the block by tabs and line feeds, with empty texts for unselected cells in
@@ -333,62 +288,62 @@ private Q_SLOTS:
         Select(cell(row, 0), cell(row + 1, 1), Qt::ShiftModifier);
         QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(),
-                 QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?\nSatisfaction\t"));
+                 "How satisfied are you?\tÊtes-vous satisfait ?\nSatisfaction\t");
         // A cell left out of the selection inside the block copies as empty.
         Select(cell(row, 0), cell(row + 1, 1), Qt::ControlModifier);
         QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ControlModifier);
-        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("How satisfied are you?\t\n\t"));
+        QCOMPARE(QApplication::clipboard()->text(), "How satisfied are you?\t\n\t");
 
         // Cut: the French caption goes, the English one of the first column stays.
         Select(cell(row, 0), cell(row, 1), Qt::ShiftModifier);
         QTest::keyClick(&Grid(), Qt::Key_X, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(),
-                 QStringLiteral("How satisfied are you?\tÊtes-vous satisfait ?"));
-        QCOMPARE(Stored(10, -1, kEnglish), QStringLiteral("How satisfied are you?"));
+                 "How satisfied are you?\tÊtes-vous satisfait ?");
+        QCOMPARE(Stored(10, -1, kEnglish), "How satisfied are you?");
         QCOMPARE(Stored(10, -1, kFrench), QString());
 
         // Paste from a spreadsheet (CR LF, a last line feed): an empty first-column cell is
         // refused, the others are written.
-        QApplication::clipboard()->setText(QStringLiteral("\tQuel\\tplaisir\r\nShort\tCourt\r\n"));
+        QApplication::clipboard()->setText("\tQuel\\tplaisir\r\nShort\tCourt\r\n");
         ClickCell(cell(row, 0));
         QTest::keyClick(&Grid(), Qt::Key_Insert, Qt::ShiftModifier);
-        QCOMPARE(Stored(10, -1, kEnglish), QStringLiteral("How satisfied are you?"));
-        QCOMPARE(Stored(10, -1, kFrench), QStringLiteral("Quel\tplaisir"));
-        QCOMPARE(Stored(10, -2, kEnglish), QStringLiteral("Short"));
-        QCOMPARE(Stored(10, -2, kFrench), QStringLiteral("Court"));
+        QCOMPARE(Stored(10, -1, kEnglish), "How satisfied are you?");
+        QCOMPARE(Stored(10, -1, kFrench), "Quel\tplaisir");
+        QCOMPARE(Stored(10, -2, kEnglish), "Short");
+        QCOMPARE(Stored(10, -2, kFrench), "Court");
         QVERIFY(Modified());
 
         // Text dropped on a cell is pasted there.
         QMimeData data;
-        data.setText(QStringLiteral("Dropped"));
+        data.setText("Dropped");
         const QPoint at = Grid().visualRect(cell(row, 2)).center();
         QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(Grid().viewport(), &enter);
         QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(Grid().viewport(), &drop);
-        QCOMPARE(Stored(10, -1, kGerman), QStringLiteral("Dropped"));
+        QCOMPARE(Stored(10, -1, kGerman), "Dropped");
     }
 
     // The grid shows the table: the default language first, titles, labels and escaped cells.
     // The menu bar follows the active child; the commands that need a selection follow it.
     void windowsOnADocument() {
-        QCOMPARE(m_window->windowTitle(), QStringLiteral("Translator - [survey.xml]"));
+        QCOMPARE(m_window->windowTitle(), "Translator - [survey.xml]");
         const QAbstractItemModel& model = View().Model();
-        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("ENU"));
-        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("FRA"));
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), "ENU");
+        QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), "FRA");
         QCOMPARE(Grid().columnWidth(2), 200);
-        QCOMPARE(model.headerData(RowOf(10, -1), Qt::Vertical).toString(), QStringLiteral("Q1"));
+        QCOMPARE(model.headerData(RowOf(10, -1), Qt::Vertical).toString(), "Q1");
         QVERIFY(!model.headerData(RowOf(10, -3), Qt::Vertical, Qt::DecorationRole)
                      .value<QIcon>()
                      .isNull());
-        QCOMPARE(Cell(10, -3, 0).data().toString(), QStringLiteral("Read out\\nthe scale"));
-        QCOMPARE(MenuTitles(), kQuestionnaireMenus);
+        QCOMPARE(Cell(10, -3, 0).data().toString(), "Read out\\nthe scale");
+        QCOMPARE(MenuTitles(), (QStringList{"&File", "&Edit", "&View", "&Window", "&Help"}));
         // The toolbar: open, save | cut, copy, paste | print | about.
         QStringList tools;
         for (QAction* action : m_window->findChild<QToolBar*>()->actions())
-            tools.append(action->isSeparator() ? QStringLiteral("|") : action->toolTip());
+            tools.append(action->isSeparator() ? "|" : action->toolTip());
         QCOMPARE(tools.join(QLatin1Char(' ')),
-                 QStringLiteral("Open... Save | Cut Copy Paste | Print... | About Translator..."));
+                 "Open... Save | Cut Copy Paste | Print... | About Translator...");
         Grid().clearSelection();
         QVERIFY(!m_window->Action(ui::strings::kSendToDictionary)->isEnabled());
         ClickCell(Cell(10, 1, 0));
@@ -399,29 +354,29 @@ private Q_SLOTS:
         Trigger(ui::strings::kNewWindow);
         QMdiArea* area = m_window->Area();
         QCOMPARE(area->subWindowList().size(), 2);
-        QCOMPARE(area->activeSubWindow()->windowTitle(), QStringLiteral("survey.xml:2"));
+        QCOMPARE(area->activeSubWindow()->windowTitle(), "survey.xml:2");
         ClickCell(Cell(10, 1, 1));
-        Enter(QStringLiteral("Tout"));
+        Enter("Tout");
         // The first window shows the edit made in the second.
         auto* first = qobject_cast<ui::TranslatorView*>(area->subWindowList().front()->widget());
-        QCOMPARE(first->Model().index(RowOf(10, 1), 1).data().toString(), QStringLiteral("Tout"));
+        QCOMPARE(first->Model().index(RowOf(10, 1), 1).data().toString(), "Tout");
         // Not the last window: no question.
         QVERIFY(Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Cancel).isEmpty());
         QTRY_COMPARE(area->subWindowList().size(), 1);
         QCOMPARE(Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Cancel),
-                 QStringList{QStringLiteral("Save changes to survey.xml?")});
+                 QStringList{"Save changes to survey.xml?"});
         QCOMPARE(area->subWindowList().size(), 1);
         // An edit still open when the window closes is saved with the rest.
         ClickCell(Cell(10, 2, 1));
-        QTest::keyClicks(&Grid(), QStringLiteral("P"));
+        QTest::keyClicks(&Grid(), "P");
         QVERIFY(Editor());
-        QTest::keyClicks(Editor(), QStringLiteral("eu"));
+        QTest::keyClicks(Editor(), "eu");
         Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Yes);
         QTRY_COMPARE(area->subWindowList().size(), 0);
         CQuestionnaire saved;
         QVERIFY(questionnaire::ReadXmlFile(m_path, saved));
-        QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), QStringLiteral("Tout"));
-        QCOMPARE(questionnaire::ReadCaption(saved, 10, 2, kFrench), QStringLiteral("Peu"));
+        QCOMPARE(questionnaire::ReadCaption(saved, 10, 1, kFrench), "Tout");
+        QCOMPARE(questionnaire::ReadCaption(saved, 10, 2, kFrench), "Peu");
         QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         // The file is now the most recent one.
         QCOMPARE(m_context->recentFiles.Files().value(0), m_path);
@@ -435,10 +390,8 @@ private Q_SLOTS:
     // leaves the file as it was, Yes saves it.
     void dictionary() {
         CDictionary dictionary;
-        dictionary.AddEntry(
-            {{kEnglish, QStringLiteral("Very")}, {kGerman, QStringLiteral("Sehr")}});
-        dictionary.AddEntry(
-            {{kFrench, QStringLiteral("Très")}, {kGerman, QStringLiteral("Sehr viel")}});
+        dictionary.AddEntry({{kEnglish, "Very"}, {kGerman, "Sehr"}});
+        dictionary.AddEntry({{kFrench, "Très"}, {kGerman, "Sehr viel"}});
         for (int i = 2; i < 6; ++i)
             dictionary.AddEntry({{kEnglish, QStringLiteral("e%1").arg(i)},
                                  {kGerman, QStringLiteral("d%1").arg(i)}});
@@ -446,60 +399,60 @@ private Q_SLOTS:
         QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
         const QStringList asSaved = SavedDictionary();
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kAutoTranslate); }),
-                 QStringList{QStringLiteral("2 captions have been translated")});
-        QCOMPARE(Stored(10, 1, kGerman), QStringLiteral("Sehr viel"));
+                 QStringList{"2 captions have been translated"});
+        QCOMPARE(Stored(10, 1, kGerman), "Sehr viel");
         QVERIFY(Modified());
-        QCOMPARE(Cell(10, 1, 2).data().toString(), QStringLiteral("Sehr viel")); // refilled
+        QCOMPARE(Cell(10, 1, 2).data().toString(), "Sehr viel"); // refilled
 
         QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
         Trigger(ui::strings::kDictionary);
         ui::DictionaryView* view = m_window->Dictionary();
         QVERIFY(view);
-        QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(), QStringLiteral("Dictionary"));
+        QCOMPARE(m_window->Area()->activeSubWindow()->windowTitle(), "Dictionary");
         QTRY_COMPARE(MenuTitles(), kEmptyMenus);
         ui::DictionaryModel& model = view->Model();
         ui::CaptionGrid* grid = &view->Grid();
         QCOMPARE(model.rowCount(), 6);
-        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("DEU"));
-        QCOMPARE(model.headerData(5, Qt::Vertical).toString(), QStringLiteral("6"));
+        QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), "DEU");
+        QCOMPARE(model.headerData(5, Qt::Vertical).toString(), "6");
 
         // A text typed into a cell is merged into its entry; the cell shows the entry's text. Still
         // in the editor when the program is asked to end, it makes the dictionary one to save.
         ClickCell(model.index(0, 0), Qt::NoModifier, grid);
-        QTest::keyClicks(grid, QStringLiteral("B"));
+        QTest::keyClicks(grid, "B");
         QVERIFY(grid->findChild<QLineEdit*>());
-        QTest::keyClicks(grid->findChild<QLineEdit*>(), QStringLiteral("rot"));
+        QTest::keyClicks(grid->findChild<QLineEdit*>(), "rot");
         QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::Cancel),
                  QStringList{kSaveDictionary});
-        QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("Brot"));
-        QCOMPARE(model.index(0, 1).data().toString(), QStringLiteral("Very"));
+        QCOMPARE(model.index(0, 0).data().toString(), "Brot");
+        QCOMPARE(model.index(0, 1).data().toString(), "Very");
 
         // Cells in rows 3 and 5 selected: rows 3, 4 and 5 go, after one question.
         ClickCell(model.index(2, 0), Qt::NoModifier, grid);
         ClickCell(model.index(4, 1), Qt::ControlModifier, grid);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kDelete); }, QMessageBox::No),
-                 QStringList{QStringLiteral("Are you sure you want to delete these entrie(s) ?")});
+                 QStringList{"Are you sure you want to delete these entrie(s) ?"});
         QCOMPARE(model.rowCount(), 6);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kDelete); }, QMessageBox::Yes).size(), 1);
         QCOMPARE(model.rowCount(), 3);
-        QCOMPARE(model.index(2, 1).data().toString(), QStringLiteral("e5"));
+        QCOMPARE(model.index(2, 1).data().toString(), "e5");
 
         // Rows 10/-1 and 10/-2 sent: the first has two languages and is new, the second only one.
         m_window->Area()->setActiveSubWindow(questionnaire);
         Select(Cell(10, -1, 0), Cell(10, -2, 0), Qt::ShiftModifier);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
-                 QStringList{kOneEntryAdded});
+                 QStringList{"1 entrie(s) have been added to the dictionary"});
         QCOMPARE(model.rowCount(), 4);
 
-        const QString saveSurvey = QStringLiteral("Save changes to survey.xml?");
+        const QString saveSurvey = "Save changes to survey.xml?";
         const auto close = [&] { m_window->close(); };
         QCOMPARE(Boxes(close, QMessageBox::Cancel), QStringList{kSaveDictionary});
-        QCOMPARE(Boxes(close, QMessageBox::Cancel, {QStringLiteral("No")}),
+        QCOMPARE(Boxes(close, QMessageBox::Cancel, {"No"}),
                  (QStringList{kSaveDictionary, saveSurvey}));
         QVERIFY(m_window->isVisible());
         QVERIFY(m_window->Dictionary());
         QCOMPARE(SavedDictionary(), asSaved);
-        QCOMPARE(Boxes(close, QMessageBox::No, {QStringLiteral("Yes")}),
+        QCOMPARE(Boxes(close, QMessageBox::No, {"Yes"}),
                  (QStringList{kSaveDictionary, saveSurvey}));
         QVERIFY(!m_window->isVisible());
         QCOMPARE(SavedDictionary(), (QStringList{"Brot|Very", "Sehr viel|Très", "d5|e5",
@@ -511,9 +464,9 @@ private Q_SLOTS:
     void dictionaryGainsALanguage() {
         CDictionary dictionary;
         for (int i = 0; i < 200; ++i)
-            dictionary.AddEntry({{kEnglish, i == 0 ? QStringLiteral("How satisfied are you?")
-                                                   : QStringLiteral("e%1").arg(i)},
-                                 {kGerman, QStringLiteral("d%1").arg(i)}});
+            dictionary.AddEntry(
+                {{kEnglish, i == 0 ? "How satisfied are you?" : QStringLiteral("e%1").arg(i)},
+                 {kGerman, QStringLiteral("d%1").arg(i)}});
         util::NoMessages silent;
         QVERIFY(dictionary.Save(m_context->dictionaryPath, silent));
         QMdiSubWindow* questionnaire = m_window->Area()->activeSubWindow();
@@ -530,11 +483,10 @@ private Q_SLOTS:
         m_window->Area()->setActiveSubWindow(questionnaire);
         ClickCell(Cell(10, -1, 0)); // English and French
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kSendToDictionary); }),
-                 QStringList{QStringLiteral("0 entrie(s) have been added to the dictionary")});
+                 QStringList{"0 entrie(s) have been added to the dictionary"});
         QCOMPARE(grid->horizontalHeader()->count(), 3);
-        QCOMPARE(view->Model().headerData(2, Qt::Horizontal).toString(), QStringLiteral("FRA"));
-        QCOMPARE(view->Model().index(0, 2).data().toString(),
-                 QStringLiteral("Êtes-vous satisfait ?"));
+        QCOMPARE(view->Model().headerData(2, Qt::Horizontal).toString(), "FRA");
+        QCOMPARE(view->Model().index(0, 2).data().toString(), "Êtes-vous satisfait ?");
         QCOMPARE(grid->currentIndex(), view->Model().index(199, 1));
         QCOMPARE(grid->verticalScrollBar()->value(), scrolled);
     }
@@ -544,16 +496,16 @@ private Q_SLOTS:
         app::VersionInfo version;
         QVERIFY(version.Load());
         ui::AboutDialog about(version);
-        QCOMPARE(about.windowTitle(), QStringLiteral("About Translator"));
-        QVERIFY(about.ProductLine().startsWith(QStringLiteral("Translator 1.")));
+        QCOMPARE(about.windowTitle(), "About Translator");
+        QVERIFY(about.ProductLine().startsWith("Translator 1."));
         QCOMPARE(about.ProductLine().count(QLatin1Char('.')), 3); // a four-part file version
-        QCOMPARE(about.LegalLine(), QStringLiteral("Copyright (C) Halvard Quist"));
+        QCOMPARE(about.LegalLine(), "Copyright (C) Halvard Quist");
         QCOMPARE(
             about.DateLine(),
             QLocale().toString(QFileInfo(QCoreApplication::applicationFilePath()).lastModified(),
                                QLocale::ShortFormat));
         version.dateStatus = app::VersionInfo::DateStatus::Invalid;
-        QCOMPARE(ui::AboutDialog::FormatDate(version), QStringLiteral("Invalid DateTime"));
+        QCOMPARE(ui::AboutDialog::FormatDate(version), "Invalid DateTime");
         version.dateStatus = app::VersionInfo::DateStatus::Null;
         QCOMPARE(ui::AboutDialog::FormatDate(version), QString());
     }
@@ -563,7 +515,7 @@ private Q_SLOTS:
     // dialog, and an import that changed captions refills the grid and marks the document
     // modified.
     void exportThenImport() {
-        const QString file = m_dir.filePath(QStringLiteral("for translators.txt"));
+        const QString file = m_dir.filePath("for translators.txt");
         QFile::remove(file);
         WhenOpen<ui::ExportDialog>(file);
         QVERIFY(Boxes([&] { Trigger(ui::strings::kExport); }).isEmpty());
@@ -571,27 +523,25 @@ private Q_SLOTS:
         QVERIFY(bytes.startsWith("\xFF\xFE"));
         QString text = QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()) + 1,
                                           (bytes.size() - 2) / 2);
-        QVERIFY(text.startsWith(
-            QStringLiteral("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\t1031(DEU)")));
-        QVERIFY(text.contains(QStringLiteral("10\t1\tTrès\tVery")));
+        QVERIFY(text.startsWith("QuestionId\tResponseId\t1036(FRA)\t1033(ENU)\t1031(DEU)"));
+        QVERIFY(text.contains("10\t1\tTrès\tVery"));
         QVERIFY(!Modified());
 
         // The translator's work, saved over the export.
-        text.replace(QStringLiteral("10\t1\tTrès\tVery"),
-                     QStringLiteral("10\t1\tExtrêmement\tVery"));
+        text.replace("10\t1\tTrès\tVery", "10\t1\tExtrêmement\tVery");
         QVERIFY(testutil::WriteAll(file, testutil::Utf16Le(text)));
         WhenOpen<ui::ImportDialog>(file);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
-                 QStringList{QStringLiteral("1 captions have been modified!")});
-        QCOMPARE(Stored(10, 1, kFrench), QStringLiteral("Extrêmement"));
-        QCOMPARE(Cell(10, 1, 1).data().toString(), QStringLiteral("Extrêmement"));
+                 QStringList{"1 captions have been modified!"});
+        QCOMPARE(Stored(10, 1, kFrench), "Extrêmement");
+        QCOMPARE(Cell(10, 1, 1).data().toString(), "Extrêmement");
         QVERIFY(Modified());
 
         // The typed ending chooses XLIFF.
-        const QString english = m_dir.filePath(QStringLiteral("survey.ENU.xlf"));
-        WhenOpen<ui::ExportDialog>(m_dir.filePath(QStringLiteral("survey.xlf")));
+        const QString english = m_dir.filePath("survey.ENU.xlf");
+        WhenOpen<ui::ExportDialog>(m_dir.filePath("survey.xlf"));
         QVERIFY(Boxes([&] { Trigger(ui::strings::kExport); }).isEmpty());
-        QVERIFY(QFileInfo::exists(m_dir.filePath(QStringLiteral("survey.DEU.xlf"))));
+        QVERIFY(QFileInfo::exists(m_dir.filePath("survey.DEU.xlf")));
         QByteArray xliff = testutil::ReadAll(english);
         const QByteArray unit =
             "<source>Extrêmement</source><target state=\"translated\">Very</target>";
@@ -601,8 +551,8 @@ private Q_SLOTS:
         QVERIFY(testutil::WriteAll(english, xliff));
         WhenOpen<ui::ImportDialog>(english);
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kImport); }),
-                 QStringList{QStringLiteral("1 captions have been modified!")});
-        QCOMPARE(Stored(10, 1, kEnglish), QStringLiteral("Extremely"));
+                 QStringList{"1 captions have been modified!"});
+        QCOMPARE(Stored(10, 1, kEnglish), "Extremely");
     }
 
     // A questionnaire saved to a campaign on a server becomes that campaign; opened from the
@@ -610,16 +560,16 @@ private Q_SLOTS:
     void savesToAndOpensFromAServer() {
         testutil::PostgresServer server;
         QVERIFY2(server.Start(), qPrintable(server.Error()));
-        const QString uri = server.CreateDatabase(QStringLiteral("window"));
+        const QString uri = server.CreateDatabase("window");
         QVERIFY(!uri.isEmpty());
         const QVariant language = View().Model().headerData(1, Qt::Horizontal);
         ClickCell(Cell(10, 1, 1));
-        Enter(QStringLiteral("Sehr"));
+        Enter("Sehr");
         QVERIFY(Modified());
-        WhenOpen<QInputDialog>(QStringLiteral("/tmp/not-a-server.qew"));
+        WhenOpen<QInputDialog>("/tmp/not-a-server.qew");
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kSaveServer); }),
-                 QStringList{QStringLiteral("'/tmp/not-a-server.qew' is not a server location: it "
-                                            "begins with postgresql://.")});
+                 QStringList{"'/tmp/not-a-server.qew' is not a server location: it begins with "
+                             "postgresql://."});
         QCOMPARE(View().Document().Document().Path(), m_path);
         WhenOpen<QInputDialog>(uri);
         Trigger(ui::strings::kSaveServer);
@@ -637,18 +587,18 @@ private Q_SLOTS:
         int column = 0; // a campaign has its own order of languages
         while (View().Model().headerData(column, Qt::Horizontal) != language)
             QVERIFY(++column < View().Model().columnCount());
-        QCOMPARE(Cell(10, 1, column).data().toString(), QStringLiteral("Sehr"));
+        QCOMPARE(Cell(10, 1, column).data().toString(), "Sehr");
     }
 
     // Printing ends every page with its number and the count.
     void printsPages() {
         QPrinter printer(QPrinter::HighResolution);
         printer.setOutputFormat(QPrinter::PdfFormat);
-        const QString pdf = m_dir.filePath(QStringLiteral("grid.pdf"));
+        const QString pdf = m_dir.filePath("grid.pdf");
         printer.setOutputFileName(pdf);
         View().PrintTo(printer);
         QProcess text;
-        text.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+        text.start("pdftotext", {pdf, "-"});
         QVERIFY2(text.waitForFinished(30000), "pdftotext did not run");
         const QString out = QString::fromUtf8(text.readAllStandardOutput());
         const QStringList pages = out.split(QLatin1Char('\f'), Qt::SkipEmptyParts);
@@ -657,8 +607,7 @@ private Q_SLOTS:
             QVERIFY2(pages[page - 1].contains(
                          QStringLiteral("Page %1 of %2").arg(page).arg(pages.size())),
                      qPrintable(pages[page - 1]));
-        QVERIFY(
-            out.contains(QStringLiteral("Read out\\nthe scale"))); // escaped, as the grid shows it
+        QVERIFY(out.contains("Read out\\nthe scale")); // escaped, as the grid shows it
     }
 };
 
