@@ -129,17 +129,6 @@ QString CheckedItems(const ui::VersionComboBox& combo) {
     return Joined(items);
 }
 
-template <class Dialog> void BrowseIn(Dialog&& dialog) {
-    Show(dialog);
-    QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "a.txt");
-    QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
-    QCOMPARE(dialog.Path(), "a.txt");
-    dialog.chosen = "/tmp/b.txt";
-    QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
-    QCOMPARE(dialog.Path(), "/tmp/b.txt");
-    QCOMPARE(dialog.asked, QStringList({"a.txt", "a.txt"}));
-}
-
 } // namespace
 
 class ExportImportDialogTest : public QObject {
@@ -239,7 +228,8 @@ private Q_SLOTS:
         QCOMPARE(dialog.Options().versions, QList<qint32>{2});
     }
 
-    // The format chosen with the keys; the file's ending follows it, another ending stays.
+    // The format chosen with the keys; the file's ending follows it, another ending stays. "..."
+    // starts from the path in the field and replaces it unless cancelled.
     void formatFollowsEnding() {
         TestExportDialog dialog(m_q);
         Show(dialog);
@@ -271,25 +261,22 @@ private Q_SLOTS:
         QCOMPARE(dialog.Path(), "mine.XLIFF");
         // And so does the ending of a file chosen with "...", which is kept as chosen.
         const struct {
-            const char* chosen;
+            const char* chosen; // empty: cancelled
             ui::ExportDialog::Format format;
-        } chosen[] = {{"/tmp/a.txt", ui::ExportDialog::Format::TabSeparated},
+        } chosen[] = {{"", ui::ExportDialog::Format::Xliff12},
+                      {"/tmp/a.txt", ui::ExportDialog::Format::TabSeparated},
                       {"/tmp/b.xlf", ui::ExportDialog::Format::Xliff12},
                       {"/tmp/c.dat", ui::ExportDialog::Format::Xliff12},
                       {"/tmp/d.TXT", ui::ExportDialog::Format::TabSeparated},
                       {"/tmp/e.xliff", ui::ExportDialog::Format::Xliff12}};
         for (const auto& file : chosen) {
+            const QString before = dialog.Path();
             dialog.chosen = file.chosen;
             QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
+            QCOMPARE(dialog.asked.last(), before);
             QCOMPARE(dialog.ChosenFormat(), file.format);
-            QCOMPARE(dialog.Path(), file.chosen);
+            QCOMPARE(dialog.Path(), *file.chosen ? file.chosen : before);
         }
-    }
-
-    // "..." starts from the typed path and replaces it unless cancelled.
-    void browse() {
-        BrowseIn(TestExportDialog(m_q));
-        BrowseIn(TestImportDialog(m_q));
     }
 
     // Versions 1 and 2 are "Web" and "Phone"; item 0 is "All versions". Lists as in Joined.
@@ -335,22 +322,14 @@ private Q_SLOTS:
         QTRY_VERIFY(!combo.view()->isVisible());
     }
 
-    // The separator between the checked names, by the user's locale.
-    void listSeparator_data() {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("separator");
-        QTest::newRow("comma") << "en_US"
-                               << ", ";
-        QTest::newRow("semicolon") << "de_DE"
-                                   << "; ";
-        QTest::newRow("not in the table") << "C"
-                                          << "; ";
-    }
-
+    // The separator between the checked names, by the user's locale; one not in the table
+    // takes a semicolon.
     void listSeparator() {
-        QFETCH(QString, locale);
-        QTEST(ui::VersionComboBox::JoinSeparator(ui::VersionComboBox::ListSeparator(locale)),
-              "separator");
+        for (const auto& [locale, separator] :
+             {std::pair{"en_US", ", "}, std::pair{"de_DE", "; "}, std::pair{"C", "; "}})
+            QCOMPARE(locale + (": " + ui::VersionComboBox::JoinSeparator(
+                                          ui::VersionComboBox::ListSeparator(locale))),
+                     locale + (": " + QString(separator)));
     }
 
     void noVersions() {
@@ -399,6 +378,14 @@ private Q_SLOTS:
         QCOMPARE(reference->currentText(), "ENU - " + m_q.GetLanguage(1).m_name);
         QVERIFY(!reference->isEnabled());
         QCOMPARE(dialog.ReferenceLanguage(), kEnglish);
+        // "..." starts from the typed path and replaces it unless cancelled.
+        QTest::keyClicks(Child<QLineEdit>(dialog, "path"), "a.txt");
+        for (const char* chosen : {"", "/tmp/b.txt"}) {
+            dialog.chosen = chosen;
+            QTest::mouseClick(Child<QPushButton>(dialog, "browse"), Qt::LeftButton);
+        }
+        QCOMPARE(dialog.asked, QStringList({"a.txt", "a.txt"}));
+        QCOMPARE(dialog.Path(), "/tmp/b.txt");
         QCheckBox* only = Box(dialog, "Only import unchanged captions since the export");
         QCheckBox* copy = Box(dialog, "Copy over identical strings");
         for (auto [box, on] : {std::pair{only, onlyUnchanged}, std::pair{copy, copyIdentical}})
