@@ -55,11 +55,24 @@ bool ProcessGone(qint64 pid) {
     return close < 0 || line.mid(close + 2, 1) == "Z" || line.mid(close + 2, 1) == "X";
 }
 
+// Exit codes and output (either stream, UTF-16 or of the ANSI code page) come through; what
+// could not start or crashed is told apart.
 TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart) {
     QTemporaryDir dir;
     const QString notExecutable = dir.filePath(QStringLiteral("plain.txt"));
     ASSERT_TRUE(testutil::WriteAll(notExecutable, "echo hi\n"));
     const QString pwd = QFileInfo(dir.path()).canonicalFilePath();
+    const QString file = dir.filePath(QStringLiteral("bytes"));
+    const QStringList cat = {QStringLiteral("cat"), file};
+    const QString french = QStringLiteral(u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0");
+    const QString russian = QStringLiteral(u"\u041F\u0440\u0438\u0432\u0435\u0442");
+    QString longText;
+    for (int i = 0; i < 300; ++i)
+        longText += QStringLiteral(u"ligne %1 \u00E9t\u00E9\n").arg(i);
+    QByteArray french1252;
+    QByteArray long1252;
+    ASSERT_TRUE(AnsiCodePage::FromUnicode(french, 1252, french1252));
+    ASSERT_TRUE(AnsiCodePage::FromUnicode(longText, 1252, long1252));
     // Opened the way careless code does, without O_CLOEXEC; none of them may reach a program.
     const int leaky = ::open("/proc/self/status", O_RDONLY);
     int pipeEnds[2];
@@ -71,6 +84,8 @@ TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart)
         int expected;
         QString folder = QString();
         QString output = QString();
+        QByteArray bytes = QByteArray(); // the file cat prints
+        quint32 codePage = 1252;
     } cases[] = {
         {"success", Shell("exit 0"), {}, 0},
         {"failure", Shell("exit 3"), {}, 3},
@@ -88,54 +103,29 @@ TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart)
         {"killed", Shell("kill -KILL $$"), {}, util::kCrashed},
         // 3 is the folder ls opens to list it.
         {"standard descriptors only", {"ls", "-1", "/proc/self/fd"}, {}, 0, {}, "0\n1\n2\n3\n"},
+        {"utf16 with mark", cat, {}, 0, {}, french, Utf16Le(french)},
+        {"utf16 without mark", cat, {}, 0, {}, french, Utf16Le(french, false)},
+        {"code page 1252", cat, {}, 0, {}, french, french1252},
+        {"utf16 over many chunks", cat, {}, 0, {}, longText, Utf16Le(longText, false)},
+        {"code page over many chunks", cat, {}, 0, {}, longText, long1252},
+        {"cyrillic utf16 with mark", cat, {}, 0, {}, russian, Utf16Le(russian), 1251},
+        {"code page 1251", cat, {}, 0, {}, russian, "\xCF\xF0\xE8\xE2\xE5\xF2", 1251},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        AnsiCodePage::SetCurrent(c.codePage);
+        ASSERT_TRUE(testutil::WriteAll(file, c.bytes));
         QString output = QStringLiteral("stale");
         const int code = c.command.isEmpty()
                              ? util::RunProgram(c.commandLine, c.folder, output, 10000)
                              : util::RunProgram(c.command, c.folder, output, 10000);
-        EXPECT_EQ(code, c.expected) << c.name;
-        EXPECT_EQ(output, c.output) << c.name;
+        EXPECT_EQ(code, c.expected);
+        EXPECT_EQ(output, c.output);
     }
+    AnsiCodePage::Reset();
     ::close(leaky);
     ::close(pipeEnds[0]);
     ::close(pipeEnds[1]);
-}
-
-TEST(RunProgramTest, DecodesUtf16AndCodePageOutputToTheSameText) {
-    const QString french = QStringLiteral(u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0");
-    const QString russian = QStringLiteral(u"\u041F\u0440\u0438\u0432\u0435\u0442");
-    QString longText;
-    for (int i = 0; i < 300; ++i)
-        longText += QStringLiteral(u"ligne %1 \u00E9t\u00E9\n").arg(i);
-    QByteArray french1252;
-    ASSERT_TRUE(AnsiCodePage::FromUnicode(french, 1252, french1252));
-    QByteArray long1252;
-    ASSERT_TRUE(AnsiCodePage::FromUnicode(longText, 1252, long1252));
-    const struct {
-        const char* name;
-        quint32 codePage;
-        QByteArray bytes;
-        QString text;
-    } cases[] = {
-        {"utf16 with mark", 1252, Utf16Le(french), french},
-        {"utf16 without mark", 1252, Utf16Le(french, false), french},
-        {"code page 1252", 1252, french1252, french},
-        {"utf16 over many chunks", 1252, Utf16Le(longText, false), longText},
-        {"code page over many chunks", 1252, long1252, longText},
-        {"cyrillic utf16 with mark", 1251, Utf16Le(russian), russian},
-        {"code page 1251", 1251, QByteArray("\xCF\xF0\xE8\xE2\xE5\xF2"), russian},
-    };
-    QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("bytes"));
-    for (const auto& c : cases) {
-        AnsiCodePage::SetCurrent(c.codePage);
-        ASSERT_TRUE(testutil::WriteAll(file, c.bytes));
-        QString output;
-        EXPECT_EQ(util::RunProgram({QStringLiteral("cat"), file}, QString(), output), 0) << c.name;
-        EXPECT_EQ(output, c.text) << c.name;
-    }
-    AnsiCodePage::Reset();
 }
 
 // What the program started and left running is killed with it at the timeout, and left alone

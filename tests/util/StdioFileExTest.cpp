@@ -147,19 +147,32 @@ TEST_F(StdioFileExTest, WritesUtf16WithOneMarkAndAnsiWithOneBytePerCharacter) {
     }
 }
 
+// A missing file, folder or path fails with the reason, and the loader reports it only when
+// asked; opening for writing without create neither creates nor empties a file.
 TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
     const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
     CStdioFileEx file;
+    QString notFound;
+    EXPECT_FALSE(file.Open(missing, CStdioFileEx::modeWrite, &notFound));
+    EXPECT_TRUE(notFound.contains(QStringLiteral("missing.txt was not found")))
+        << notFound.toStdString();
+    EXPECT_FALSE(QFile::exists(missing));
     QString error;
-    EXPECT_FALSE(file.Open(missing, CStdioFileEx::modeWrite, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("was not found"))) << error.toStdString();
-    EXPECT_FALSE(QFile::exists(missing)); // writing without create never creates
     EXPECT_FALSE(file.Open(m_dir.filePath(QStringLiteral("no/such/dir.txt")),
                            CStdioFileEx::modeRead, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("incorrect path"))) << error.toStdString();
     EXPECT_THROW(CStdioFileEx(missing, CStdioFileEx::typeText), CFileException);
 
-    // A file opened for writing without create keeps its content and cannot be read.
+    util::RecordedMessages sink;
+    QString text;
+    EXPECT_FALSE(util::LoadTextFile(missing, text, false, &sink));
+    EXPECT_TRUE(sink.messages.isEmpty());
+    EXPECT_FALSE(util::LoadTextFile(missing, text, true, &sink));
+    EXPECT_EQ(sink.messages, QStringList(notFound)); // the loader gives the same reason
+    EXPECT_EQ(sink.kinds.value(0), util::MessageKind::Error);
+    EXPECT_FALSE(util::LoadTextFile(m_dir.path(), text, true, &sink)); // a folder
+    EXPECT_EQ(sink.messages.size(), 2);
+
     const QString existing = Write("keep\n");
     ASSERT_TRUE(file.Open(existing, CStdioFileEx::modeWrite));
     QString line;
@@ -253,22 +266,6 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
         EXPECT_EQ(streamed, c.text);
         EXPECT_EQ(reader.LooksLikeText(), c.plausible);
     }
-}
-
-TEST_F(TextFileTest, MissingFileFailsAndIsReportedOnlyWhenAsked) {
-    const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
-    util::RecordedMessages sink;
-    const QStringList& reported = sink.messages;
-    QString text;
-    EXPECT_FALSE(util::LoadTextFile(missing, text, false, &sink));
-    EXPECT_TRUE(reported.isEmpty());
-    EXPECT_FALSE(util::LoadTextFile(missing, text, true, &sink));
-    ASSERT_EQ(reported.size(), 1);
-    EXPECT_TRUE(reported[0].contains(QStringLiteral("missing.txt was not found")))
-        << reported[0].toStdString();
-    EXPECT_EQ(sink.kinds.value(0), util::MessageKind::Error);
-    EXPECT_FALSE(util::LoadTextFile(m_dir.path(), text, true, &sink)); // a folder
-    EXPECT_EQ(reported.size(), 2);
 }
 
 } // namespace
