@@ -186,12 +186,12 @@ private:
         ClickCell(last, modifiers);
     }
     QLineEdit* Editor() { return Grid().findChild<QLineEdit*>(); }
-    // Types into the current cell and presses Enter: the first key opens the editor.
-    void Enter(const QString& text) {
-        QTest::keyClicks(&Grid(), text.left(1));
-        QVERIFY(Editor());
-        QTest::keyClicks(Editor(), text.mid(1));
-        QTest::keyClick(Editor(), Qt::Key_Return);
+    // Types into the current cell, the first key opening the editor, and leaves the editor open.
+    void Type(const QString& text, ui::CaptionGrid* grid = nullptr) {
+        grid = grid ? grid : &Grid();
+        QTest::keyClicks(grid, text.left(1));
+        QVERIFY(grid->findChild<QLineEdit*>());
+        QTest::keyClicks(grid->findChild<QLineEdit*>(), text.mid(1));
     }
     QStringList MenuTitles() {
         QStringList titles;
@@ -356,7 +356,8 @@ private Q_SLOTS:
         QCOMPARE(area->subWindowList().size(), 2);
         QCOMPARE(area->activeSubWindow()->windowTitle(), "survey.xml:2");
         ClickCell(Cell(10, 1, 1));
-        Enter("Tout");
+        Type("Tout");
+        QTest::keyClick(Editor(), Qt::Key_Return);
         // The first window shows the edit made in the second.
         auto* first = qobject_cast<ui::TranslatorView*>(area->subWindowList().front()->widget());
         QCOMPARE(first->Model().index(RowOf(10, 1), 1).data().toString(), "Tout");
@@ -368,9 +369,7 @@ private Q_SLOTS:
         QCOMPARE(area->subWindowList().size(), 1);
         // An edit still open when the window closes is saved with the rest.
         ClickCell(Cell(10, 2, 1));
-        QTest::keyClicks(&Grid(), "P");
-        QVERIFY(Editor());
-        QTest::keyClicks(Editor(), "eu");
+        Type("Peu");
         Boxes([&] { area->activeSubWindow()->close(); }, QMessageBox::Yes);
         QTRY_COMPARE(area->subWindowList().size(), 0);
         CQuestionnaire saved;
@@ -419,9 +418,7 @@ private Q_SLOTS:
         // A text typed into a cell is merged into its entry; the cell shows the entry's text. Still
         // in the editor when the program is asked to end, it makes the dictionary one to save.
         ClickCell(model.index(0, 0), Qt::NoModifier, grid);
-        QTest::keyClicks(grid, "B");
-        QVERIFY(grid->findChild<QLineEdit*>());
-        QTest::keyClicks(grid->findChild<QLineEdit*>(), "rot");
+        Type("Brot", grid);
         QCOMPARE(Boxes([&] { m_window->close(); }, QMessageBox::Cancel),
                  QStringList{kSaveDictionary});
         QCOMPARE(model.index(0, 0).data().toString(), "Brot");
@@ -564,7 +561,8 @@ private Q_SLOTS:
         QVERIFY(!uri.isEmpty());
         const QVariant language = View().Model().headerData(1, Qt::Horizontal);
         ClickCell(Cell(10, 1, 1));
-        Enter("Sehr");
+        Type("Sehr");
+        QTest::keyClick(Editor(), Qt::Key_Return);
         QVERIFY(Modified());
         WhenOpen<QInputDialog>("/tmp/not-a-server.qew");
         QCOMPARE(Boxes([&] { Trigger(ui::strings::kSaveServer); }),
