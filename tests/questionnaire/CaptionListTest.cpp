@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 using namespace questionnaire;
+using namespace Qt::StringLiterals;
 using testutil::kEnglish;
+using testutil::kGerman;
 
 namespace {
 
@@ -26,80 +28,79 @@ std::vector<Row> Rows(const CQuestionnaire& q) {
     return rows;
 }
 
-std::vector<Row> Expected(bool withNotes) {
-    std::vector<Row> rows = {{10, -1, QStringLiteral("Q1")}, {10, -2, {}}};
-    if (withNotes)
-        rows.insert(rows.end(), {{10, -3, {}}, {10, -4, {}}});
-    rows.insert(rows.end(), {{10, 1, QStringLiteral("1")}, {10, 2, QStringLiteral("2")}});
-    rows.insert(rows.end(), {{20, -1, QStringLiteral("GRID")}, {20, -2, {}}});
-    if (withNotes)
-        rows.insert(rows.end(), {{20, -3, {}}, {20, -4, {}}});
-    rows.insert(rows.end(), {{21, -1, QStringLiteral("GRID_A")}, {21, -2, {}}});
-    if (withNotes)
-        rows.insert(rows.end(), {{21, -3, {}}, {21, -4, {}}});
-    for (int n = 2; n <= 43; ++n)
-        rows.push_back({-1, n, QString::number(n - 1)});
-    // Routing 6 has kind 1 and is not a caption; routing 7 is the second one listed.
-    rows.insert(rows.end(), {{-2, 5, QStringLiteral("1")}, {-2, 7, QStringLiteral("2")}});
-    return rows;
+// A question's rows: long and short captions, instructions and comments when listed, responses.
+void Question(std::vector<Row>& rows, qint32 id, const QString& label, bool withNotes,
+              int responses = 0) {
+    for (qint32 r = -1; r >= (withNotes ? -4 : -2); --r)
+        rows.push_back({id, r, r == -1 ? label : QString()});
+    for (int n = 1; n <= responses; ++n)
+        rows.push_back({id, n, QString::number(n)});
 }
 
+// The system messages follow the questions; the routings with a message come last.
 TEST(CaptionList, OrderAndLabelsFollowTheInstructionsSwitch) {
-    for (bool withNotes : {true, false}) {
-        CQuestionnaire q = testutil::MakeSample();
+    CQuestionnaire empty;
+    empty.AddFiltre(std::make_unique<CFiltre>(9, CFiltre::kKindWithMessage));
+    for (int round = 0; round < 3; ++round) {
+        const bool withNotes = round == 0;
+        CQuestionnaire q = round == 2 ? empty : testutil::MakeSample();
         q.SetAllowingInstructionAndComment(withNotes);
-        // The numeric question 21 has no response list even if it held responses.
-        EXPECT_EQ(Rows(q), Expected(withNotes)) << "instructions and comments: " << withNotes;
+        std::vector<Row> expected;
+        if (round < 2) {
+            Question(expected, 10, u"Q1"_s, withNotes, 2);
+            Question(expected, 20, u"GRID"_s, withNotes);
+            // The numeric question 21 has no response list even if it held responses.
+            Question(expected, 21, u"GRID_A"_s, withNotes);
+        }
+        for (int n = 2; n <= 43; ++n)
+            expected.push_back({-1, n, QString::number(n - 1)});
+        // Routing 6 has kind 1 and is not a caption; routing 7 is the second one listed.
+        if (round < 2)
+            expected.insert(expected.end(), {{-2, 5, u"1"_s}, {-2, 7, u"2"_s}});
+        else
+            expected.push_back({-2, 9, u"1"_s});
+        EXPECT_EQ(Rows(q), expected) << "round " << round << " (2: empty questionnaire)";
     }
 }
 
-TEST(CaptionList, EmptyQuestionnaireStillListsSystemMessagesThenRoutings) {
-    CQuestionnaire q;
-    q.AddFiltre(std::make_unique<CFiltre>(9, CFiltre::kKindWithMessage));
-    const std::vector<Row> rows = Rows(q);
-    ASSERT_EQ(rows.size(), 43u);
-    EXPECT_EQ(rows.front(), (Row{-1, 2, QStringLiteral("1")}));
-    EXPECT_EQ(rows[41], (Row{-1, 43, QStringLiteral("42")}));
-    EXPECT_EQ(rows.back(), (Row{-2, 9, QStringLiteral("1")}));
-}
-
-TEST(CaptionAccess, ReadsEveryKindAndEmptyForUnknownIds) {
+// Each id read in English, then written in German: known ids take the text, unknown ones are
+// ignored.
+TEST(CaptionAccess, ReadsAndWritesEveryKindAndIgnoresUnknownIds) {
     const CQuestionnaire q = testutil::MakeSample();
-    struct Case {
+    const struct {
         qint32 q, r;
-        QString expected;
+        QString english;
+        bool known = true;
     } cases[] = {
-        {10, -1, QStringLiteral("How satisfied are you?")},
-        {10, -2, QStringLiteral("Satisfaction")},
-        {10, -3, QStringLiteral("Read out\nthe scale")},
-        {10, -4, QStringLiteral("Tab\there")},
-        {10, 2, QStringLiteral("Not \"really\"")},
-        {10, 99, QString()},  // unknown response
-        {999, -1, QString()}, // unknown question
-        {-2, 5, QStringLiteral("Skipping ahead")},
-        {-2, 77, QString()}, // unknown routing
-        {-1, 3, QStringLiteral("Please answer this one.")},
-        {-1, 1, QString()}, // no such system message
+        {10, -1, u"How satisfied are you?"_s},
+        {10, -2, u"Satisfaction"_s},
+        {10, -3, u"Read out\nthe scale"_s},
+        {10, -4, u"Tab\there"_s},
+        {10, 1, u"Very"_s},
+        {10, 2, u"Not \"really\""_s},
+        {10, 99, QString(), false},  // unknown response
+        {999, -1, QString(), false}, // unknown question
+        {-2, 5, u"Skipping ahead"_s},
+        {-2, 7, QString()},
+        {-2, 77, QString(), false}, // unknown routing
+        {-1, 3, u"Please answer this one."_s},
+        {-1, 2, CQuestionnaire::GetStandardErrorMessage(kEnglish, 2)},
+        {-1, 1, QString(), false}, // no such system message
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(ReadCaption(q, c.q, c.r, kEnglish), c.expected) << c.q << "/" << c.r;
-    EXPECT_EQ(ReadCaption(q, -1, 2, kEnglish),
-              CQuestionnaire::GetStandardErrorMessage(kEnglish, 2));
-}
-
-TEST(CaptionAccess, WritesReachTheRightCaptionAndIgnoreUnknownIds) {
-    CQuestionnaire q = testutil::MakeSample();
-    const CQuestionnaire before = q;
-    WriteCaption(q, 999, -1, kEnglish, QStringLiteral("x"));
-    WriteCaption(q, 10, 99, kEnglish, QStringLiteral("x"));
-    WriteCaption(q, -2, 77, kEnglish, QStringLiteral("x"));
-    EXPECT_EQ(q, before);
-    for (qint32 r : {-1, -2, -3, -4, 1}) {
-        WriteCaption(q, 10, r, testutil::kGerman, QStringLiteral("de %1").arg(r));
-        EXPECT_EQ(ReadCaption(q, 10, r, testutil::kGerman), QStringLiteral("de %1").arg(r));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.q << "/" << c.r);
+        EXPECT_EQ(ReadCaption(q, c.q, c.r, kEnglish), c.english);
+        CQuestionnaire written = q;
+        const QString german = u"de %1/%2"_s.arg(c.q).arg(c.r);
+        WriteCaption(written, c.q, c.r, kGerman, german);
+        if (c.known)
+            EXPECT_EQ(ReadCaption(written, c.q, c.r, kGerman), german);
+        else
+            EXPECT_EQ(written, q);
     }
-    WriteCaption(q, -2, 7, testutil::kGerman, QStringLiteral("Weiter"));
-    EXPECT_EQ(q.GetFiltre(2).GetLocalisedMessage(testutil::kGerman), QStringLiteral("Weiter"));
+    CQuestionnaire written = q;
+    WriteCaption(written, -2, 7, kGerman, u"Weiter"_s);
+    EXPECT_EQ(written.GetFiltre(2).GetLocalisedMessage(kGerman), u"Weiter"_s);
 }
 
 TEST(SystemMessages, LanguagesFallBackToEnglish) {
@@ -130,7 +131,8 @@ TEST(VersionFilter, QuestionsAndResponses) {
         {{3}, true, false, true, false},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(QuestionPassesVersions(q10, c.selection), c.q10) << c.selection.size();
+        SCOPED_TRACE(testing::Message() << "selection of " << c.selection.size());
+        EXPECT_EQ(QuestionPassesVersions(q10, c.selection), c.q10);
         EXPECT_EQ(QuestionPassesVersions(q20, c.selection), c.q20);
         EXPECT_EQ(ResponsePassesVersions(q10, all, c.selection), c.response1);
         EXPECT_EQ(ResponsePassesVersions(q10, phoneOnly, c.selection), c.response2);
@@ -167,29 +169,13 @@ TEST(KindFilter, EachSwitchRemovesItsRowsOnly) {
 
 // Visibility: a hidden question stays when a later descendant, reached through hidden
 // questions only, is visible.
-struct VisibilityCase {
-    const char* name;
-    // id, visible, parent (0 = none), onScreen, onPaper
-    std::vector<std::array<qint32, 5>> questions;
-    std::vector<bool> kept;
-};
-
-CQuestionnaire Build(const VisibilityCase& c) {
-    CQuestionnaire q;
-    for (const auto& [id, visible, parent, screen, paper] : c.questions) {
-        auto question = std::make_unique<CQuestion>(id, QString::number(id));
-        question->m_visible = visible;
-        question->m_hasParent = parent != 0;
-        question->m_parentId = parent;
-        question->m_shownOnScreen = screen;
-        question->m_shownOnPaper = paper;
-        q.AddQuestion(std::move(question));
-    }
-    return q;
-}
-
 TEST(VisibilityFilter, WalksForwardThroughHiddenDescendants) {
-    const VisibilityCase cases[] = {
+    const struct {
+        const char* name;
+        // id, visible, parent (0 = none), onScreen, onPaper
+        std::vector<std::array<qint32, 5>> questions;
+        std::vector<bool> kept;
+    } cases[] = {
         {"visible question, shown somewhere", {{1, 1, 0, 1, 0}, {2, 1, 0, 0, 1}}, {true, true}},
         {"visible but on neither screen nor paper", {{1, 1, 0, 0, 0}}, {false}},
         {"hidden parent with a visible child", {{1, 0, 0, 1, 1}, {2, 1, 1, 1, 1}}, {true, true}},
@@ -214,8 +200,17 @@ TEST(VisibilityFilter, WalksForwardThroughHiddenDescendants) {
          {false, true}},
         {"parent id naming no question", {{2, 0, 7, 1, 1}, {3, 1, 2, 1, 1}}, {true, true}},
     };
-    for (const VisibilityCase& c : cases) {
-        const CQuestionnaire q = Build(c);
+    for (const auto& c : cases) {
+        CQuestionnaire q;
+        for (const auto& [id, visible, parent, screen, paper] : c.questions) {
+            auto question = std::make_unique<CQuestion>(id, QString::number(id));
+            question->m_visible = visible;
+            question->m_hasParent = parent != 0;
+            question->m_parentId = parent;
+            question->m_shownOnScreen = screen;
+            question->m_shownOnPaper = paper;
+            q.AddQuestion(std::move(question));
+        }
         const VisibilityFilter filter(q);
         for (size_t i = 0; i < c.kept.size(); ++i)
             EXPECT_EQ(filter.IsKept(int(i)), c.kept[i]) << c.name << ", question index " << i;

@@ -7,6 +7,7 @@
 #include <functional>
 
 using namespace questionnaire;
+using namespace Qt::StringLiterals;
 using testutil::kEnglish;
 using testutil::kFrench;
 using testutil::kGerman;
@@ -29,45 +30,49 @@ qsizetype RowOf(const CaptionTable& table, qint32 questionId, qint32 responseId)
     return -1;
 }
 
+// Questions, routings and, unless kept, languages removed behind the table's back.
+void KeepFirstQuestionOnly(CQuestionnaire& q, bool keepLanguages) {
+    CQuestionnaire fewer;
+    for (int i = 0; keepLanguages && i < q.GetLanguageCount(); ++i)
+        fewer.AddLanguage(std::make_unique<CLanguage>(q.GetLanguage(i)));
+    fewer.AddQuestion(std::make_unique<CQuestion>(q.GetQuestion(0)));
+    q = fewer;
+}
+
 TEST(CaptionTable, RowsColumnsAndCells) {
     CQuestionnaire q = testutil::MakeSample();
     // Two languages flagged as the default: the later one leads.
     q.GetAdrLanguage(2)->m_isMain = true;
     const CaptionTable table(&q);
     EXPECT_EQ(table.Languages(), (QList<qint32>{kGerman, kEnglish, kFrench}));
-    EXPECT_EQ(table.ColumnTitle(0), QStringLiteral("DEU"));
+    EXPECT_EQ(table.ColumnTitle(0), u"DEU"_s);
     ASSERT_EQ(table.RowCount(), 3 * 4 + 2 + 42 + 2);
     const struct {
         qint32 questionId, responseId;
         QString label;
         RowKind kind;
     } rows[] = {
-        {10, -1, QStringLiteral("Q1"), RowKind::LongCaption},
-        {10, -2, QString(), RowKind::ShortCaption},
-        {10, -3, QString(), RowKind::Instructions},
-        {10, -4, QString(), RowKind::Comments},
-        {10, 2, QStringLiteral("2"), RowKind::Response},
-        {-1, 2, QStringLiteral("1"), RowKind::SystemMessage},
-        {-1, 43, QStringLiteral("42"), RowKind::SystemMessage},
-        {-2, 7, QStringLiteral("2"), RowKind::Routing},
+        {10, -1, u"Q1"_s, RowKind::LongCaption},    {10, -2, QString(), RowKind::ShortCaption},
+        {10, -3, QString(), RowKind::Instructions}, {10, -4, QString(), RowKind::Comments},
+        {10, 2, u"2"_s, RowKind::Response},         {-1, 2, u"1"_s, RowKind::SystemMessage},
+        {-1, 43, u"42"_s, RowKind::SystemMessage},  {-2, 7, u"2"_s, RowKind::Routing},
     };
     for (const auto& r : rows) {
         const qsizetype row = RowOf(table, r.questionId, r.responseId);
         ASSERT_GE(row, 0) << r.questionId << "/" << r.responseId;
         EXPECT_EQ(table.RowLabel(row), r.label) << row;
         EXPECT_EQ(table.Kind(row), r.kind) << row;
-        EXPECT_EQ(int(r.kind), int(RowKindOf(r.questionId, r.responseId)));
     }
     // A system-message or routing row is one whatever its response id.
     EXPECT_EQ(RowKindOf(-1, -1), RowKind::SystemMessage);
     EXPECT_EQ(RowKindOf(-2, -3), RowKind::Routing);
     // Cells are read when asked, escaped as the grid shows them.
     const qsizetype instructions = RowOf(table, 10, -3);
-    EXPECT_EQ(table.Text(instructions, 1), QStringLiteral("Read out\\nthe scale"));
-    EXPECT_EQ(table.Caption(instructions, 1), QStringLiteral("Read out\nthe scale"));
-    q.GetAdrQuestion(0)->SetLocalisedInstructions(kEnglish, QStringLiteral("a\\b\tc"));
-    EXPECT_EQ(table.Text(instructions, 1), QStringLiteral("a\\\\b\\tc"));
-    EXPECT_EQ(table.Text(RowOf(table, -1, 3), 1), QStringLiteral("Please answer this one."));
+    EXPECT_EQ(table.Text(instructions, 1), u"Read out\\nthe scale"_s);
+    EXPECT_EQ(table.Caption(instructions, 1), u"Read out\nthe scale"_s);
+    q.GetAdrQuestion(0)->SetLocalisedInstructions(kEnglish, u"a\\b\tc"_s);
+    EXPECT_EQ(table.Text(instructions, 1), u"a\\\\b\\tc"_s);
+    EXPECT_EQ(table.Text(RowOf(table, -1, 3), 1), u"Please answer this one."_s);
 }
 
 // Each rule of writing back an edit: whether it is accepted, what the caption holds afterwards,
@@ -85,72 +90,58 @@ TEST(CaptionTable, WriteBackRules) {
         bool cellChanged;
         std::function<void(CQuestionnaire&)> meanwhile = {}; // done after the table was built
     } cases[] = {
-        {"first column never emptied", 10, -1, 0, QString(), false,
-         QStringLiteral("How satisfied are you?"), false, false},
-        {"first column of a routing never emptied", -2, 5, 0, QString(), false,
-         QStringLiteral("Skipping ahead"), false, false},
+        {"first column never emptied", 10, -1, 0, QString(), false, u"How satisfied are you?"_s,
+         false, false},
+        {"first column of a routing never emptied", -2, 5, 0, QString(), false, u"Skipping ahead"_s,
+         false, false},
         {"other columns may be emptied", 10, -1, 1, QString(), true, QString(), true, true},
-        {"unchanged text changes nothing", 10, -2, 0, QStringLiteral("Satisfaction"), true,
-         QStringLiteral("Satisfaction"), false, false},
-        {"letter case alone is a change", 10, -2, 0, QStringLiteral("satisfaction"), true,
-         QStringLiteral("satisfaction"), true, true},
-        {"escapes decoded, the doubled backslash last", 10, -3, 1,
-         QStringLiteral("a\\nb \\\\n \\\\ \\t\\r"), true, QStringLiteral("a\nb \\\n \\ \t\r"), true,
-         true},
-        {"comments", 10, -4, 2, QStringLiteral("Kommentar"), true, QStringLiteral("Kommentar"),
+        {"unchanged text changes nothing", 10, -2, 0, u"Satisfaction"_s, true, u"Satisfaction"_s,
+         false, false},
+        {"letter case alone is a change", 10, -2, 0, u"satisfaction"_s, true, u"satisfaction"_s,
          true, true},
-        {"response", 10, 1, 2, QStringLiteral("Sehr"), true, QStringLiteral("Sehr"), true, true},
-        {"response gone since", 10, 2, 2, QStringLiteral("x"), false, QString(), false, false,
+        {"escapes decoded, the doubled backslash last", 10, -3, 1, u"a\\nb \\\\n \\\\ \\t\\r"_s,
+         true, u"a\nb \\\n \\ \t\r"_s, true, true},
+        {"comments", 10, -4, 2, u"Kommentar"_s, true, u"Kommentar"_s, true, true},
+        {"response", 10, 1, 2, u"Sehr"_s, true, u"Sehr"_s, true, true},
+        {"response gone since", 10, 2, 2, u"x"_s, false, QString(), false, false,
          [](CQuestionnaire& q) { q.GetAdrQuestion(0)->RemoveModalite(1); }},
-        {"question gone since", 21, -1, 1, QStringLiteral("x"), false, QString(), false, false,
-         [](CQuestionnaire& q) {
-             CQuestionnaire fewer;
-             for (int i = 0; i < q.GetLanguageCount(); ++i)
-                 fewer.AddLanguage(std::make_unique<CLanguage>(q.GetLanguage(i)));
-             fewer.AddQuestion(std::make_unique<CQuestion>(q.GetQuestion(0)));
-             q = fewer;
-         }},
-        {"routing", -2, 7, 1, QStringLiteral("On saute"), true, QStringLiteral("On saute"), true,
-         true},
-        {"routing gone since: modified all the same", -2, 7, 1, QStringLiteral("x"), true,
-         QString(), true, false,
-         [](CQuestionnaire& q) {
-             CQuestionnaire fewer;
-             fewer.AddQuestion(std::make_unique<CQuestion>(q.GetQuestion(0)));
-             q = fewer;
-         }},
-        {"system message made custom", -1, 4, 1, QStringLiteral("Réponse ?"), true,
-         QStringLiteral("Réponse ?"), true, true},
-        {"system message unchanged", -1, 3, 0, QStringLiteral("Please answer this one."), true,
-         QStringLiteral("Please answer this one."), false, false},
+        {"question gone since", 21, -1, 1, u"x"_s, false, QString(), false, false,
+         [](CQuestionnaire& q) { KeepFirstQuestionOnly(q, true); }},
+        {"routing", -2, 7, 1, u"On saute"_s, true, u"On saute"_s, true, true},
+        {"routing gone since: modified all the same", -2, 7, 1, u"x"_s, true, QString(), true,
+         false, [](CQuestionnaire& q) { KeepFirstQuestionOnly(q, false); }},
+        {"system message made custom", -1, 4, 1, u"Réponse ?"_s, true, u"Réponse ?"_s, true, true},
+        {"system message unchanged", -1, 3, 0, u"Please answer this one."_s, true,
+         u"Please answer this one."_s, false, false},
         {"system message back to its standard text", -1, 3, 0, standard, true, standard, true,
          true},
         {"system message emptied, first column too", -1, 3, 0, QString(), true, standard, true,
          true},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.rule);
         CQuestionnaire q = testutil::MakeSample();
         CaptionTable table(&q);
         const qsizetype row = RowOf(table, c.questionId, c.responseId);
-        ASSERT_GE(row, 0) << c.rule;
+        ASSERT_GE(row, 0);
         if (c.meanwhile)
             c.meanwhile(q);
         Heard heard;
         table.AddListener(&heard);
         const CQuestionnaire before = q;
-        EXPECT_EQ(table.WriteBack(row, c.column, c.typed), c.accepted) << c.rule;
+        EXPECT_EQ(table.WriteBack(row, c.column, c.typed), c.accepted);
         const qint32 language = table.ColumnLanguage(c.column);
-        EXPECT_EQ(ReadCaption(q, c.questionId, c.responseId, language), c.stored) << c.rule;
-        EXPECT_EQ(heard.modified, c.modified ? 1 : 0) << c.rule;
+        EXPECT_EQ(ReadCaption(q, c.questionId, c.responseId, language), c.stored);
+        EXPECT_EQ(heard.modified, c.modified ? 1 : 0);
         using Cells = QList<std::pair<qsizetype, int>>;
         const Cells expected = c.cellChanged ? Cells{{row, c.column}} : Cells{};
-        EXPECT_EQ(heard.cells, expected) << c.rule;
+        EXPECT_EQ(heard.cells, expected);
         if (!c.modified) {
-            EXPECT_TRUE(q == before) << c.rule << ": nothing may change";
+            EXPECT_TRUE(q == before) << "nothing may change";
         }
         // A system message set back to its standard text is no longer customised.
         if (c.questionId == -1 && c.stored == standard) {
-            EXPECT_TRUE(q.GetCustomErrorMessages(c.responseId).IsEmpty()) << c.rule;
+            EXPECT_TRUE(q.GetCustomErrorMessages(c.responseId).IsEmpty());
         }
     }
 }
@@ -158,7 +149,7 @@ TEST(CaptionTable, WriteBackRules) {
 TEST(CaptionTable, WithoutQuestionnaireEditsAreRefusedAndChangesRefill) {
     CaptionTable empty;
     EXPECT_EQ(empty.RowCount(), 0);
-    EXPECT_FALSE(empty.WriteBack(0, 0, QStringLiteral("x")));
+    EXPECT_FALSE(empty.WriteBack(0, 0, u"x"_s));
 
     CQuestionnaire q = testutil::MakeSample();
     CaptionTable table(&q);

@@ -15,6 +15,7 @@
 #include <vector>
 
 using namespace questionnaire;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -98,7 +99,7 @@ QByteArray RawZip(const std::vector<RawEntry>& entries) {
 
 QByteArray SampleXml() {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("q.xml"));
+    const QString path = dir.filePath(u"q.xml"_s);
     return WriteXmlFile(path, testutil::MakeSample()) ? testutil::ReadAll(path) : QByteArray();
 }
 
@@ -120,7 +121,7 @@ Entries Unzip(const QString& qex) {
     Entries entries;
     zip_t* zip = zip_open(QFile::encodeName(qex).constData(), ZIP_RDONLY, nullptr);
     if (!zip)
-        return {{QStringLiteral("<not a zip>"), {}}};
+        return {{u"<not a zip>"_s, {}}};
     for (zip_uint64_t i = 0; i < zip_uint64_t(zip_get_num_entries(zip, 0)); ++i) {
         zip_stat_t st;
         zip_file_t* file =
@@ -142,14 +143,14 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(m_root.isValid());
         QDir root(m_root.path());
-        ASSERT_TRUE(root.mkdir(QStringLiteral("work")));
-        ASSERT_TRUE(root.mkdir(QStringLiteral("outside")));
-        Put(Outside() + QStringLiteral("/sentinel.txt"), "mine");
+        ASSERT_TRUE(root.mkdir(u"work"_s));
+        ASSERT_TRUE(root.mkdir(u"outside"_s));
+        Put(Outside() + u"/sentinel.txt"_s, "mine");
     }
 
     QString Path(const QString& name) const { return m_root.filePath(name); }
-    QString Work() const { return Path(QStringLiteral("work")) + QLatin1Char('/'); }
-    QString Outside() const { return Path(QStringLiteral("outside")); }
+    QString Work() const { return Path(u"work"_s) + QLatin1Char('/'); }
+    QString Outside() const { return Path(u"outside"_s); }
 
     // Writes a file, making its folders.
     static void Put(const QString& path, const QByteArray& bytes) {
@@ -172,8 +173,8 @@ protected:
     // Nothing outside the working folder may change, whatever a package holds; beside it there
     // is only what the tests make themselves.
     void ExpectOutsideUntouched() const {
-        EXPECT_EQ(Tree(Outside()), QStringList{QStringLiteral("sentinel.txt")});
-        EXPECT_EQ(testutil::ReadAll(Outside() + QStringLiteral("/sentinel.txt")), "mine");
+        EXPECT_EQ(Tree(Outside()), QStringList{u"sentinel.txt"_s});
+        EXPECT_EQ(testutil::ReadAll(Outside() + u"/sentinel.txt"_s), "mine");
         const QStringList own = {"work", "outside", "second", "extra", "linked"};
         for (const QString& name :
              QDir(m_root.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
@@ -193,7 +194,7 @@ protected:
 TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPackage) {
     const CQuestionnaire sample = testutil::MakeSample();
     ASSERT_GT(sample.GetNbreFiltre(), 0);
-    const QString qex = Path(QStringLiteral("survey.qex"));
+    const QString qex = Path(u"survey.qex"_s);
     // Without a working folder the package holds the XML alone; the flags choose what it says.
     const struct {
         qint32 flags;
@@ -227,27 +228,25 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
     // too, its stamps with it, but its questionnaire.xml never replaces ours. The same whether
     // the working folder is named absolutely or relatively, as a script names it.
     const QByteArray photo = PseudoRandomBytes(1536 * 1024);
-    const QString extra = Path(QStringLiteral("extra"));
-    Put(extra + QStringLiteral("/docs/manual.pdf"), "%PDF");
-    Put(extra + QStringLiteral("/questionnaire.xml"), "not ours");
-    Put(extra + QStringLiteral("/keep.stp"), "packed here");
+    const QString extra = Path(u"extra"_s);
+    Put(extra + u"/docs/manual.pdf"_s, "%PDF");
+    Put(extra + u"/questionnaire.xml"_s, "not ours");
+    Put(extra + u"/keep.stp"_s, "packed here");
     const QString current = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_root.path()));
-    for (const QString& folder : {Work(), QStringLiteral("work"), QStringLiteral("./work/")}) {
+    for (const QString& folder : {Work(), u"work"_s, u"./work/"_s}) {
         SCOPED_TRACE(folder.toStdString());
         read = CQuestionnaire();
         ASSERT_TRUE(read.ReadFromExchangeFormat(qex, folder)) << read.GetLastError().toStdString();
-        Put(Work() + QStringLiteral("media/photo.png"), photo);
-        Put(Work() + QStringLiteral("media/notes/.hidden.txt"), "h");
-        Put(Work() + QStringLiteral("run3.stp"), "stamp");
-        ASSERT_TRUE(QFile::link(Outside() + QStringLiteral("/sentinel.txt"),
-                                Work() + QStringLiteral("link")));
-        ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("linked")));
-        read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench,
-                                                        QStringLiteral("Nouveau"));
+        Put(Work() + u"media/photo.png"_s, photo);
+        Put(Work() + u"media/notes/.hidden.txt"_s, "h");
+        Put(Work() + u"run3.stp"_s, "stamp");
+        ASSERT_TRUE(QFile::link(Outside() + u"/sentinel.txt"_s, Work() + u"link"_s));
+        ASSERT_TRUE(QFile::link(Outside(), Work() + u"linked"_s));
+        read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench, u"Nouveau"_s);
         ASSERT_TRUE(read.SaveToExchangeFormat(qex, extra, -1)) << read.GetLastError().toStdString();
         // The working folder's XML is the saved one too.
-        const QByteArray xml = testutil::ReadAll(Work() + QStringLiteral("questionnaire.xml"));
+        const QByteArray xml = testutil::ReadAll(Work() + u"questionnaire.xml"_s);
         EXPECT_EQ(Unzip(qex), (Entries{{"questionnaire.xml", xml},
                                        {"docs/manual.pdf", "%PDF"},
                                        {"keep.stp", "packed here"},
@@ -259,12 +258,12 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
 
     // Unpacked elsewhere, everything but the stamp comes back.
     CQuestionnaire again;
-    const QString second = Path(QStringLiteral("second"));
+    const QString second = Path(u"second"_s);
     ASSERT_TRUE(QDir().mkdir(second));
     ASSERT_TRUE(again.ReadFromExchangeFormat(qex, second)) << again.GetLastError().toStdString();
     EXPECT_EQ(again, read);
     EXPECT_NE(again, sample);
-    EXPECT_EQ(testutil::ReadAll(second + QStringLiteral("/media/photo.png")), photo);
+    EXPECT_EQ(testutil::ReadAll(second + u"/media/photo.png"_s), photo);
     EXPECT_EQ(Tree(second),
               (QStringList{"docs", "docs/manual.pdf", "media", "media/notes",
                            "media/notes/.hidden.txt", "media/photo.png", "questionnaire.xml"}));
@@ -272,7 +271,7 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
     // A failed save keeps the old package and leaves no temporary file: a missing extra folder,
     // then a working folder removed behind the questionnaire's back.
     const QByteArray old = testutil::ReadAll(qex);
-    for (const QString& missing : {Path(QStringLiteral("no-such-folder")), QString()}) {
+    for (const QString& missing : {Path(u"no-such-folder"_s), QString()}) {
         if (missing.isEmpty()) {
             ASSERT_TRUE(QDir(Work()).removeRecursively());
         }
@@ -284,19 +283,19 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
         EXPECT_EQ(Tree(m_root.path()), before) << "a temporary file was left behind";
     }
     // A target folder that does not exist is not created.
-    EXPECT_FALSE(read.SaveToExchangeFormat(Path(QStringLiteral("missing/x.qex")), QString(), 0));
-    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("missing"))));
+    EXPECT_FALSE(read.SaveToExchangeFormat(Path(u"missing/x.qex"_s), QString(), 0));
+    EXPECT_FALSE(QFileInfo::exists(Path(u"missing"_s)));
     ExpectOutsideUntouched();
 }
 
 // Links planted in it are removed, never followed; stamps stay, and a stamp entry is never
 // unpacked.
 TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
-    Put(Work() + QStringLiteral("old/deep/x.txt"), "x");
-    Put(Work() + QStringLiteral(".hidden"), "x");
-    Put(Work() + QStringLiteral("run7.STP"), "stamp");
-    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("old/linked")));
-    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("media")));
+    Put(Work() + u"old/deep/x.txt"_s, "x");
+    Put(Work() + u".hidden"_s, "x");
+    Put(Work() + u"run7.STP"_s, "stamp");
+    ASSERT_TRUE(QFile::link(Outside(), Work() + u"old/linked"_s));
+    ASSERT_TRUE(QFile::link(Outside(), Work() + u"media"_s));
     const QString qex = WritePackage(RawZip({{"questionnaire.xml", SampleXml()},
                                              {"media/", {}},
                                              {"media/a.png", "png"},
@@ -306,7 +305,7 @@ TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
     ASSERT_TRUE(q.ReadFromExchangeFormat(qex, Work())) << q.GetLastError().toStdString();
     EXPECT_EQ(q, testutil::MakeSample());
     EXPECT_EQ(Tree(Work()), (QStringList{"media", "media/a.png", "questionnaire.xml", "run7.STP"}));
-    EXPECT_EQ(testutil::ReadAll(Work() + QStringLiteral("run7.STP")), "stamp");
+    EXPECT_EQ(testutil::ReadAll(Work() + u"run7.STP"_s), "stamp");
     ExpectOutsideUntouched();
 }
 
@@ -327,7 +326,7 @@ TEST_F(ExchangePackageTest, HostilePackagesAreRefusedBeforeAnythingIsWritten) {
     std::vector<RawEntry> tooMany{{"questionnaire.xml", xml}};
     for (qint64 i = 0; i < kMaxPackageEntries; ++i)
         tooMany.push_back({"f" + QByteArray::number(i), {}});
-    const QString absolute = Outside() + QStringLiteral("/evil");
+    const QString absolute = Outside() + u"/evil"_s;
     const struct {
         QByteArray package;
         QString entry; // quoted in the message
@@ -358,8 +357,8 @@ TEST_F(ExchangePackageTest, HostilePackagesAreRefusedBeforeAnythingIsWritten) {
          "zeros.bin", "compressed more than 1000:1"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.reason + (QStringLiteral(": ") + c.entry).toStdString());
-        Put(Work() + QStringLiteral("old.txt"), "old");
+        SCOPED_TRACE(c.reason + (u": "_s + c.entry).toStdString());
+        Put(Work() + u"old.txt"_s, "old");
         CQuestionnaire q = testutil::MakeSample();
         EXPECT_FALSE(q.ReadFromExchangeFormat(WritePackage(c.package), Work()));
         const QString error = q.GetLastError();
@@ -368,18 +367,18 @@ TEST_F(ExchangePackageTest, HostilePackagesAreRefusedBeforeAnythingIsWritten) {
             << error.toStdString();
         EXPECT_TRUE(error.endsWith(QLatin1String("Nothing was unpacked."))) << error.toStdString();
         EXPECT_EQ(q, testutil::MakeSample());
-        EXPECT_EQ(Tree(Work()), QStringList{QStringLiteral("old.txt")});
+        EXPECT_EQ(Tree(Work()), QStringList{u"old.txt"_s});
         ExpectOutsideUntouched();
     }
 }
 
 TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     // A stamp, and a link with a stamp's name that the clean-up therefore keeps.
-    Put(Work() + QStringLiteral("run1.stp"), "stamp");
-    ASSERT_TRUE(QFile::link(Outside(), Work() + QStringLiteral("media.stp")));
-    const QStringList kept = {QStringLiteral("media.stp"), QStringLiteral("run1.stp")};
+    Put(Work() + u"run1.stp"_s, "stamp");
+    ASSERT_TRUE(QFile::link(Outside(), Work() + u"media.stp"_s));
+    const QStringList kept = {u"media.stp"_s, u"run1.stp"_s};
     // A working folder that is itself a link: unpacking would empty what it points to.
-    const QString linked = Path(QStringLiteral("linked"));
+    const QString linked = Path(u"linked"_s);
     ASSERT_TRUE(QFile::link(Outside(), linked));
     const QByteArray xml = SampleXml();
     const QString good = WritePackage(RawZip({{"questionnaire.xml", xml}}));
@@ -391,9 +390,9 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
         QStringList left; // in the working folder afterwards
     } cases[] = {
         {good, QString(), "No working folder", {}, kept},
-        {good, Path(QStringLiteral("missing/")), "does not exist", {}, kept},
+        {good, Path(u"missing/"_s), "does not exist", {}, kept},
         {good, linked + QLatin1Char('/'), "is a symbolic link", linked, kept},
-        {Path(QStringLiteral("missing.qex")), Work(), "does not exist", {}, kept},
+        {Path(u"missing.qex"_s), Work(), "does not exist", {}, kept},
         {WritePackage("PK\x03\x04 but no archive", "junk.qex"),
          Work(),
          "cannot be opened as a package",
@@ -408,10 +407,10 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
         {WritePackage(
              RawZip({{"questionnaire.xml", xml}, {"big.bin", QByteArray(200000, 'b'), 100}}),
              "long.qex"),
-         Work(), "more bytes than the 100 it declares", QStringLiteral("'big.bin'"), kept},
+         Work(), "more bytes than the 100 it declares", u"'big.bin'"_s, kept},
         {WritePackage(RawZip({{"questionnaire.xml", xml}, {"media.stp/photo.png", "evil"}}),
                       "linked.qex"),
-         Work(), "is a symbolic link", Work() + QStringLiteral("media.stp"), kept},
+         Work(), "is a symbolic link", Work() + u"media.stp"_s, kept},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);

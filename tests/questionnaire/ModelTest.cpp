@@ -7,49 +7,41 @@
 #include <gtest/gtest.h>
 
 using namespace questionnaire;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-TEST(Language, FilledFromTheLocaleTable) {
-    const CLanguage english(1033);
-    EXPECT_EQ(english.m_shortName, QStringLiteral("ENU"));
-    EXPECT_EQ(english.m_name, QStringLiteral("English (United States)"));
-    EXPECT_EQ(CLanguage(1036).m_shortName, QStringLiteral("FRA"));
-    EXPECT_EQ(CLanguage(9).m_name, QStringLiteral("English")); // neutral locale
+TEST(LocaleTable, LanguagesAndLookupsByIdAbbreviationAndTag) {
+    const util::LocaleTable& table = util::LocaleTable::Instance();
+    EXPECT_EQ(CLanguage(1033).m_shortName, u"ENU"_s);
+    EXPECT_EQ(CLanguage(1033).m_name, u"English (United States)"_s);
+    EXPECT_EQ(CLanguage(1036).m_shortName, u"FRA"_s);
+    EXPECT_EQ(CLanguage(9).m_name, u"English"_s); // neutral locale
     // An id nobody knows has no name: the import relies on that to refuse it.
-    EXPECT_TRUE(CLanguage(0x7FFF).m_shortName.isEmpty());
-    EXPECT_TRUE(CLanguage(0x7FFF).m_name.isEmpty());
+    EXPECT_TRUE(CLanguage(0x7FFF).m_shortName.isEmpty() && CLanguage(0x7FFF).m_name.isEmpty());
+    const util::LocaleInfo* german = table.Find(1031);
+    ASSERT_NE(german, nullptr);
+    EXPECT_EQ(german->tag, u"de-DE"_s);
+    EXPECT_EQ(german->ansiCodePage, 1252);
+    EXPECT_EQ(german->oemCodePage, 850);
+    EXPECT_EQ(german->listSeparator, u";"_s);
+    EXPECT_EQ(german->languageNative, u"Deutsch"_s);
+    EXPECT_EQ(table.FindByAbbreviation(u"enu"_s), (QList<qint32>{9, 1033}));
+    EXPECT_GT(table.FindByAbbreviation(u"ZZZ"_s).size(), 1);
+    ASSERT_NE(table.FindByTag(u"ja_JP"_s), nullptr);
+    EXPECT_EQ(table.FindByTag(u"ja_JP"_s)->ansiCodePage, 932);
+    EXPECT_EQ(table.Find(0x7F), nullptr);
 
     std::vector<std::unique_ptr<CLanguage>> all;
     CLanguage::GetWindowsLanguages(all);
-    EXPECT_EQ(all.size(), size_t(util::LocaleTable::Instance().All().size()));
+    EXPECT_EQ(all.size(), size_t(table.All().size()));
     EXPECT_EQ(all.size(), 437u);
     // Specific locales come first, so that "ENU" names 1033 rather than the neutral 9.
-    const auto firstNeutral = std::find_if(all.begin(), all.end(), [](const auto& l) {
-        return !util::LocaleTable::Instance().Find(l->m_id)->tag.contains(QLatin1Char('-'));
-    });
-    EXPECT_TRUE(std::all_of(firstNeutral, all.end(), [](const auto& l) {
-        return !util::LocaleTable::Instance().Find(l->m_id)->tag.contains(QLatin1Char('-'));
-    }));
-    EXPECT_EQ((*firstNeutral)->m_id, 1);
-    CObjet::DeleteArray(all);
-    EXPECT_TRUE(all.empty());
-}
-
-TEST(LocaleTable, LookupsByIdAbbreviationAndTag) {
-    const util::LocaleTable& table = util::LocaleTable::Instance();
-    const util::LocaleInfo* german = table.Find(1031);
-    ASSERT_NE(german, nullptr);
-    EXPECT_EQ(german->tag, QStringLiteral("de-DE"));
-    EXPECT_EQ(german->ansiCodePage, 1252);
-    EXPECT_EQ(german->oemCodePage, 850);
-    EXPECT_EQ(german->listSeparator, QStringLiteral(";"));
-    EXPECT_EQ(german->languageNative, QStringLiteral("Deutsch"));
-    EXPECT_EQ(table.FindByAbbreviation(QStringLiteral("enu")), (QList<qint32>{9, 1033}));
-    EXPECT_GT(table.FindByAbbreviation(QStringLiteral("ZZZ")).size(), 1);
-    ASSERT_NE(table.FindByTag(QStringLiteral("ja_JP")), nullptr);
-    EXPECT_EQ(table.FindByTag(QStringLiteral("ja_JP"))->ansiCodePage, 932);
-    EXPECT_EQ(table.Find(0x7F), nullptr);
+    const auto specific = [&table](const auto& l) {
+        return table.Find(l->m_id)->tag.contains(QLatin1Char('-'));
+    };
+    EXPECT_TRUE(std::is_partitioned(all.begin(), all.end(), specific));
+    EXPECT_EQ((*std::partition_point(all.begin(), all.end(), specific))->m_id, 1);
 }
 
 TEST(LanguageList, ParsesIdsAndShortNamesAndDropsUnknownItems) {
@@ -57,15 +49,15 @@ TEST(LanguageList, ParsesIdsAndShortNamesAndDropsUnknownItems) {
         QString text;
         QList<qint32> expected;
     } cases[] = {
-        {QStringLiteral("1033,1036"), {1033, 1036}},
-        {QStringLiteral("enu,FRA,Deu"), {1033, 1036, 1031}},
-        {QStringLiteral("ENU, fra , 1031"), {1033, 1036, 1031}},
-        {QStringLiteral("ENU,Klingon,,FRA"), {1033, 1036}},
-        {QStringLiteral("Klingon"), {}},
+        {u"1033,1036"_s, {1033, 1036}},
+        {u"enu,FRA,Deu"_s, {1033, 1036, 1031}},
+        {u"ENU, fra , 1031"_s, {1033, 1036, 1031}},
+        {u"ENU,Klingon,,FRA"_s, {1033, 1036}},
+        {u"Klingon"_s, {}},
         {QString(), {}},
-        {QStringLiteral("-1"), {-1}}, // a number is taken as it stands
-        {QStringLiteral("1036,ENU"), {1036, 1033}},
-        {QStringLiteral("esp,esn"), {1034, 3082}},
+        {u"-1"_s, {-1}}, // a number is taken as it stands
+        {u"1036,ENU"_s, {1036, 1033}},
+        {u"esp,esn"_s, {1034, 3082}},
     };
     for (const auto& c : cases)
         EXPECT_EQ(ParseLanguageList(c.text), c.expected) << c.text.toStdString();
@@ -80,7 +72,7 @@ TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
     EXPECT_EQ(AddLanguages(q, {1034, 1033, 0, -1, 99999, 1040, 1034}), 2);
     ASSERT_EQ(q.GetLanguageCount(), 5);
     EXPECT_EQ(q.GetLanguage(3).m_id, 1034);
-    EXPECT_EQ(q.GetLanguage(3).m_shortName, QStringLiteral("ESP"));
+    EXPECT_EQ(q.GetLanguage(3).m_shortName, u"ESP"_s);
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
     q.SetDefaultLanguage(0);
     EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1036, 1033, 1031, 1034, 1040}));
@@ -92,7 +84,7 @@ TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
 TEST(LanguageColumns, ReadWhatEachLanguageHolds) {
     CLocalisedText texts;
     for (qint32 language : {-5, 1031, 1033, 2052, 2071, 0x10407, 70000})
-        texts.Set(language, QStringLiteral("text %1").arg(language));
+        texts.Set(language, u"text %1"_s.arg(language));
     const QList<QList<qint32>> columnLists = {
         {1033, 1036, 0, 1031},   {1031, 1033, 1031}, {0x10407, 1033, 4}, {-5, 1033}, {1036}, {},
         {2052, 1033, 1031, 1036}};
@@ -117,17 +109,17 @@ TEST(StaticTools, WholeNumbersAndSplitting) {
         bool ok;
         qint32 value;
     } numbers[] = {
-        {QStringLiteral("42"), true, 42},
-        {QStringLiteral("-2"), true, -2},
-        {QStringLiteral("+7"), true, 7},
-        {QStringLiteral("2147483647"), true, 2147483647},
-        {QStringLiteral("-2147483648"), true, std::numeric_limits<qint32>::min()},
-        {QStringLiteral("2147483648"), false, 0},
-        {QStringLiteral(""), false, 0},
-        {QStringLiteral("-"), false, 0},
-        {QStringLiteral("12a"), false, 0},
-        {QStringLiteral(" 12"), false, 0},
-        {QStringLiteral("1033(ENU)"), false, 0},
+        {u"42"_s, true, 42},
+        {u"-2"_s, true, -2},
+        {u"+7"_s, true, 7},
+        {u"2147483647"_s, true, 2147483647},
+        {u"-2147483648"_s, true, std::numeric_limits<qint32>::min()},
+        {u"2147483648"_s, false, 0},
+        {u""_s, false, 0},
+        {u"-"_s, false, 0},
+        {u"12a"_s, false, 0},
+        {u" 12"_s, false, 0},
+        {u"1033(ENU)"_s, false, 0},
     };
     for (const auto& c : numbers) {
         qint32 value = 0;
@@ -135,23 +127,22 @@ TEST(StaticTools, WholeNumbersAndSplitting) {
         EXPECT_EQ(CStaticTools::ToLong(c.text), c.value) << c.text.toStdString();
     }
     QStringList parts;
-    CStaticTools::ReadStringSeparatorString(QStringLiteral("a,,b"), QLatin1Char(','), parts);
-    EXPECT_EQ(parts, (QStringList{QStringLiteral("a"), QString(), QStringLiteral("b")}));
+    CStaticTools::ReadStringSeparatorString(u"a,,b"_s, QLatin1Char(','), parts);
+    EXPECT_EQ(parts, (QStringList{u"a"_s, QString(), u"b"_s}));
     CStaticTools::ReadStringSeparatorString(QString(), QLatin1Char(','), parts);
     EXPECT_TRUE(parts.isEmpty());
 }
 
 TEST(Questionnaire, DuplicateIdsAreRefusedAndCopiesAreDeep) {
     CQuestionnaire q = testutil::MakeSample();
-    EXPECT_EQ(q.AddQuestion(std::make_unique<CQuestion>(10, QStringLiteral("again"))), -1);
+    EXPECT_EQ(q.AddQuestion(std::make_unique<CQuestion>(10, u"again"_s)), -1);
     EXPECT_EQ(q.AddFiltre(std::make_unique<CFiltre>(5, 2)), -1);
     EXPECT_EQ(q.AddLanguage(std::make_unique<CLanguage>(1036u)), -1);
     EXPECT_EQ(q.GetAdrQuestion(0)->AddModalite(std::make_unique<CModalite>(1, QString())), -1);
 
     CQuestionnaire copy = q;
     EXPECT_EQ(copy, q);
-    copy.GetAdrQuestion(0)->GetAdrModalite(0)->SetLocalisedLongCaption(1033,
-                                                                       QStringLiteral("changed"));
+    copy.GetAdrQuestion(0)->GetAdrModalite(0)->SetLocalisedLongCaption(1033, u"changed"_s);
     EXPECT_NE(copy, q);
     int index = -1;
     ASSERT_TRUE(copy.FindQuestionById(21, index));

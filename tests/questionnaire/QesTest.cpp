@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 using namespace questionnaire;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -18,9 +19,7 @@ constexpr qint32 kProgramVersion = 0x0100;
 
 class QesTest : public ::testing::Test {
 protected:
-    QString Path(const QString& name = QStringLiteral("survey.qes")) const {
-        return m_dir.filePath(name);
-    }
+    QString Path(const QString& name = u"survey.qes"_s) const { return m_dir.filePath(name); }
 
     QString WriteSample(const CQuestionnaire& q = testutil::MakeSample()) {
         const util::Outcome written = WriteQesFile(Path(), q, kProgramVersion);
@@ -39,156 +38,130 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_F(QesTest, WholeFileWriteReplacesTheFileAndReadsBackTheSameQuestionnaire) {
+TEST_F(QesTest, WholeFileWriteReplacesTheFileAndAFailedOneLeavesIt) {
     WriteSample(); // the file written below takes its place
     CQuestionnaire q = testutil::MakeSample();
     // Texts that only survive when the file keeps UTF-16 as it is.
-    q.GetAdrQuestion(0)->SetLocalisedLongCaption(2000,
-                                                 QString(QChar(0xDC00)) + QStringLiteral("x"));
+    q.GetAdrQuestion(0)->SetLocalisedLongCaption(2000, QString(QChar(0xDC00)) + u"x"_s);
     q.GetAdrQuestion(0)->SetLocalisedShortCaption(2000,
                                                   QString::fromUtf16(u"\U0001F600\r\n\t\u0001"));
     q.GetAdrQuestion(0)->SetLocalisedComments(2001, QString()); // empty but present
     // First characters the database takes for a byte order mark unless the writer minds them.
-    q.GetAdrQuestion(0)->SetLocalisedInstructions(2000, QChar(0xFEFF) + QStringLiteral("mark"));
-    q.GetAdrQuestion(0)->SetLocalisedComments(2000, QChar(0xFFFE) + QStringLiteral("swapped"));
+    q.GetAdrQuestion(0)->SetLocalisedInstructions(2000, QChar(0xFEFF) + u"mark"_s);
+    q.GetAdrQuestion(0)->SetLocalisedComments(2000, QChar(0xFFFE) + u"swapped"_s);
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(WriteSample(q), read)) << read.GetLastError().toStdString();
     EXPECT_EQ(read.GetStatus(), kQesOk);
     EXPECT_EQ(read, q);
+
+    // A write that fails leaves the old file as it was, and nothing beside it.
+    const QByteArray before = testutil::ReadAll(Path());
+    const util::Outcome failed = WriteQesFile(Path(u"no/such/dir.qes"_s), q, kProgramVersion);
+    EXPECT_FALSE(failed);
+    EXPECT_FALSE(failed.Reason().isEmpty());
+    EXPECT_EQ(testutil::ReadAll(Path()), before);
+    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files), QStringList{u"survey.qes"_s});
 }
 
 TEST_F(QesTest, SavingCaptionsTouchesOnlyCaptionRows) {
     const QString path = WriteSample();
-    Sql(path, {QStringLiteral("CREATE TABLE layout (question_id INTEGER, css TEXT)"),
-               QStringLiteral("INSERT INTO layout VALUES (10, 'color: red')")});
-    const QStringList questionsBefore = Dump(path, QStringLiteral("questions"));
-    const QStringList languagesBefore = Dump(path, QStringLiteral("languages"));
-    const QStringList messagesBefore = Dump(path, QStringLiteral("system_messages"));
-
+    Sql(path, {u"CREATE TABLE layout (question_id INTEGER, css TEXT)"_s,
+               u"INSERT INTO layout VALUES (10, 'color: red')"_s});
+    // Tables a caption save must leave as they are; the program does not know the first one.
+    const QStringList untouched = {u"layout"_s, u"questions"_s, u"languages"_s,
+                                   u"system_messages"_s};
+    QList<QStringList> before;
+    for (const QString& table : untouched)
+        before.append(Dump(path, table));
     CQuestionnaire q;
     ASSERT_TRUE(ReadAll(path, q));
-    WriteCaption(q, 10, -1, testutil::kGerman, QStringLiteral("Wie zufrieden sind Sie?"));
+    WriteCaption(q, 10, -1, testutil::kGerman, u"Wie zufrieden sind Sie?"_s);
     WriteCaption(q, 10, 1, testutil::kFrench, QString());
     // Changes outside the captions must not reach the file through a caption save.
-    q.SetCustomErrorMessage(testutil::kEnglish, 9, QStringLiteral("not saved"));
+    q.SetCustomErrorMessage(testutil::kEnglish, 9, u"not saved"_s);
     q.AddLanguage(std::make_unique<CLanguage>(1040u));
 
     CDBStructureAdo db(CDBStructureAdo::GetQesConnectionString(path));
     ASSERT_TRUE(db.Open(false)) << db.GetLastError().toStdString();
     ASSERT_TRUE(db.SaveCaptionsOnly(&q)) << db.GetLastError().toStdString();
 
-    EXPECT_EQ(Dump(path, QStringLiteral("layout")), QStringList{QStringLiteral("10|color: red")});
-    EXPECT_EQ(Dump(path, QStringLiteral("questions")), questionsBefore);
-    EXPECT_EQ(Dump(path, QStringLiteral("languages")), languagesBefore);
-    EXPECT_EQ(Dump(path, QStringLiteral("system_messages")), messagesBefore);
+    for (qsizetype i = 0; i < untouched.size(); ++i)
+        EXPECT_EQ(Dump(path, untouched[i]), before[i]) << untouched[i].toStdString();
     CQuestionnaire read;
     ASSERT_TRUE(ReadAll(path, read));
-    EXPECT_EQ(ReadCaption(read, 10, -1, testutil::kGerman),
-              QStringLiteral("Wie zufrieden sind Sie?"));
+    EXPECT_EQ(ReadCaption(read, 10, -1, testutil::kGerman), u"Wie zufrieden sind Sie?"_s);
     EXPECT_EQ(ReadCaption(read, 10, 1, testutil::kFrench), QString());
     EXPECT_EQ(read.GetLanguageCount(), 3);
 
     // Each of the other savers brings its own part, and only that.
     ASSERT_TRUE(db.SaveLanguages(q));
     ASSERT_TRUE(db.SaveErrorMessages(q));
-    q.GetAdrFiltre(0)->SetLocalisedMessage(testutil::kFrench, QStringLiteral("On avance"));
+    q.GetAdrFiltre(0)->SetLocalisedMessage(testutil::kFrench, u"On avance"_s);
     ASSERT_TRUE(db.DoSaveFilters(&q));
     CQuestionnaire all;
     ASSERT_TRUE(ReadAll(path, all));
     EXPECT_EQ(all, q);
-    EXPECT_EQ(Dump(path, QStringLiteral("layout")), QStringList{QStringLiteral("10|color: red")});
+    EXPECT_EQ(Dump(path, u"layout"_s), before[0]);
 }
 
-TEST_F(QesTest, BrokenFilesAreRefusedWithTheirStatus) {
-    struct Case {
+// Damaged files are refused with their status and leave nothing half-read; warnings (statuses
+// above 8) still read the questionnaire.
+TEST_F(QesTest, DamagedAndOlderFilesAreReadWithTheirStatus) {
+    constexpr int kRemoved = -2;
+    const struct {
         const char* name;
-        std::function<void(const QString&)> damage;
         quint16 status;
+        const char* sql; // statements run on the sample's file, separated by ';'
+        int junk = -1;   // the file replaced by this many junk bytes, or removed
+        qint32 writtenBy = kProgramVersion;
+        const char* message = "";
     } cases[] = {
-        {"not a database", [](const QString& p) { testutil::WriteAll(p, QByteArray(4096, 'x')); },
-         kQesNotADatabase},
-        {"missing file", [](const QString& p) { QFile::remove(p); }, kQesCannotOpen},
-        {"empty file", [](const QString& p) { testutil::WriteAll(p, {}); }, kQesNotAQuestionnaire},
-        {"missing table",
-         [](const QString& p) { Sql(p, {QStringLiteral("DROP TABLE routing_messages")}); },
-         kQesNotAQuestionnaire},
-        {"wrong column type",
-         [](const QString& p) {
-             Sql(p,
-                 {QStringLiteral("DROP TABLE versions"),
-                  QStringLiteral("CREATE TABLE versions (id TEXT, position INTEGER, name TEXT)")});
-         },
-         kQesBadSchema},
-        {"newer format",
-         [](const QString& p) {
-             Sql(p, {QStringLiteral("UPDATE format SET value = '99' WHERE key = 'format'")});
-         },
-         kQesNewerFormat},
-        {"text in a number column",
-         [](const QString& p) { Sql(p, {QStringLiteral("UPDATE questions SET visible = 'yes'")}); },
-         kQesBadData},
-        {"negative question id",
-         [](const QString& p) {
-             Sql(p, {QStringLiteral("UPDATE questions SET id = -2 WHERE id = "
-                                    "(SELECT MIN(id) FROM questions)")});
-         },
-         kQesBadData},
-        {"negative response id",
-         [](const QString& p) {
-             Sql(p, {QStringLiteral("UPDATE responses SET id = -1 WHERE rowid = "
-                                    "(SELECT MIN(rowid) FROM responses)")});
-         },
-         kQesBadData},
-        {"number beyond 32 bits",
-         [](const QString& p) {
-             Sql(p, {QStringLiteral("UPDATE languages SET lcid = 5000000000 WHERE lcid = 1033")});
-         },
-         kQesBadData},
+        {"not a database", kQesNotADatabase, "", 4096},
+        {"missing file", kQesCannotOpen, "", kRemoved},
+        {"empty file", kQesNotAQuestionnaire, "", 0},
+        {"missing table", kQesNotAQuestionnaire, "DROP TABLE routing_messages"},
+        {"wrong column type", kQesBadSchema,
+         "DROP TABLE versions; CREATE TABLE versions (id TEXT, position INTEGER, name TEXT)"},
+        {"newer format", kQesNewerFormat, "UPDATE format SET value = '99' WHERE key = 'format'"},
+        {"text in a number column", kQesBadData, "UPDATE questions SET visible = 'yes'"},
+        {"negative question id", kQesBadData,
+         "UPDATE questions SET id = -2 WHERE id = (SELECT MIN(id) FROM questions)"},
+        {"negative response id", kQesBadData,
+         "UPDATE responses SET id = -1 WHERE rowid = (SELECT MIN(rowid) FROM responses)"},
+        {"number beyond 32 bits", kQesBadData,
+         "UPDATE languages SET lcid = 5000000000 WHERE lcid = 1033"},
+        {"captions of unknown questions and responses", kQesRowsSkipped,
+         "INSERT INTO question_captions VALUES (999, -1, 1033, 'orphan');"
+         "INSERT INTO response_captions VALUES (10, 77, 1033, 'orphan')",
+         -1, kProgramVersion, "2 rows"},
+        {"written by an older program", kQesWrittenByOlderProgram, "", -1, kProgramVersion - 1},
     };
-    for (const Case& c : cases) {
-        const QString path = WriteSample();
-        c.damage(path);
-        CQuestionnaire q = testutil::MakeSample();
-        EXPECT_FALSE(ReadAll(path, q)) << c.name;
-        EXPECT_EQ(q.GetStatus(), c.status) << c.name;
-        EXPECT_FALSE(q.GetLastError().isEmpty()) << c.name;
-        EXPECT_EQ(q.GetNbreQuestion(), 0) << c.name;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = Path();
+        ASSERT_TRUE(WriteQesFile(path, testutil::MakeSample(), c.writtenBy));
+        if (c.junk == kRemoved)
+            QFile::remove(path);
+        else if (c.junk >= 0)
+            testutil::WriteAll(path, QByteArray(c.junk, 'x'));
+        if (*c.sql)
+            Sql(path, QString::fromLatin1(c.sql).split(u';'));
+        CQuestionnaire q;
+        q.AddQuestion(std::make_unique<CQuestion>(99, u"stale"_s));
+        EXPECT_FALSE(ReadAll(path, q));
+        EXPECT_EQ(q.GetStatus(), c.status);
+        EXPECT_FALSE(q.GetLastError().isEmpty());
+        EXPECT_TRUE(q.GetLastError().contains(QLatin1String(c.message)));
+        if (QesStatusMeansRead(q.GetStatus())) {
+            EXPECT_EQ(q, testutil::MakeSample());
+            continue;
+        }
+        EXPECT_EQ(q.GetNbreQuestion(), 0) << "a failed read leaves nothing half-built";
         CDBStructureAdo db(CDBStructureAdo::GetQesConnectionString(path));
         if (c.status != kQesNewerFormat && c.status != kQesBadData) {
-            EXPECT_FALSE(db.Open(false)) << c.name;
+            EXPECT_FALSE(db.Open(false));
         }
     }
-}
-
-TEST_F(QesTest, WarningsAboveEightStillReadTheQuestionnaire) {
-    const QString path = WriteSample();
-    Sql(path, {QStringLiteral("INSERT INTO question_captions VALUES (999, -1, 1033, 'orphan')"),
-               QStringLiteral("INSERT INTO response_captions VALUES (10, 77, 1033, 'orphan')")});
-    CQuestionnaire q;
-    EXPECT_FALSE(ReadAll(path, q));
-    EXPECT_EQ(q.GetStatus(), kQesRowsSkipped);
-    EXPECT_TRUE(QesStatusMeansRead(q.GetStatus()));
-    EXPECT_TRUE(q.GetLastError().contains(QLatin1String("2 rows")));
-    EXPECT_EQ(q, testutil::MakeSample());
-
-    const QString older = Path(QStringLiteral("older.qes"));
-    ASSERT_TRUE(WriteQesFile(older, testutil::MakeSample(), kProgramVersion - 1));
-    CQuestionnaire o;
-    EXPECT_FALSE(ReadAll(older, o));
-    EXPECT_EQ(o.GetStatus(), kQesWrittenByOlderProgram);
-    EXPECT_EQ(o, testutil::MakeSample());
-}
-
-TEST_F(QesTest, FailedWholeFileWriteLeavesTheOldFile) {
-    const QString path = WriteSample();
-    const QByteArray before = testutil::ReadAll(path);
-    const util::Outcome failed = WriteQesFile(m_dir.filePath(QStringLiteral("no/such/dir.qes")),
-                                              testutil::MakeSample(), kProgramVersion);
-    EXPECT_FALSE(failed);
-    EXPECT_FALSE(failed.Reason().isEmpty());
-    EXPECT_EQ(testutil::ReadAll(path), before);
-    // No leftovers beside the target.
-    EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("survey.qes")});
 }
 
 } // namespace
