@@ -22,6 +22,41 @@
         <source>Cannot save the dictionary &apos;%1&apos;.</source>
         <translation>Das Wörterbuch „%1“ kann nicht gespeichert werden.</translation>
     </message>
+    <message>
+        <source>%1 translation units were left out: they match several dictionary entries or conflict with one, which needs a choice.</source>
+        <translation>%1 Übersetzungseinheiten wurden ausgelassen: Sie passen zu mehreren Wörterbucheinträgen oder widersprechen einem, was eine Entscheidung verlangt.</translation>
+    </message>
+    <message>
+        <source>Unknown XLIFF version &apos;%1&apos;: the versions are 1.2 and 2.0.</source>
+        <translation>Unbekannte XLIFF-Version „%1“: Die Versionen sind 1.2 und 2.0.</translation>
+    </message>
+</context>
+<context>
+    <name>campaign</name>
+    <message>
+        <source>Cannot create the campaign database &apos;%1&apos;: %2</source>
+        <translation>Die Kampagnendatenbank „%1“ kann nicht angelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>the table &apos;%1&apos; is described twice</source>
+        <translation>die Tabelle „%1“ ist zweimal beschrieben</translation>
+    </message>
+    <message>
+        <source>the table &apos;%1&apos; has no column &apos;%2&apos;</source>
+        <translation>die Tabelle „%1“ hat keine Spalte „%2“</translation>
+    </message>
+    <message>
+        <source>the relation &apos;%1&apos; names the missing table &apos;%2&apos;</source>
+        <translation>die Beziehung „%1“ nennt die fehlende Tabelle „%2“</translation>
+    </message>
+    <message>
+        <source>ADO error %1 - %2 - %3</source>
+        <translation>ADO-Fehler %1 - %2 - %3</translation>
+    </message>
+    <message>
+        <source>Unknown error in &apos;%1&apos;</source>
+        <translation>Unbekannter Fehler in „%1“</translation>
+    </message>
 </context>
 <context>
     <name>dictionary</name>
@@ -80,6 +115,18 @@
     <message>
         <source>Sending to the dictionary</source>
         <translation>Senden an das Wörterbuch</translation>
+    </message>
+    <message>
+        <source>Cannot write the translation memory &apos;%1&apos;: %2</source>
+        <translation>Der Übersetzungsspeicher „%1“ kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>Cannot read the translation memory &apos;%1&apos;: %2</source>
+        <translation>Der Übersetzungsspeicher „%1“ kann nicht gelesen werden: %2</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not a TMX translation memory.</source>
+        <translation>„%1“ ist kein TMX-Übersetzungsspeicher.</translation>
     </message>
 </context>
 <context>
@@ -613,6 +660,22 @@
         <source>Cannot create the file &apos;%1&apos;: %2</source>
         <translation>Die Datei „%1“ kann nicht angelegt werden: %2</translation>
     </message>
+    <message>
+        <source>The working folder &apos;%1&apos; is a symbolic link, and nothing is unpacked through links.</source>
+        <translation>Der Arbeitsordner „%1“ ist eine symbolische Verknüpfung, und durch Verknüpfungen wird nichts entpackt.</translation>
+    </message>
+    <message>
+        <source>question id %1 is below 0</source>
+        <translation>die Fragennummer %1 ist kleiner als 0</translation>
+    </message>
+    <message>
+        <source>response id %1 of question %2 is below 0</source>
+        <translation>die Antwortnummer %1 der Frage %2 ist kleiner als 0</translation>
+    </message>
+    <message>
+        <source>format %1 was written by a newer version of the program</source>
+        <translation>das Format %1 wurde von einer neueren Version des Programms geschrieben</translation>
+    </message>
 </context>
 <context>
     <name>ui</name>
@@ -804,6 +867,24 @@
         <source>Translator cannot open its window: no display could be reached%1. Run it in a desktop session, or give it a batch operation (translator --help).</source>
         <translation>Translator kann sein Fenster nicht öffnen: Es ist keine Anzeige erreichbar%1. Starten Sie es in einer Desktop-Sitzung, oder geben Sie ihm eine Stapeloperation (translator --help).</translation>
     </message>
+    <message>
+        <source>Open from Se&amp;rver...</source>
+        <translation>Vom Se&amp;rver öffnen...</translation>
+    </message>
+    <message>
+        <source>Save to Ser&amp;ver...</source>
+        <translation>Auf dem Server s&amp;peichern...</translation>
+    </message>
+    <message>
+        <source>Campaign database on a PostgreSQL server
+(postgresql://user@host:port/database):</source>
+        <translation>Kampagnendatenbank auf einem PostgreSQL-Server
+(postgresql://benutzer@host:port/datenbank):</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not a server location: it begins with postgresql://.</source>
+        <translation>„%1“ ist keine Serveradresse: Sie beginnt mit postgresql://.</translation>
+    </message>
 </context>
 <context>
     <name>ui::dialogs</name>
@@ -923,6 +1004,30 @@
         <source>%1 - %2</source>
         <translation>%1 - %2</translation>
     </message>
+    <message>
+        <source>XLIFF files (*.xlf *.xliff)</source>
+        <translation>XLIFF-Dateien (*.xlf *.xliff)</translation>
+    </message>
+    <message>
+        <source>Translation files (*.txt *.xlf *.xliff)</source>
+        <translation>Übersetzungsdateien (*.txt *.xlf *.xliff)</translation>
+    </message>
+    <message>
+        <source>Format:</source>
+        <translation>Format:</translation>
+    </message>
+    <message>
+        <source>Tab-separated text, for spreadsheets (.txt)</source>
+        <translation>Text mit Tabulatoren, für Tabellenkalkulationen (.txt)</translation>
+    </message>
+    <message>
+        <source>XLIFF 1.2, for translation tools (.xlf)</source>
+        <translation>XLIFF 1.2, für Übersetzungswerkzeuge (.xlf)</translation>
+    </message>
+    <message>
+        <source>XLIFF 2.0, for translation tools (.xlf)</source>
+        <translation>XLIFF 2.0, für Übersetzungswerkzeuge (.xlf)</translation>
+    </message>
 </context>
 <context>
     <name>util</name>
@@ -937,6 +1042,18 @@
     <message>
         <source>No transaction is open.</source>
         <translation>Es ist keine Transaktion offen.</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is a folder, not a file.</source>
+        <translation>„%1“ ist ein Ordner, keine Datei.</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not an ordinary file and cannot be replaced.</source>
+        <translation>„%1“ ist keine gewöhnliche Datei und kann nicht ersetzt werden.</translation>
+    </message>
+    <message>
+        <source>You do not have permission to change the file &apos;%1&apos;.</source>
+        <translation>Sie haben keine Berechtigung, die Datei „%1“ zu ändern.</translation>
     </message>
 </context>
 </TS>
