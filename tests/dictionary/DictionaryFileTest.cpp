@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace {
 
 // Little-endian pieces of a hand-made file.
@@ -75,111 +77,109 @@ TEST_F(DictionaryFileTest, ReadsEveryStringLengthFormEightBitStringsAndRepeatedL
     EXPECT_EQ(dictionary.GetLanguage(1).m_abbreviation, QStringLiteral("ENU"));
 }
 
-TEST_F(DictionaryFileTest, SaveWritesTheFormatAndLeavesDeletedEntriesOut) {
+TEST_F(DictionaryFileTest, SaveWritesTheFormatLeavesDeletedEntriesOutAndMakesTheFolders) {
     CDictionary dictionary;
     dictionary.AddEntry({{1036, QStringLiteral("Oui")}, {1033, QStringLiteral("Yes")}});
     dictionary.AddEntry({{1033, QStringLiteral("gone")}});
     dictionary.AddEntry({{1031, QStringLiteral("x").repeated(300)}});
     dictionary.DeleteEntry(1);
-    ASSERT_TRUE(dictionary.Save(Path(), m_messages));
+    // The missing folders are made.
+    const QString path = Path(QStringLiteral("Varnel/Translator/Translator.dic"));
+    ASSERT_TRUE(dictionary.Save(path, m_messages));
     const QByteArray expected =
         I32(101) + I32(2) + I32(2) + I32(1033) + Wide(QStringLiteral("Yes")) + I32(1036) +
         Wide(QStringLiteral("Oui")) + I32(1) + I32(1031) + Wide(QStringLiteral("x").repeated(300));
-    EXPECT_EQ(testutil::ReadAll(Path()), expected);
+    EXPECT_EQ(testutil::ReadAll(path), expected);
     EXPECT_TRUE(dictionary.IsModified()); // saving leaves the flag to the caller
 
     // Numbers close up on reload.
     CDictionary reloaded;
-    ASSERT_TRUE(reloaded.Load(Path(), m_messages));
+    ASSERT_TRUE(reloaded.Load(path, m_messages));
     ASSERT_EQ(reloaded.GetEntryCount(), 2);
     EXPECT_EQ(reloaded.GetEntry(1).m_number, 1);
     EXPECT_EQ(reloaded.GetEntry(1).GetText(1031).size(), 300);
+
+    // A folder that cannot be made: a file stands where it should be.
+    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
+    EXPECT_FALSE(dictionary.Save(Path(QStringLiteral("blocker/Translator.dic")), m_messages));
+    EXPECT_EQ(m_messages.messages.last(), QStringLiteral("Cannot create directory!"));
 }
 
-TEST_F(DictionaryFileTest, DamagedFilesKeepWhatWasReadAndAreNeverLost) {
-    QByteArray file = I32(101) + I32(3) + I32(1) + I32(1033) + Wide(QStringLiteral("kept")) +
-                      I32(2) + I32(1033) + Wide(QStringLiteral("cut"));
-    file.chop(2);
-    ASSERT_TRUE(testutil::WriteAll(Path(), file));
-    CDictionary dictionary;
-    EXPECT_FALSE(dictionary.Load(Path(), m_messages));
-    EXPECT_EQ(m_messages.messages,
-              QStringList{QStringLiteral("The dictionnary is either empty or cannot be found!")});
-    ASSERT_EQ(dictionary.GetEntryCount(), 1);
-    EXPECT_EQ(dictionary.GetEntry(0).GetText(1033), QStringLiteral("kept"));
-    EXPECT_FALSE(dictionary.IsModified());
-
-    dictionary.AddEntry({{1033, QStringLiteral("new")}});
-    ASSERT_TRUE(dictionary.Save(Path(), m_messages));
-    EXPECT_EQ(testutil::ReadAll(Path(QStringLiteral("Translator.dic.bak"))), file);
-    EXPECT_TRUE(m_messages.messages.last().contains(QLatin1String("Translator.dic.bak")));
+// A file that is there but was not read whole keeps what was read and is kept as a backup before
+// a save replaces it; one that may not be read is moved aside, as it cannot be copied. A missing
+// file, and a count below one, which reads no entries and is no fault of the file, leave nothing
+// to keep.
+TEST_F(DictionaryFileTest, FilesNotReadWholeAreKeptBeforeASave) {
+    const QByteArray kept = I32(1) + I32(1033) + Wide(QStringLiteral("kept"));
+    QByteArray cut = I32(101) + I32(3) + kept + I32(2) + I32(1033) + Wide(QStringLiteral("cut"));
+    cut.chop(2);
+    const struct {
+        const char* name;
+        QByteArray bytes; // null: no file
+        bool loads;
+        QStringList texts;   // English of the entries read
+        bool locked = false; // write-only, and loaded and saved by an unprivileged user
+    } cases[] = {
+        {"missing", QByteArray(), false, {}},
+        {"count 0", I32(101) + I32(0) + kept, true, {}},
+        {"count -1", I32(101) + I32(-1) + kept, true, {}},
+        {"lowest count", I32(101) + I32(-2147483648LL) + kept, true, {}},
+        {"cut short", cut, false, {"kept"}},
+        {"unreadable", I32(101) + I32(1) + kept, false, {}, true},
+    };
+    ASSERT_TRUE(QFile::setPermissions(m_dir.path(), QFileDevice::Permissions(0x7777)));
+    const auto writeOnly =
+        QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = Path(QString::fromLatin1(c.name) + ".dic");
+        const QString backup = path + ".bak";
+        if (!c.bytes.isNull()) {
+            ASSERT_TRUE(testutil::WriteAll(path, c.bytes));
+        }
+        if (c.locked) {
+            ASSERT_TRUE(QFile::setPermissions(path, writeOnly));
+        }
+        util::RecordedMessages messages;
+        {
+            std::optional<Unprivileged> user;
+            if (c.locked) {
+                ASSERT_TRUE(user.emplace().Ok()) << "cannot run as an unprivileged user";
+            }
+            CDictionary dictionary;
+            EXPECT_EQ(dictionary.Load(path, messages), c.loads);
+            EXPECT_EQ(messages.messages,
+                      c.loads ? QStringList()
+                              : QStringList(QStringLiteral(
+                                    "The dictionnary is either empty or cannot be found!")));
+            QStringList texts;
+            for (int n = 0; n < dictionary.GetEntryCount(); ++n)
+                texts << dictionary.GetEntry(n).GetText(1033);
+            EXPECT_EQ(texts, c.texts);
+            EXPECT_FALSE(dictionary.IsModified());
+            dictionary.AddEntry({{1033, QStringLiteral("new")}});
+            ASSERT_TRUE(dictionary.Save(path, messages));
+        }
+        const bool damaged = !c.loads && !c.bytes.isNull();
+        EXPECT_EQ(QFileInfo::exists(backup), damaged);
+        if (damaged) {
+            ASSERT_TRUE(QFile::setPermissions(backup, writeOnly | QFileDevice::ReadOwner));
+            EXPECT_EQ(testutil::ReadAll(backup), c.bytes);
+            EXPECT_TRUE(messages.messages.last().contains(backup));
+        }
+        CDictionary saved;
+        ASSERT_TRUE(saved.Load(path, messages));
+        EXPECT_EQ(saved.GetEntryCount(), c.texts.size() + 1);
+    }
 
     // Every length of a good file: a clean refusal or the whole dictionary, never a crash.
-    const QByteArray good = testutil::ReadAll(Path());
+    const QByteArray good = testutil::ReadAll(Path(QStringLiteral("cut short.dic")));
     for (qsizetype length = 0; length < good.size(); ++length) {
         ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("cut.dic")), good.left(length)));
         CDictionary cut;
         EXPECT_FALSE(cut.Load(Path(QStringLiteral("cut.dic")), m_messages)) << length;
         EXPECT_LT(cut.GetEntryCount(), 2) << length;
     }
-
-    // A file that is there but may not be read is kept too, moved aside as it cannot be copied.
-    const QString locked = Path(QStringLiteral("locked.dic"));
-    ASSERT_TRUE(testutil::WriteAll(locked, good));
-    const auto writeOnly =
-        QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
-    ASSERT_TRUE(QFile::setPermissions(locked, writeOnly));
-    ASSERT_TRUE(QFile::setPermissions(m_dir.path(), QFileDevice::Permissions(0x7777)));
-    {
-        Unprivileged user;
-        ASSERT_TRUE(user.Ok()) << "cannot run as an unprivileged user";
-        CDictionary unread;
-        EXPECT_FALSE(unread.Load(locked, m_messages));
-        EXPECT_EQ(m_messages.messages.last(),
-                  QStringLiteral("The dictionnary is either empty or cannot be found!"));
-        unread.AddEntry({{1033, QStringLiteral("one session")}});
-        EXPECT_TRUE(unread.Save(locked, m_messages));
-        EXPECT_TRUE(m_messages.messages.last().contains(QLatin1String("locked.dic.bak")));
-    }
-    ASSERT_TRUE(
-        QFile::setPermissions(locked + QStringLiteral(".bak"), writeOnly | QFileDevice::ReadOwner));
-    EXPECT_EQ(testutil::ReadAll(locked + QStringLiteral(".bak")), good);
-    CDictionary saved;
-    ASSERT_TRUE(saved.Load(locked, m_messages));
-    EXPECT_EQ(saved.GetEntryCount(), 1);
-}
-
-// The version, the count, then that many entries: a count below one reads none, and that is no
-// fault of the file.
-TEST_F(DictionaryFileTest, CountsBelowOneLoadAnEmptyDictionary) {
-    const QByteArray entry = I32(1) + I32(1033) + Wide(QStringLiteral("unread"));
-    for (const qint64 count : {0LL, -1LL, -2147483648LL}) {
-        SCOPED_TRACE(count);
-        ASSERT_TRUE(testutil::WriteAll(Path(), I32(101) + I32(count) + entry));
-        CDictionary dictionary;
-        EXPECT_TRUE(dictionary.Load(Path(), m_messages));
-        EXPECT_EQ(dictionary.GetEntryCount(), 0);
-        EXPECT_EQ(m_messages.messages, QStringList());
-        // Nothing was left unread that a save could lose.
-        dictionary.AddEntry({{1033, QStringLiteral("new")}});
-        ASSERT_TRUE(dictionary.Save(Path(), m_messages));
-        EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("Translator.dic.bak"))));
-    }
-}
-
-TEST_F(DictionaryFileTest, MissingFileAndFolders) {
-    CDictionary dictionary;
-    EXPECT_FALSE(dictionary.Load(Path(QStringLiteral("missing.dic")), m_messages));
-    EXPECT_EQ(dictionary.GetEntryCount(), 0);
-    EXPECT_FALSE(dictionary.IsModified());
-    // Saving creates the missing folders.
-    dictionary.AddEntry({{1033, QStringLiteral("a")}, {1036, QStringLiteral("b")}});
-    EXPECT_TRUE(
-        dictionary.Save(Path(QStringLiteral("Varnel/Translator/Translator.dic")), m_messages));
-    // A folder that cannot be made: a file stands where it should be.
-    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
-    EXPECT_FALSE(dictionary.Save(Path(QStringLiteral("blocker/Translator.dic")), m_messages));
-    EXPECT_EQ(m_messages.messages.last(), QStringLiteral("Cannot create directory!"));
 }
 
 } // namespace
