@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <gtest/gtest.h>
@@ -23,6 +24,7 @@
 #endif
 
 using exchange::StampOwner;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -45,12 +47,12 @@ TEST(WorkingFolderName, CutsThePathAtItsLastDot) {
         QString path;
         QString folder;
     } cases[] = {
-        {QStringLiteral("a/b/survey.qes"), QStringLiteral("a/b/survey.tmp/")},
-        {QStringLiteral("/srv/Wave3.QEX"), QStringLiteral("/srv/Wave3.tmp/")},
-        {QStringLiteral("a/b.c.qex"), QStringLiteral("a/b.c.tmp/")},
-        {QStringLiteral("a.b/survey"), QStringLiteral("a.tmp/")}, // the dot of a folder name
-        {QStringLiteral("survey."), QStringLiteral("survey.tmp/")},
-        {QStringLiteral("noext"), QString()},
+        {u"a/b/survey.qes"_s, u"a/b/survey.tmp/"_s},
+        {u"/srv/Wave3.QEX"_s, u"/srv/Wave3.tmp/"_s},
+        {u"a/b.c.qex"_s, u"a/b.c.tmp/"_s},
+        {u"a.b/survey"_s, u"a.tmp/"_s}, // the dot of a folder name
+        {u"survey."_s, u"survey.tmp/"_s},
+        {u"noext"_s, QString()},
         {QString(), QString()},
     };
     for (const auto& c : cases)
@@ -61,7 +63,7 @@ class WorkingFolderTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(m_dir.isValid());
-        m_path = m_dir.filePath(QStringLiteral("survey.qex"));
+        m_path = m_dir.filePath(u"survey.qex"_s);
         m_folder = exchange::WorkingFolderOf(m_path);
     }
 
@@ -82,6 +84,19 @@ protected:
         return kept;
     }
 
+    // Runs stamp_tool to the end, as another instance of the program sharing the folder; its
+    // standard output is returned through `output`.
+    void Run(const QString& action, int number, int clockAhead = 0, QString* output = nullptr) {
+        QProcess tool;
+        tool.start(QStringLiteral(STAMP_TOOL),
+                   {action, m_path, QString::number(number), QString::number(clockAhead)});
+        ASSERT_TRUE(tool.waitForFinished(30000)) << tool.errorString().toStdString();
+        ASSERT_EQ(tool.exitStatus(), QProcess::NormalExit);
+        ASSERT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+        if (output)
+            *output = QString::fromLocal8Bit(tool.readAllStandardOutput()).trimmed();
+    }
+
     QTemporaryDir m_dir;
     QString m_path;
     QString m_folder;
@@ -90,30 +105,30 @@ protected:
 TEST_F(WorkingFolderTest, PrepareCreatesTheFolderAndWritesTheStamp) {
     const QString folder = exchange::PrepareWorkingFolder(
         Owner(7, QDateTime(QDate(2026, 11, 22), QTime(12, 0))), m_path);
-    EXPECT_EQ(folder, m_dir.filePath(QStringLiteral("survey.tmp/")));
+    EXPECT_EQ(folder, m_dir.filePath(u"survey.tmp/"_s));
     EXPECT_EQ(testutil::ReadAll(Stamp(7)), QByteArray::fromHex("00000000 90a1e640"));
 
     // A second preparation keeps what the folder holds and rewrites the stamp whole.
-    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("content.xml"), "<q/>"));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"content.xml"_s, "<q/>"));
     ASSERT_TRUE(testutil::WriteAll(Stamp(7), QByteArray(20, 'x')));
     EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(7, kNoon), m_path), folder);
     EXPECT_EQ(testutil::ReadAll(Stamp(7)), StampBytes(util::ToOleDate(kNoon)));
-    EXPECT_EQ(testutil::ReadAll(m_folder + QStringLiteral("content.xml")), "<q/>");
+    EXPECT_EQ(testutil::ReadAll(m_folder + u"content.xml"_s), "<q/>");
     EXPECT_EQ(QDir(m_folder).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
 TEST_F(WorkingFolderTest, PathsWithoutADotHaveNoFolderToPrepareOrClean) {
     const QString previous = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_dir.path()));
-    ASSERT_TRUE(QDir().mkdir(QStringLiteral("noext.tmp")));
-    ASSERT_TRUE(testutil::WriteAll(QStringLiteral("noext.tmp/stamp1.stp"), StampBytes(0.0)));
-    EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(1, kNoon), QStringLiteral("noext")), QString());
-    exchange::CleanWorkingFolder(Owner(1, kNoon), QStringLiteral("noext"));
+    ASSERT_TRUE(QDir().mkdir(u"noext.tmp"_s));
+    ASSERT_TRUE(testutil::WriteAll(u"noext.tmp/stamp1.stp"_s, StampBytes(0.0)));
+    EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(1, kNoon), u"noext"_s), QString());
+    exchange::CleanWorkingFolder(Owner(1, kNoon), u"noext"_s);
     const QStringList entries = QDir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
-    const QStringList inside = QDir(QStringLiteral("noext.tmp")).entryList(QDir::Files);
+    const QStringList inside = QDir(u"noext.tmp"_s).entryList(QDir::Files);
     QDir::setCurrent(previous);
-    EXPECT_EQ(entries, QStringList{QStringLiteral("noext.tmp")});
-    EXPECT_EQ(inside, QStringList{QStringLiteral("stamp1.stp")});
+    EXPECT_EQ(entries, QStringList{u"noext.tmp"_s});
+    EXPECT_EQ(inside, QStringList{u"stamp1.stp"_s});
 }
 
 TEST_F(WorkingFolderTest, StampsYoungerThanThreeWholeHoursKeepTheFolder) {
@@ -154,24 +169,23 @@ TEST_F(WorkingFolderTest, StampsYoungerThanThreeWholeHoursKeepTheFolder) {
 
 TEST_F(WorkingFolderTest, OwnStampAloneLetsTheWholeFolderGo) {
     ASSERT_EQ(exchange::PrepareWorkingFolder(Owner(123, kNoon), m_path), m_folder);
-    ASSERT_TRUE(QFile::rename(Stamp(123), m_folder + QStringLiteral("STAMP123.STP")));
-    ASSERT_TRUE(QDir(m_folder).mkpath(QStringLiteral("media/images")));
-    ASSERT_TRUE(QDir(m_folder).mkdir(QStringLiteral("folder.stp")));
-    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("media/images/a.png"), "png"));
-    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("questionnaire.xml"), "<q/>"));
-    ASSERT_TRUE(testutil::WriteAll(m_folder + QStringLiteral("old.stp"),
+    ASSERT_TRUE(QFile::rename(Stamp(123), m_folder + u"STAMP123.STP"_s));
+    ASSERT_TRUE(QDir(m_folder).mkpath(u"media/images"_s));
+    ASSERT_TRUE(QDir(m_folder).mkdir(u"folder.stp"_s));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"media/images/a.png"_s, "png"));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"questionnaire.xml"_s, "<q/>"));
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"old.stp"_s,
                                    StampBytes(util::ToOleDate(kNoon.addDays(-1)))));
-    ASSERT_TRUE(QFile::setPermissions(m_folder + QStringLiteral("questionnaire.xml"),
+    ASSERT_TRUE(QFile::setPermissions(m_folder + u"questionnaire.xml"_s,
                                       QFileDevice::ReadOwner | QFileDevice::ReadUser));
-    ASSERT_TRUE(QFile::setPermissions(m_folder + QStringLiteral("media"),
+    ASSERT_TRUE(QFile::setPermissions(m_folder + u"media"_s,
                                       QFileDevice::ReadOwner | QFileDevice::ExeOwner));
 #ifdef Q_OS_UNIX
     // A stamp that cannot be read protects nothing.
-    ASSERT_TRUE(QFile::link(m_dir.filePath(QStringLiteral("nowhere")),
-                            m_folder + QStringLiteral("broken.stp")));
+    ASSERT_TRUE(QFile::link(m_dir.filePath(u"nowhere"_s), m_folder + u"broken.stp"_s));
     // Only regular files are stamps: opening a pipe would wait for a writer forever. Should the
     // clean-up wait all the same, a writer that comes and goes lets it go on.
-    const QByteArray pipe = QFile::encodeName(m_folder + QStringLiteral("pipe.stp"));
+    const QByteArray pipe = QFile::encodeName(m_folder + u"pipe.stp"_s);
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
 #endif
     auto cleaning = std::async(std::launch::async, [this] {
@@ -190,10 +204,10 @@ TEST_F(WorkingFolderTest, OwnStampAloneLetsTheWholeFolderGo) {
 // Nothing but a folder of that name is stamped or cleaned: a link would lead both into whatever
 // it points to. The folders above it are the user's, links or not.
 TEST_F(WorkingFolderTest, OnlyAFolderOfItsOwnIsStampedOrCleaned) {
-    const QString victim = m_dir.filePath(QStringLiteral("victim"));
-    ASSERT_TRUE(QDir().mkpath(victim + QStringLiteral("/sub")));
-    ASSERT_TRUE(testutil::WriteAll(victim + QStringLiteral("/keep.txt"), "keep"));
-    ASSERT_TRUE(testutil::WriteAll(victim + QStringLiteral("/stamp7.stp"), "not a stamp"));
+    const QString victim = m_dir.filePath(u"victim"_s);
+    ASSERT_TRUE(QDir().mkpath(victim + u"/sub"_s));
+    ASSERT_TRUE(testutil::WriteAll(victim + u"/keep.txt"_s, "keep"));
+    ASSERT_TRUE(testutil::WriteAll(victim + u"/stamp7.stp"_s, "not a stamp"));
     const QString place = QDir::cleanPath(m_folder);
     const auto victimTree = [&victim] {
         QStringList names;
@@ -218,25 +232,25 @@ TEST_F(WorkingFolderTest, OnlyAFolderOfItsOwnIsStampedOrCleaned) {
         EXPECT_EQ(exchange::PrepareWorkingFolder(Owner(7, kNoon), m_path), m_folder);
         exchange::CleanWorkingFolder(Owner(7, kNoon.addDays(1)), m_path);
         EXPECT_EQ(victimTree(), before);
-        EXPECT_EQ(testutil::ReadAll(victim + QStringLiteral("/stamp7.stp")), "not a stamp");
+        EXPECT_EQ(testutil::ReadAll(victim + u"/stamp7.stp"_s), "not a stamp");
         EXPECT_TRUE(QFileInfo(place).isSymLink() || testutil::ReadAll(place) == "file");
         ASSERT_TRUE(QFile::remove(place));
     }
 
-    const QString real = m_dir.filePath(QStringLiteral("real"));
+    const QString real = m_dir.filePath(u"real"_s);
     ASSERT_TRUE(QDir().mkdir(real));
-    ASSERT_TRUE(QFile::link(real, m_dir.filePath(QStringLiteral("parent"))));
-    const QString path = m_dir.filePath(QStringLiteral("parent/survey.qex"));
+    ASSERT_TRUE(QFile::link(real, m_dir.filePath(u"parent"_s)));
+    const QString path = m_dir.filePath(u"parent/survey.qex"_s);
     ASSERT_FALSE(exchange::PrepareWorkingFolder(Owner(7, kNoon), path).isEmpty());
-    EXPECT_TRUE(QFileInfo::exists(real + QStringLiteral("/survey.tmp/stamp7.stp")));
+    EXPECT_TRUE(QFileInfo::exists(real + u"/survey.tmp/stamp7.stp"_s));
     exchange::CleanWorkingFolder(Owner(7, kNoon), path);
-    EXPECT_FALSE(QFileInfo::exists(real + QStringLiteral("/survey.tmp")));
+    EXPECT_FALSE(QFileInfo::exists(real + u"/survey.tmp"_s));
 }
 
 // The stamps in the order the file system lists them, which is the order the clean-up meets them.
 QStringList StampsInListingOrder(const QString& folder) {
     QStringList names;
-    QDirIterator it(folder, {QStringLiteral("*.stp")}, QDir::Files);
+    QDirIterator it(folder, {u"*.stp"_s}, QDir::Files);
     while (it.hasNext()) {
         it.next();
         names.append(it.fileName());
@@ -251,23 +265,42 @@ TEST_F(WorkingFolderTest, YoungForeignStampStopsTheCleanUpWhereItIsMet) {
     bool ownMetFirst = false;
     bool foreignMetFirst = false;
     for (int i = 0; i < 64 && !(ownMetFirst && foreignMetFirst); ++i) {
-        const QString path = m_dir.filePath(QStringLiteral("q%1.qex").arg(i));
+        const QString path = m_dir.filePath(u"q%1.qex"_s.arg(i));
         const StampOwner foreign = Owner(100 + i, kNoon.addSecs(-3600));
         exchange::PrepareWorkingFolder(i % 2 ? own : foreign, path);
         const QString folder = exchange::PrepareWorkingFolder(i % 2 ? foreign : own, path);
-        ASSERT_TRUE(testutil::WriteAll(folder + QStringLiteral("data.xml"), "<q/>"));
+        ASSERT_TRUE(testutil::WriteAll(folder + u"data.xml"_s, "<q/>"));
         const QStringList order = StampsInListingOrder(folder);
         ASSERT_EQ(order.size(), 2);
         const bool ownFirst = order.first() == exchange::StampFileName(1);
 
         exchange::CleanWorkingFolder(own, path);
         EXPECT_TRUE(QFileInfo::exists(folder + exchange::StampFileName(100 + i)));
-        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("data.xml")));
+        EXPECT_TRUE(QFileInfo::exists(folder + u"data.xml"_s));
         EXPECT_EQ(QFileInfo::exists(folder + exchange::StampFileName(1)), !ownFirst) << i;
         (ownFirst ? ownMetFirst : foreignMetFirst) = true;
     }
     EXPECT_TRUE(ownMetFirst);
     EXPECT_TRUE(foreignMetFirst);
+}
+
+// Separate processes share the folder exactly as two programs do: a stamp written by one keeps
+// it from another's clean-up until three hours old, and a run's own stamp alone lets it go.
+TEST_F(WorkingFolderTest, StampsCrossProcesses) {
+    QString folder;
+    ASSERT_NO_FATAL_FAILURE(Run(u"prepare"_s, 1, 0, &folder));
+    EXPECT_EQ(folder, m_folder);
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"questionnaire.xml"_s, "<q/>"));
+    ASSERT_NO_FATAL_FAILURE(Run(u"clean"_s, 2));
+    EXPECT_TRUE(QFileInfo::exists(Stamp(1)));
+    EXPECT_TRUE(QFileInfo::exists(m_folder + u"questionnaire.xml"_s));
+    ASSERT_NO_FATAL_FAILURE(Run(u"clean"_s, 2, 4 * 3600));
+    EXPECT_FALSE(FolderExists());
+
+    ASSERT_NO_FATAL_FAILURE(Run(u"prepare"_s, 1));
+    ASSERT_TRUE(FolderExists());
+    ASSERT_NO_FATAL_FAILURE(Run(u"clean"_s, 1));
+    EXPECT_FALSE(FolderExists());
 }
 
 } // namespace
