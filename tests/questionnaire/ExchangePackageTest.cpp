@@ -1,7 +1,6 @@
 #include "questionnaire/formats/ExchangePackage.h"
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
-#include "questionnaire/formats/XmlFile.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -11,6 +10,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <zip.h>
+#include <zlib.h>
 
 #include <vector>
 
@@ -31,19 +31,12 @@ struct RawEntry {
     bool deflate = false;
 };
 
-quint32 Crc32(const QByteArray& data) {
-    quint32 crc = 0xFFFFFFFFu;
-    for (const char byte : data) {
-        crc ^= quint8(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-    }
-    return ~crc;
-}
-
-void Put(QByteArray& out, quint64 value, int bytes) {
+// Little-endian fields, each given as a value and its width in bytes.
+template <class... More> void Put(QByteArray& out, quint64 value, int bytes, More... more) {
     for (int i = 0; i < bytes; ++i)
         out.append(char((value >> (8 * i)) & 0xFF));
+    if constexpr (sizeof...(more) > 0)
+        Put(out, more...);
 }
 
 // A ZIP made on Unix; a declared size beyond 32 bits goes into a Zip64 field of both headers, as
@@ -56,51 +49,37 @@ QByteArray RawZip(const std::vector<RawEntry>& entries) {
             e.declaredSize == kActualSize ? quint64(e.data.size()) : e.declaredSize;
         // qCompress gives a length, a zlib header and an Adler-32 around the raw deflate stream.
         const QByteArray packed = e.deflate ? qCompress(e.data, 9).mid(6).chopped(4) : e.data;
+        const quint64 crc =
+            crc32(0, reinterpret_cast<const Bytef*>(e.data.constData()), uInt(e.data.size()));
         const bool zip64 = size >= 0xFFFFFFFFu;
         QByteArray extra;
-        if (zip64) {
-            Put(extra, 1, 2);
-            Put(extra, 16, 2);
-            Put(extra, size, 8);
-            Put(extra, quint64(packed.size()), 8);
-        }
+        if (zip64)
+            Put(extra, 1, 2, 16, 2, size, 8, quint64(packed.size()), 8);
+        // Version needed, flags, method, time (1980-01-01 00:00), CRC, sizes, name and extra
+        // lengths: the same in both headers.
         const auto fields = [&](QByteArray& out) {
-            Put(out, zip64 ? 45 : 20, 2);   // version needed
-            Put(out, 0, 2);                 // flags
-            Put(out, e.deflate ? 8 : 0, 2); // method
-            Put(out, 0x00210000, 4);        // 1980-01-01 00:00
-            Put(out, Crc32(e.data), 4);
-            Put(out, zip64 ? 0xFFFFFFFFu : quint64(packed.size()), 4);
-            Put(out, zip64 ? 0xFFFFFFFFu : size, 4);
-            Put(out, quint64(e.name.size()), 2);
-            Put(out, quint64(extra.size()), 2);
+            Put(out, zip64 ? 45 : 20, 2, 0, 2, e.deflate ? 8 : 0, 2, 0x00210000, 4, crc, 4,
+                zip64 ? 0xFFFFFFFFu : quint64(packed.size()), 4, zip64 ? 0xFFFFFFFFu : size, 4,
+                quint64(e.name.size()), 2, quint64(extra.size()), 2);
         };
-        Put(central, 0x02014b50, 4);
-        Put(central, 0x0314, 2); // made by Unix
+        Put(central, 0x02014b50, 4, 0x0314, 2); // made by Unix
         fields(central);
-        Put(central, 0, 6); // comment length, disk, internal attributes
-        Put(central, quint64(e.unixMode) << 16, 4);
-        Put(central, quint64(local.size()), 4);
+        // Comment length, disk, internal attributes; the mode; where the local header starts.
+        Put(central, 0, 6, quint64(e.unixMode) << 16, 4, quint64(local.size()), 4);
         central += e.name + extra;
         Put(local, 0x04034b50, 4);
         fields(local);
         local += e.name + extra + packed;
     }
     QByteArray zip = local + central;
-    Put(zip, 0x06054b50, 4);
-    Put(zip, 0, 4);
-    Put(zip, entries.size(), 2);
-    Put(zip, entries.size(), 2);
-    Put(zip, quint64(central.size()), 4);
-    Put(zip, quint64(local.size()), 4);
-    Put(zip, 0, 2);
+    Put(zip, 0x06054b50, 4, 0, 4, entries.size(), 2, entries.size(), 2, quint64(central.size()), 4,
+        quint64(local.size()), 4, 0, 2);
     return zip;
 }
 
+// The sample as WriteXmlFile writes it.
 QByteArray SampleXml() {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(u"q.xml"_s);
-    return WriteXmlFile(path, testutil::MakeSample()) ? testutil::ReadAll(path) : QByteArray();
+    return testutil::ReadAll(testutil::DataPath(u"sample.xml"_s));
 }
 
 QByteArray PseudoRandomBytes(qsizetype size) {
@@ -182,8 +161,8 @@ protected:
                 << "appeared beside the working folder: " << name.toStdString();
     }
 
-    QString WritePackage(const QByteArray& bytes, const char* name = "in.qex") const {
-        const QString qex = Path(QString::fromLatin1(name));
+    QString WritePackage(const QByteArray& bytes) const {
+        const QString qex = Path(u"in.qex"_s);
         EXPECT_TRUE(testutil::WriteAll(qex, bytes));
         return qex;
     }
@@ -381,9 +360,9 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     const QString linked = Path(u"linked"_s);
     ASSERT_TRUE(QFile::link(Outside(), linked));
     const QByteArray xml = SampleXml();
-    const QString good = WritePackage(RawZip({{"questionnaire.xml", xml}}));
+    const QByteArray good = RawZip({{"questionnaire.xml", xml}});
     const struct {
-        QString package;
+        QByteArray package; // none: a package that does not exist
         QString folder;
         const char* reason;
         QString mention;
@@ -392,30 +371,24 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
         {good, QString(), "No working folder", {}, kept},
         {good, Path(u"missing/"_s), "does not exist", {}, kept},
         {good, linked + QLatin1Char('/'), "is a symbolic link", linked, kept},
-        {Path(u"missing.qex"_s), Work(), "does not exist", {}, kept},
-        {WritePackage("PK\x03\x04 but no archive", "junk.qex"),
-         Work(),
-         "cannot be opened as a package",
-         {},
-         kept},
-        {WritePackage(RawZip({{"questionnaire.xml", "<questionnaire"}}), "bad.qex"),
+        {{}, Work(), "does not exist", {}, kept},
+        {"PK\x03\x04 but no archive", Work(), "cannot be opened as a package", {}, kept},
+        {RawZip({{"questionnaire.xml", "<questionnaire"}}),
          Work(),
          "holds a questionnaire.xml that cannot be read",
          {},
          {"media.stp", "questionnaire.xml", "run1.stp"}},
         // Found only while unpacking: what was unpacked so far goes again.
-        {WritePackage(
-             RawZip({{"questionnaire.xml", xml}, {"big.bin", QByteArray(200000, 'b'), 100}}),
-             "long.qex"),
-         Work(), "more bytes than the 100 it declares", u"'big.bin'"_s, kept},
-        {WritePackage(RawZip({{"questionnaire.xml", xml}, {"media.stp/photo.png", "evil"}}),
-                      "linked.qex"),
-         Work(), "is a symbolic link", Work() + u"media.stp"_s, kept},
+        {RawZip({{"questionnaire.xml", xml}, {"big.bin", QByteArray(200000, 'b'), 100}}), Work(),
+         "more bytes than the 100 it declares", u"'big.bin'"_s, kept},
+        {RawZip({{"questionnaire.xml", xml}, {"media.stp/photo.png", "evil"}}), Work(),
+         "is a symbolic link", Work() + u"media.stp"_s, kept},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
         CQuestionnaire q;
-        EXPECT_FALSE(q.ReadFromExchangeFormat(c.package, c.folder));
+        const QString qex = c.package.isNull() ? Path(u"missing.qex"_s) : WritePackage(c.package);
+        EXPECT_FALSE(q.ReadFromExchangeFormat(qex, c.folder));
         EXPECT_TRUE(q.GetLastError().contains(QLatin1String(c.reason)) &&
                     q.GetLastError().contains(c.mention))
             << q.GetLastError().toStdString();
