@@ -1,17 +1,13 @@
 #include "campaign/store/CampaignQuestionnaire.h"
-#include "app/AppContext.h"
-#include "app/QuestionnaireDocument.h"
+#include "campaign/CampaignBuilder.h"
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/store/CampaignStore.h"
-#include "questionnaire/CaptionAccess.h"
 #include "questionnaire/Modalite.h"
-#include "util/Messages.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <tuple>
 
 namespace vw = varnel_wave;
 
@@ -20,83 +16,17 @@ namespace {
 constexpr qint32 kEnglish = 1033;
 constexpr qint32 kFrench = 1036;
 
-std::unique_ptr<vw::CModality> Response(qint32 id, qint32 order, bool deleted, const char* english,
-                                        const char* french) {
-    auto m = std::make_unique<vw::CModality>();
-    m->m_modalityID = id;
-    m->m_questionID = 10;
-    m->m_modalityOrder = order;
-    m->m_isDeleted = deleted;
-    m->m_entryCode = QString::number(order + 1);
-    m->m_userData = QStringLiteral("data %1").arg(id);
-    m->m_appearanceVolumeID = 5;
-    for (const auto& [language, text] :
-         {std::pair{kEnglish, english}, std::pair{kFrench, french}}) {
-        auto caption = std::make_unique<vw::CModalityCaption>();
-        caption->m_modalityID = id;
-        caption->m_questionID = 10;
-        caption->m_languageID = language;
-        caption->m_shortCaption = QString::fromUtf8(text);
-        m->AddCaption(std::move(caption));
-    }
-    return m;
-}
-
-// Both languages flagged default; question 10 has no French long caption, response 12 is
-// deleted, and question 20 is deleted.
-std::unique_ptr<vw::CCampaign> BuildCampaign() {
-    auto c = std::make_unique<vw::CCampaign>();
-    c->m_name = QStringLiteral("Household panel");
-    c->m_versionNumber = QStringLiteral("5.6.0.0");
-    auto wave = std::make_unique<vw::CWave>();
-    wave->m_waveID = 1;
-    wave->m_name = QStringLiteral("Spring");
-    c->AddWave(std::move(wave));
-    auto volume = std::make_unique<vw::CVolume>();
-    volume->m_volumeID = 5;
-    volume->m_waveID = 1;
-    volume->m_name = QStringLiteral("Main");
-    c->AddVolume(std::move(volume));
-    for (const qint32 id : {kEnglish, kFrench}) {
-        auto language = std::make_unique<vw::CLanguage>();
-        language->m_languageID = id;
-        language->m_isDefault = true;
-        language->m_languageName =
-            id == kEnglish ? QStringLiteral("English") : QStringLiteral("French");
-        c->AddLanguage(std::move(language));
-    }
-    for (const qint32 id : {10, 20}) {
-        auto q = std::make_unique<vw::CQuestion>();
-        q->m_questionID = id;
-        q->m_order = id / 10;
-        q->m_isDeleted = id == 20;
-        q->m_shortcut = QStringLiteral("Q%1").arg(id);
-        q->m_indent = 2;
-        q->m_appearanceVolumeID = 5;
-        for (const auto& [language, longCaption, shortCaption] :
-             {std::tuple{kEnglish, "How old are you?", "Age"}, std::tuple{kFrench, "", "Âge"}}) {
-            auto caption = std::make_unique<vw::CQuestionCaption>();
-            caption->m_questionID = id;
-            caption->m_languageID = language;
-            caption->m_longCaption = QString::fromUtf8(longCaption);
-            caption->m_shortCaption = QString::fromUtf8(shortCaption);
-            q->AddCaption(std::move(caption));
-        }
-        if (id == 10) {
-            q->AddModality(Response(11, 0, false, "Young", "Jeune"));
-            q->AddModality(Response(12, 1, true, "Old", "Vieux"));
-        }
-        c->AddQuestion(std::move(q));
-    }
-    return c;
-}
-
-// One campaign file read as a questionnaire, written back, and opened by its upper-case name.
+// One campaign file read as a questionnaire and written back. (Batch work opens one by an
+// upper-case name in the exchange tests.)
 TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNotShow) {
     QTemporaryDir dir;
     const QString location = dir.filePath(QStringLiteral("panel.qew"));
     ASSERT_TRUE(campaign::CreateDatabase(location));
-    const auto expected = BuildCampaign();
+    // Both languages flagged default, question 300 deleted, and an older version text.
+    const auto expected = vw::campaigntest::BuildCampaign();
+    expected->m_versionNumber = QStringLiteral("5.6.0.0");
+    expected->FindLanguage(kFrench)->m_isDefault = true;
+    expected->FindQuestion(300)->m_isDeleted = true;
     const util::Outcome created = campaign::SaveCampaign(location, *expected);
     ASSERT_TRUE(created) << created.Reason().toStdString();
 
@@ -105,14 +35,15 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
     campaign::RemovedResponses removed;
     ASSERT_TRUE(campaign::LoadCampaignAsQuestionnaire(location, q, *read, removed));
     q.PrepareLinks();
-    EXPECT_EQ(q.GetName(), QStringLiteral("Household panel"));
+    EXPECT_EQ(q.GetName(), QStringLiteral("Panel"));
     ASSERT_EQ(q.GetLanguageCount(), 2);
     EXPECT_EQ(q.GetDefaultLanguage(), kFrench);        // the later of the two flagged
     EXPECT_FALSE(q.IsAllowingInstructionAndComment()); // a campaign keeps none
-    ASSERT_EQ(q.GetNbreQuestion(), 1);
+    ASSERT_EQ(q.GetNbreQuestion(), 2);
     CQuestion& question = *q.GetAdrQuestion(0);
-    EXPECT_EQ(question.m_id, 10);
-    EXPECT_EQ(question.m_shortcut, QStringLiteral("Q10"));
+    EXPECT_EQ(question.m_id, 100);
+    EXPECT_EQ(question.m_shortcut, QStringLiteral("Q100"));
+    EXPECT_EQ(q.GetQuestion(1).m_id, 200);
     const struct {
         const CLocalisedText& text;
         qint32 language;
@@ -120,68 +51,57 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
         const char* value;
     } captions[] = {
         {question.LongCaption(), kEnglish, true, "How old are you?"},
-        {question.LongCaption(), kFrench, false, ""}, // empty: untranslated
+        {question.LongCaption(), kFrench, true, "Quel âge avez-vous ?"},
         {question.ShortCaption(), kEnglish, true, "Age"},
-        {question.ShortCaption(), kFrench, true, "Âge"},
+        {question.ShortCaption(), kFrench, false, ""}, // empty: untranslated
     };
     for (const auto& c : captions) {
         EXPECT_EQ(c.text.Has(c.language), c.has) << c.value;
         EXPECT_EQ(c.text.Get(c.language), QString::fromUtf8(c.value));
     }
     ASSERT_EQ(question.GetNbreModalite(), 1);
-    EXPECT_EQ(question.GetModalite(0).m_id, 11);
-    EXPECT_EQ(question.GetModalite(0).GetLocalisedLongCaption(kFrench), QStringLiteral("Jeune"));
+    EXPECT_EQ(question.GetModalite(0).m_id, 1001);
+    EXPECT_EQ(question.GetModalite(0).GetLocalisedLongCaption(kFrench), QStringLiteral("Oui"));
     ASSERT_EQ(removed.size(), 1u);
-    EXPECT_EQ(removed[0]->m_modalityID, 12);
+    EXPECT_EQ(removed[0]->m_modalityID, 1002);
     EXPECT_TRUE(removed[0]->m_isDeleted);
 
     // Saved back over the campaign as read.
-    question.SetLocalisedLongCaption(kFrench, QStringLiteral("Quel âge avez-vous ?"));
-    question.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish, QStringLiteral("Younger"));
+    question.SetLocalisedShortCaption(kFrench, QStringLiteral("Âge"));
+    question.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish, QStringLiteral("Certainly"));
     const util::Outcome saved =
         campaign::SaveQuestionnaireIntoCampaign(location, q, read, removed, true);
     ASSERT_TRUE(saved) << saved.Reason().toStdString();
     vw::CCampaign written;
     ASSERT_TRUE(campaign::LoadCampaign(location, written));
     EXPECT_EQ(written.m_versionNumber, QStringLiteral("5,6,1,0"));
-    const vw::CQuestion* question10 = written.FindQuestion(10);
-    ASSERT_NE(question10, nullptr);
-    EXPECT_EQ(question10->m_indent, 2); // not in the questionnaire, kept
-    ASSERT_NE(question10->FindCaption(kFrench), nullptr);
-    EXPECT_EQ(question10->FindCaption(kFrench)->m_longCaption,
+    const vw::CQuestion* question100 = written.FindQuestion(100);
+    ASSERT_NE(question100, nullptr);
+    EXPECT_EQ(question100->m_indent, 1); // not in the questionnaire, kept
+    ASSERT_NE(question100->FindCaption(kFrench), nullptr);
+    EXPECT_EQ(question100->FindCaption(kFrench)->m_shortCaption, QStringLiteral("Âge"));
+    EXPECT_EQ(question100->FindCaption(kFrench)->m_longCaption,
               QStringLiteral("Quel âge avez-vous ?"));
-    EXPECT_EQ(question10->FindCaption(kFrench)->m_shortCaption, QStringLiteral("Âge"));
-    const vw::CModality* kept = written.FindModality(11);
+    const vw::CModality* kept = written.FindModality(1001);
     ASSERT_NE(kept, nullptr);
-    EXPECT_EQ(kept->FindCaption(kEnglish)->m_shortCaption, QStringLiteral("Younger"));
-    EXPECT_EQ(kept->m_userData, QStringLiteral("data 11"));
+    EXPECT_EQ(kept->FindCaption(kEnglish)->m_shortCaption, QStringLiteral("Certainly"));
+    EXPECT_EQ(kept->m_userData, QStringLiteral("data of 1001"));
     // The deleted response and question are back as they were.
-    const vw::CModality* deleted = written.FindModality(12);
+    const vw::CModality* deleted = written.FindModality(1002);
     ASSERT_NE(deleted, nullptr);
-    const vw::CModality& original = *expected->FindModality(12);
+    const vw::CModality& original = *expected->FindModality(1002);
     EXPECT_TRUE(deleted->m_isDeleted);
     EXPECT_EQ(deleted->m_entryCode, original.m_entryCode);
     EXPECT_EQ(deleted->m_userData, original.m_userData);
     for (const qint32 language : {kEnglish, kFrench})
         EXPECT_EQ(deleted->FindCaption(language)->m_shortCaption,
                   original.FindCaption(language)->m_shortCaption);
-    ASSERT_NE(written.FindQuestion(20), nullptr);
-    EXPECT_TRUE(written.FindQuestion(20)->m_isDeleted);
+    ASSERT_NE(written.FindQuestion(300), nullptr);
+    EXPECT_TRUE(written.FindQuestion(300)->m_isDeleted);
     // Only the later default language stays flagged.
     ASSERT_NE(written.FindLanguage(kEnglish), nullptr);
     EXPECT_FALSE(written.FindLanguage(kEnglish)->m_isDefault);
     EXPECT_TRUE(written.FindLanguage(kFrench)->m_isDefault);
-
-    // An upper-case ending opens as a campaign (batch work opens one in the exchange tests).
-    const QString upper = dir.filePath(QStringLiteral("PANEL.QEW"));
-    ASSERT_TRUE(QFile::rename(location, upper));
-    app::AppContext app;
-    util::RecordedMessages messages;
-    app::QuestionnaireDocument document(app, messages);
-    ASSERT_TRUE(document.OpenSilently(upper)) << document.LastError().toStdString();
-    EXPECT_EQ(document.Type(), qint16(questionnaire::FileType::Campaign));
-    EXPECT_EQ(questionnaire::ReadCaption(*document.Questionnaire(), 10, -1, kFrench),
-              QStringLiteral("Quel âge avez-vous ?"));
 }
 
 } // namespace

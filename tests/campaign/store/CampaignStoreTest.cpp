@@ -1,4 +1,5 @@
 #include "campaign/store/CampaignStore.h"
+#include "campaign/CampaignBuilder.h"
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/schema/CatalogueTestUtil.h"
 #include "common/PostgresServer.h"
@@ -16,6 +17,7 @@ using campaign::SaveCampaign;
 using util::sql::Connection;
 using util::sql::Dialect;
 using namespace varnel_wave;
+using namespace varnel_wave::campaigntest;
 
 namespace {
 
@@ -84,173 +86,6 @@ QStringList Describe(const CCampaign& c) {
     for (const auto& x : c.Tags())
         lines.append(Line("tag", x->m_tagID, x->m_caption, x->m_description));
     return lines;
-}
-
-// --- a campaign built in memory ---
-
-std::unique_ptr<CQuestionCaption> QuestionCaption(qint32 question, qint32 language,
-                                                  const char* longCaption,
-                                                  const char* shortCaption) {
-    auto caption = std::make_unique<CQuestionCaption>();
-    caption->m_questionID = question;
-    caption->m_languageID = language;
-    caption->m_longCaption = QString::fromUtf8(longCaption);
-    caption->m_shortCaption = QString::fromUtf8(shortCaption);
-    return caption;
-}
-
-std::unique_ptr<CModality> Response(qint32 id, qint32 question, qint32 order, const char* en,
-                                    const char* fr) {
-    auto m = std::make_unique<CModality>();
-    m->m_modalityID = id;
-    m->m_questionID = question;
-    m->m_modalityOrder = order;
-    m->m_value = order + 0.5;
-    m->m_entryCode = QStringLiteral("E%1").arg(id);
-    m->m_isExclusive = order == 2;
-    m->m_rotationBehaviour = 3;
-    m->m_userData = QStringLiteral("data of %1").arg(id);
-    m->m_appearanceVolumeID = 11;
-    m->m_deletionWaveID = id % 2 ? 0 : 2;
-    m->m_isDeleted = id % 2 == 0;
-    m->m_baseType = -7;
-    m->m_tags = QStringLiteral("t%1").arg(id);
-    for (const auto& [language, text] : {std::pair{1033, en}, std::pair{1036, fr}}) {
-        auto caption = std::make_unique<CModalityCaption>();
-        caption->m_modalityID = id;
-        caption->m_questionID = question;
-        caption->m_languageID = language;
-        caption->m_shortCaption = QString::fromUtf8(text);
-        m->AddCaption(std::move(caption));
-    }
-    auto matching = std::make_unique<CModalityMatching>();
-    matching->m_modalityID = id;
-    matching->m_questionID = question;
-    matching->m_volumeID = 11;
-    matching->m_modalitySourceID = QStringLiteral("S%1").arg(id);
-    matching->m_startVolumeID = 11;
-    matching->m_endVolumeID = 999999999;
-    m->AddMatching(std::move(matching));
-    return m;
-}
-
-std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volume) {
-    auto q = std::make_unique<CQuestion>();
-    q->m_questionID = id;
-    q->m_order = order;
-    q->m_shortcut = QStringLiteral("Q%1").arg(id);
-    q->m_indent = 1;
-    q->m_elementType = 2;
-    q->m_questionType = 3;
-    q->m_isDontKnow = true;
-    q->m_isScale = true;
-    q->m_isRanked = true;
-    q->m_maxResponseCount = 4;
-    q->m_decimals = 2;
-    q->m_minValue = -1.25;
-    q->m_maxValue = 1e6;
-    q->m_isLevelLink = true;
-    q->m_linkQuestionID = 7;
-    q->m_dateType = 5;
-    q->m_questionClassID = 1;
-    q->m_versions = QStringLiteral("1;2");
-    q->m_isDevelopLevels = true;
-    q->m_appearanceVolumeID = volume;
-    q->m_isVisibleInAnalyse = true;
-    q->m_tags = QStringLiteral("a,b");
-    // Languages in id order, as they come back.
-    q->AddCaption(QuestionCaption(id, 1033, "How old are you?", "Age"));
-    q->AddCaption(QuestionCaption(id, 1036, "Quel \xC3\xA2ge avez-vous ?", ""));
-    auto matching = std::make_unique<CQuestionMatching>();
-    matching->m_questionID = id;
-    matching->m_volumeID = volume;
-    matching->m_sourceID = QStringLiteral("SRC%1").arg(id);
-    matching->m_startVolumeID = volume;
-    matching->m_endVolumeID = 999999999;
-    q->AddMatching(std::move(matching));
-    return q;
-}
-
-// Two waves and three volumes; questions 100 and 200 with responses, 300 without. The smaller
-// campaign leaves out question 300 and the second tag, and its waves exchange their places (its
-// lists in the order they load back in).
-std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
-    auto c = std::make_unique<CCampaign>();
-    c->m_name = QStringLiteral("Panel");
-    // A first U+FEFF is a character, which neither engine may take for a byte order mark.
-    c->m_description = QChar(0xFEFF) + QStringLiteral("A panel\nin two waves");
-    c->m_versionNumber = QStringLiteral("5,6,1,0");
-    for (qint32 w : full ? std::vector{1, 2} : std::vector{2, 1}) {
-        auto wave = std::make_unique<CWave>();
-        wave->m_waveID = w;
-        wave->m_waveOrder = full ? w : 3 - w;
-        wave->m_name = QStringLiteral("Wave %1").arg(w);
-        wave->m_description = w == 1 ? QStringLiteral("first") : QString();
-        wave->m_waveStart = 45000.25 + w;
-        wave->m_waveEnd = 45030.5 + w;
-        wave->m_waveMidpoint = 45015.75 + w;
-        c->AddWave(std::move(wave));
-    }
-    for (qint32 v : full ? std::vector{11, 12, 21} : std::vector{21, 11, 12}) {
-        auto volume = std::make_unique<CVolume>();
-        volume->m_volumeID = v;
-        volume->m_name = QStringLiteral("Volume %1").arg(v);
-        volume->m_waveID = v / 10;
-        volume->m_inheritsFromVolumeID = v == 21 ? 11 : 0;
-        volume->m_sourceType = 2;
-        volume->m_metaData = QStringLiteral("meta %1").arg(v);
-        volume->m_caseData = QStringLiteral("cases %1").arg(v);
-        volume->m_isMatchingStrict = v == 12;
-        volume->m_questionMatchingMethods = QStringLiteral("name");
-        volume->m_isMainVolume = v == 11;
-        volume->m_interviewMergeMethod = 1;
-        volume->m_mainVolumeLinkQuestionID = 100;
-        volume->m_thisVolumeLinkQuestionID = QStringLiteral("ID");
-        volume->m_status = 4;
-        volume->m_caseSensitiveMatching = true;
-        volume->m_matchUsingAncestorValues = true;
-        volume->m_addNoNewQuestions = true;
-        volume->m_reconciliationSourceQuestionIDs = QStringLiteral("1,2");
-        c->AddVolume(std::move(volume));
-    }
-    auto first = Question(100, 1, 11);
-    first->AddModality(Response(1001, 100, 1, "Yes", "Oui"));
-    first->AddModality(Response(1002, 100, 2, "No", ""));
-    auto merging = std::make_unique<CModalityMerging>();
-    merging->m_masterModalityID = 1001;
-    merging->m_childModalityID = 1002;
-    merging->m_mergeVolumeID = 12;
-    first->m_modalities[0]->AddMerging(std::move(merging));
-    c->AddQuestion(std::move(first));
-    auto second = Question(200, 2, 21);
-    second->AddModality(Response(2001, 200, 1, "Maybe", "Peut-\xC3\xAAtre"));
-    c->AddQuestion(std::move(second));
-    if (full)
-        c->AddQuestion(Question(300, 3, 12));
-    auto questionClass = std::make_unique<CQuestionClass>();
-    questionClass->m_questionClassID = 1;
-    questionClass->m_caption = QStringLiteral("Demography");
-    c->AddQuestionClass(std::move(questionClass));
-    for (const auto& [id, name] : {std::pair{1033, "English"}, std::pair{1036, "French"}}) {
-        auto language = std::make_unique<CLanguage>();
-        language->m_languageID = id;
-        language->m_isDefault = id == 1033;
-        language->m_languageName = QString::fromLatin1(name);
-        c->AddLanguage(std::move(language));
-    }
-    auto version = std::make_unique<CVersion>();
-    version->m_versionID = 1;
-    version->m_longCaption = QStringLiteral("Long");
-    version->m_shortCaption = QStringLiteral("L");
-    c->AddVersion(std::move(version));
-    for (qint32 t = 1; t <= (full ? 2 : 1); ++t) {
-        auto tag = std::make_unique<CQuelSurveyTag>();
-        tag->m_tagID = t;
-        tag->m_caption = QStringLiteral("tag %1").arg(t);
-        tag->m_description = QStringLiteral("about %1").arg(t);
-        c->AddTag(std::move(tag));
-    }
-    return c;
 }
 
 QStringList Load(const QString& location) {
