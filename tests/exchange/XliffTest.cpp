@@ -22,16 +22,17 @@ using testutil::kEnglish;
 using testutil::kFrench;
 using testutil::kGerman;
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Everything a caption may hold that XML or a careless writer could spoil.
-const QString kSpecial = QStringLiteral("Line 1\nLine 2\tTab \"quoted\" & <b>bold</b> ") +
+const QString kSpecial = u"Line 1\nLine 2\tTab \"quoted\" & <b>bold</b> "_s +
                          QString::fromUcs4(U"\U0001F600 \u05E9\u05DC\u05D5\u05DD ") + QChar(1) +
-                         QStringLiteral(" end\r\nCRLF");
+                         u" end\r\nCRLF"_s;
 
 QString Validate(const QString& path, XliffVersion version) {
-    return testutil::ValidateXliff(path, version == XliffVersion::V12 ? QStringLiteral("1.2")
-                                                                      : QStringLiteral("2.0"));
+    return testutil::ValidateXliff(path, version == XliffVersion::V12 ? u"1.2"_s : u"2.0"_s);
 }
 
 class XliffTest : public ::testing::Test {
@@ -40,13 +41,13 @@ protected:
         m_q = testutil::MakeSample();
         CQuestion* q10 = m_q.GetAdrQuestion(0);
         q10->SetLocalisedShortCaption(kFrench, kSpecial);
-        q10->SetLocalisedShortCaption(kGerman, kSpecial + QStringLiteral(" DE"));
+        q10->SetLocalisedShortCaption(kGerman, kSpecial + u" DE"_s);
         // A second response that shares its source text with the first.
-        q10->AddModalite(std::make_unique<CModalite>(3, QStringLiteral("3")));
-        q10->GetAdrModalite(2)->SetLocalisedLongCaption(kEnglish, QStringLiteral("Very"));
+        q10->AddModalite(std::make_unique<CModalite>(3, u"3"_s));
+        q10->GetAdrModalite(2)->SetLocalisedLongCaption(kEnglish, u"Very"_s);
         m_list.clear();
         questionnaire::BuildCaptionList(m_q, m_list, false);
-        m_path = m_dir.filePath(QStringLiteral("survey.xlf"));
+        m_path = m_dir.filePath(u"survey.xlf"_s);
     }
 
     exchange::ImportOptions ImportOptions() const {
@@ -128,7 +129,7 @@ TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
         EXPECT_EQ(Captions(targets), before);
     }
     // The check is not a formality: a unit without an id is refused.
-    QByteArray broken = testutil::ReadAll(m_dir.filePath(QStringLiteral("survey.FRA.xlf")));
+    QByteArray broken = testutil::ReadAll(m_dir.filePath(u"survey.FRA.xlf"_s));
     broken.replace("<unit id=\"10_-1\"", "<unit");
     testutil::WriteAll(m_path, broken);
     EXPECT_NE(Validate(m_path, XliffVersion::V20), QString());
@@ -136,7 +137,8 @@ TEST_F(XliffTest, FilesValidateAndEveryCaptionComesBackUnchanged) {
 
 TEST(XliffPaths, EveryTargetLanguageGetsAFileOfItsOwn) {
     const CQuestionnaire q = testutil::MakeSample();
-    // 1131 and 3179 are both abbreviated QUZ; 99999 and 88888 have no short name.
+    // 1131 and 3179 are both abbreviated QUZ; 99999 and 88888 have no short name. A single
+    // target, and languages listed twice, are in the export test above.
     const struct {
         const char* path;
         QList<qint32> languages;
@@ -147,11 +149,8 @@ TEST(XliffPaths, EveryTargetLanguageGetsAFileOfItsOwn) {
         {"survey.v2.xliff",
          {kEnglish, kFrench, kGerman},
          {"survey.v2.FRA.xliff", "survey.v2.DEU.xliff"}},
-        {"/a/survey.xlf", {kEnglish, kFrench}, {"/a/survey.xlf"}},
         {"q.xlf", {kEnglish, 99999, 88888}, {"q.99999.xlf", "q.88888.xlf"}},
         {"q.xlf", {kEnglish, 1131, kFrench, 3179}, {"q.1131.xlf", "q.FRA.xlf", "q.3179.xlf"}},
-        {"q.xlf", {kEnglish, kFrench, kGerman, kFrench}, {"q.FRA.xlf", "q.DEU.xlf"}},
-        {"q.xlf", {kEnglish, kFrench, kFrench}, {"q.xlf"}},
     };
     for (const auto& c : cases) {
         exchange::ExportOptions options;
@@ -169,8 +168,8 @@ public:
 };
 
 TEST_F(XliffTest, AStoppedExportLeavesEveryFileAsItWas) {
-    const QStringList files = {m_dir.filePath(QStringLiteral("survey.FRA.xlf")),
-                               m_dir.filePath(QStringLiteral("survey.DEU.xlf"))};
+    const QStringList files = {m_dir.filePath(u"survey.FRA.xlf"_s),
+                               m_dir.filePath(u"survey.DEU.xlf"_s)};
     for (const QString& file : files)
         ASSERT_TRUE(testutil::WriteAll(file, "old"));
     exchange::ExportOptions options;
@@ -189,21 +188,20 @@ TEST_F(XliffTest, AStoppedExportLeavesEveryFileAsItWas) {
 TEST_F(XliffTest, AFileFilledByAnotherToolImportsExactlyTheFilledUnits) {
     Clear(kFrench);
     Export(XliffVersion::V12);
-    const QString filled = m_dir.filePath(QStringLiteral("filled.xlf"));
+    const QString filled = m_dir.filePath(u"filled.xlf"_s);
     QProcess tool;
-    tool.start(QStringLiteral("/usr/bin/python3"),
-               {testutil::DataPath(QStringLiteral("exchange/fill_xliff.py")), m_path, filled,
-                QStringLiteral("10_-2=Tab\\there & <there>\\nnext \\U0001F600 \\u05E9")});
+    tool.start(u"/usr/bin/python3"_s,
+               {testutil::DataPath(u"exchange/fill_xliff.py"_s), m_path, filled,
+                u"10_-2=Tab\\there & <there>\\nnext \\U0001F600 \\u05E9"_s});
     ASSERT_TRUE(tool.waitForFinished(60000));
     ASSERT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
     const int units = QString::fromLatin1(tool.readAllStandardOutput()).trimmed().toInt();
     ASSERT_GT(units, 5);
     EXPECT_EQ(Validate(filled, XliffVersion::V12), QString());
     EXPECT_EQ(Import(filled, ImportOptions()), units);
-    EXPECT_EQ(Caption(10, -2, kFrench), QStringLiteral("Tab\there & <there>\nnext ") +
-                                            QString::fromUcs4(U"\U0001F600") +
-                                            QStringLiteral(" \u05E9"));
-    EXPECT_EQ(Caption(10, -1, kFrench), QStringLiteral("T:How satisfied are you?"));
+    EXPECT_EQ(Caption(10, -2, kFrench),
+              u"Tab\there & <there>\nnext "_s + QString::fromUcs4(U"\U0001F600") + u" \u05E9"_s);
+    EXPECT_EQ(Caption(10, -1, kFrench), u"T:How satisfied are you?"_s);
 }
 
 TEST_F(XliffTest, OnlyUnchangedSetsChangedUnitsAsideInAValidFile) {
@@ -211,54 +209,48 @@ TEST_F(XliffTest, OnlyUnchangedSetsChangedUnitsAsideInAValidFile) {
         SetUp();
         Export(version);
         // After the export the source of 10/-1 changes and a translation of 10/1 is lost.
-        questionnaire::WriteCaption(m_q, 10, -1, kEnglish, QStringLiteral("How happy are you?"));
+        questionnaire::WriteCaption(m_q, 10, -1, kEnglish, u"How happy are you?"_s);
         questionnaire::WriteCaption(m_q, 10, 1, kFrench, QString());
         exchange::ImportOptions options = ImportOptions();
         options.onlyUnchanged = true;
         exchange::ImportReport report;
         EXPECT_EQ(Import(m_path, options, &report), 1);
-        EXPECT_EQ(Caption(10, 1, kFrench), QStringLiteral("Très"));
-        EXPECT_EQ(Caption(10, -1, kFrench), QStringLiteral("Êtes-vous satisfait ?"));
+        EXPECT_EQ(Caption(10, 1, kFrench), u"Très"_s);
+        EXPECT_EQ(Caption(10, -1, kFrench), u"Êtes-vous satisfait ?"_s);
         EXPECT_EQ(report.rejectedRows, 1);
-        const QString unused = m_dir.filePath(QStringLiteral("UnusedStrings.xlf"));
+        const QString unused = m_dir.filePath(u"UnusedStrings.xlf"_s);
         EXPECT_EQ(report.unusedStringsPath, unused);
         EXPECT_EQ(Validate(unused, version), QString());
         const QString text = QString::fromUtf8(testutil::ReadAll(unused));
-        EXPECT_TRUE(text.contains(QStringLiteral("How happy are you?"))) << text.toStdString();
-        EXPECT_FALSE(text.contains(QStringLiteral("\"10_1\""))) << text.toStdString();
+        EXPECT_TRUE(text.contains(u"How happy are you?"_s)) << text.toStdString();
+        EXPECT_FALSE(text.contains(u"\"10_1\""_s)) << text.toStdString();
         // Copy identical applies each unit to every caption with the same source.
         questionnaire::WriteCaption(m_q, 10, 1, kFrench, QString());
         options.onlyUnchanged = false;
         options.copyIdentical = true;
         EXPECT_EQ(Import(m_path, options), 2);
-        EXPECT_EQ(Caption(10, 3, kFrench), QStringLiteral("Très"));
+        EXPECT_EQ(Caption(10, 3, kFrench), u"Très"_s);
     }
 }
 
 // A one-unit XLIFF document: its languages, the unit's target and its state.
 QByteArray Document(const QString& version, const QString& source, const QString& target,
-                    const QString& state, const QString& text = QStringLiteral("Tout à fait")) {
-    if (version == QLatin1String("2.0"))
-        return QStringLiteral(
-                   "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:2.0\" version=\"2.0\" "
-                   "srcLang=\"%1\" trgLang=\"%2\"><file id=\"f\"><unit id=\"10_1\"><segment%3>"
-                   "<source>Very</source><target>%4</target></segment></unit></file></xliff>")
-            .arg(source, target,
-                 state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
-            .toUtf8();
-    return QStringLiteral(
-               "<xliff xmlns=\"urn:oasis:names:tc:xliff:document:1.2\" version=\"1.2\"><file "
-               "original=\"s\" source-language=\"%1\" target-language=\"%2\" "
-               "datatype=\"plaintext\"><body><trans-unit id=\"10_1\"><source>Very</source>"
-               "<target%3>%4</target></trans-unit></body></file></xliff>")
-        .arg(source, target,
-             state.isEmpty() ? QString() : QStringLiteral(" state=\"%1\"").arg(state), text)
-        .toUtf8();
+                    const QString& state, const QString& text = u"Tout à fait"_s) {
+    const QString form =
+        version == "2.0"_L1
+            ? u"<xliff xmlns=\"urn:oasis:names:tc:xliff:document:2.0\" version=\"2.0\" "
+              "srcLang=\"%1\" trgLang=\"%2\"><file id=\"f\"><unit id=\"10_1\"><segment%3>"
+              "<source>Very</source><target>%4</target></segment></unit></file></xliff>"_s
+            : u"<xliff xmlns=\"urn:oasis:names:tc:xliff:document:1.2\" version=\"1.2\"><file "
+              "original=\"s\" source-language=\"%1\" target-language=\"%2\" "
+              "datatype=\"plaintext\"><body><trans-unit id=\"10_1\"><source>Very</source>"
+              "<target%3>%4</target></trans-unit></body></file></xliff>"_s;
+    const QString stateAttribute = state.isEmpty() ? QString() : u" state=\"%1\""_s.arg(state);
+    return form.arg(source, target, stateAttribute, text).toUtf8();
 }
 
 TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
-    const QByteArray good = Document(QStringLiteral("1.2"), QStringLiteral("en-US"),
-                                     QStringLiteral("fr-FR"), QString());
+    const QByteArray good = Document(u"1.2"_s, u"en-US"_s, u"fr-FR"_s, QString());
     const struct {
         const char* what;
         QByteArray bytes;
@@ -282,7 +274,7 @@ TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
         {"1.2 final", Document("1.2", "en-US", "fr-FR", "final"), 1},
         {"2.0 translated", Document("2.0", "en-US", "fr-FR", "translated"), 1},
     };
-    const QString path = m_dir.filePath(QStringLiteral("in.xlf"));
+    const QString path = m_dir.filePath(u"in.xlf"_s);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         SetUp();
@@ -290,10 +282,9 @@ TEST_F(XliffTest, RefusalsAndUntranslatedStatesChangeNothing) {
         exchange::ImportOptions options = ImportOptions();
         options.onlyUnchanged = QByteArray(c.what).endsWith("only unchanged");
         EXPECT_EQ(Import(path, options), c.result);
-        EXPECT_EQ(Caption(10, 1, kFrench),
-                  c.result == 1 ? QStringLiteral("Tout à fait") : QStringLiteral("Très"));
+        EXPECT_EQ(Caption(10, 1, kFrench), c.result == 1 ? u"Tout à fait"_s : u"Très"_s);
     }
-    EXPECT_EQ(Import(m_dir.filePath(QStringLiteral("missing.xlf")), ImportOptions()),
+    EXPECT_EQ(Import(m_dir.filePath(u"missing.xlf"_s), ImportOptions()),
               exchange::kImportCannotRead);
 }
 
