@@ -35,6 +35,7 @@ CaptionTable::CaptionTable(CQuestionnaire* q) : m_q(q) {
 void CaptionTable::SetQuestionnaire(CQuestionnaire* q) {
     m_q = q;
     if (!q) {
+        m_typed.clear();
         m_rows.clear();
         m_languages.clear();
         for (CaptionTableListener* listener : m_listeners)
@@ -48,6 +49,7 @@ void CaptionTable::Refill() {
     if (!m_q)
         return;
     m_languages = DefaultLanguageOrder(*m_q);
+    m_typed.clear();
     m_rows.clear();
     BuildCaptionList(*m_q, m_rows, true);
     for (CaptionTableListener* listener : m_listeners)
@@ -65,7 +67,8 @@ QString CaptionTable::Caption(qsizetype row, int column) const {
 }
 
 QString CaptionTable::Text(qsizetype row, int column) const {
-    return EscapeCaption(Caption(row, column));
+    const auto typed = m_typed.constFind({row, column});
+    return typed != m_typed.cend() ? *typed : EscapeCaption(Caption(row, column));
 }
 
 void CaptionTable::NotifyModified(qsizetype row, int column, bool cellChanged) {
@@ -94,11 +97,13 @@ bool CaptionTable::WriteBack(qsizetype row, int column, const QString& typed) {
         const bool found = m_q->FindRoutingById(responseId, index);
         if (found)
             m_q->GetAdrFiltre(index)->SetLocalisedMessage(language, text);
+        m_typed.insert({row, column}, typed);
         // The document counts as modified whether or not the routing still exists.
         NotifyModified(row, column, found);
         return true;
     }
     if (questionId == kSystemMessageMarker) {
+        m_typed.insert({row, column}, typed);
         if (WriteSystemMessage(responseId, language, text))
             NotifyModified(row, column, true);
         return true;
@@ -108,6 +113,7 @@ bool CaptionTable::WriteBack(qsizetype row, int column, const QString& typed) {
     CLocalisedText* texts = FindWritableTexts(*m_q, questionId, responseId);
     if (!texts)
         return false; // a response the question no longer has
+    m_typed.insert({row, column}, typed);
     if (texts->Get(language) == text)
         return true;
     texts->Set(language, text);

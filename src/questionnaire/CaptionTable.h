@@ -2,7 +2,9 @@
 
 #include "questionnaire/CaptionList.h"
 
+#include <QHash>
 #include <QList>
+#include <QPair>
 #include <QString>
 
 #include <vector>
@@ -44,7 +46,8 @@ public:
 // columns: the default language first, then the others in their stored order. Cells are read
 // from the questionnaire when asked for, never stored, in the escaped form a grid shows and
 // exports write ("\\", "\n", "\r" and "\t" for a backslash, a line feed, a carriage return and a
-// tab). Rows and columns are numbered from 0.
+// tab), except that a cell shows an accepted edit as it was typed until the table is built
+// again. Rows and columns are numbered from 0.
 class CaptionTable {
 public:
     // Built from the questionnaire, which must outlive the table; null for none yet.
@@ -70,7 +73,7 @@ public:
     const CaptionList& Rows() const { return m_rows; }
     const QList<qint32>& Languages() const { return m_languages; }
 
-    // The caption as stored, and as a cell shows it.
+    // The caption as stored, and as a cell shows it (an accepted edit as typed).
     QString Caption(qsizetype row, int column) const;
     QString Text(qsizetype row, int column) const;
 
@@ -78,7 +81,9 @@ public:
     // and the cell then shows its old text again: an empty text in the first column (but for a
     // system message), an unknown question or response, or no questionnaire. A caption changes
     // only when the text differs (letter case counts); a system message typed back to its
-    // standard text, or emptied, loses its customisation. Listeners hear of each change.
+    // standard text, or emptied, loses its customisation. Listeners hear of each change. An
+    // accepted edit is shown as typed, whatever it stored: a typed "\\n" is stored as a
+    // backslash and a line feed, which would read back as "\\\n".
     bool WriteBack(qsizetype row, int column, const QString& typed);
 
     // Tells the listeners that other work (an import, auto-translation) changed the
@@ -95,6 +100,7 @@ private:
     CQuestionnaire* m_q = nullptr;
     CaptionList m_rows;
     QList<qint32> m_languages;
+    QHash<QPair<qsizetype, int>, QString> m_typed; // accepted edits, by row and column
     std::vector<CaptionTableListener*> m_listeners;
 };
 

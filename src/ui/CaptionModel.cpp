@@ -67,8 +67,8 @@ bool CaptionModel::setData(const QModelIndex& index, const QVariant& value, int 
     if (!index.isValid() || role != Qt::EditRole)
         return false;
     const bool accepted = m_table.WriteBack(index.row(), index.column(), value.toString());
-    if (!accepted)
-        Q_EMIT dataChanged(index, index); // views paint the old text again
+    // Views paint the typed text, also when it stored nothing new, or the old text again.
+    Q_EMIT dataChanged(index, index);
     return accepted;
 }
 
