@@ -14,38 +14,37 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using app::BatchOptions;
 
 namespace {
 
-const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+const QString kExample = testutil::SourcePath(u"examples/customer-satisfaction.xml"_s);
 
 TEST(BatchOptions, ParsingRules) {
     auto parse = [](QStringList options) {
-        return app::ParseBatchOptions(
-            QStringList{QStringLiteral("translator"), QStringLiteral("survey.qes")} + options);
+        return app::ParseBatchOptions(QStringList{u"translator"_s, u"survey.qes"_s} + options);
     };
-    BatchOptions o = parse({QStringLiteral("/EXPORT:C:\\out.txt")});
+    BatchOptions o = parse({u"/EXPORT:C:\\out.txt"_s});
     EXPECT_EQ(o.operation, BatchOptions::Operation::Export);
-    EXPECT_EQ(o.path, QStringLiteral("C:\\out.txt"));
+    EXPECT_EQ(o.path, u"C:\\out.txt"_s);
 
-    o = parse({QStringLiteral("export:a.txt"), QStringLiteral("-translate:b.txt"),
-               QStringLiteral("-Languages:ENU,FRA"), QStringLiteral("languages:1031"),
-               QStringLiteral("ImportUnchanged"), QStringLiteral("--copyidentical"),
-               QStringLiteral("reference"), QStringLiteral("colour:red"),
-               QStringLiteral("headers:Key,Item")});
+    o = parse({u"export:a.txt"_s, u"-translate:b.txt"_s, u"-Languages:ENU,FRA"_s,
+               u"languages:1031"_s, u"ImportUnchanged"_s, u"--copyidentical"_s, u"reference"_s,
+               u"colour:red"_s, u"headers:Key,Item"_s});
     EXPECT_EQ(o.operation, BatchOptions::Operation::Translate); // the last operation wins
-    EXPECT_EQ(o.path, QStringLiteral("b.txt"));                 // shared with export
-    EXPECT_EQ(o.languages, QStringLiteral("1031"));             // the last value wins
+    EXPECT_EQ(o.path, u"b.txt"_s);                              // shared with export
+    EXPECT_EQ(o.languages, u"1031"_s);                          // the last value wins
     EXPECT_TRUE(o.importUnchanged);
     EXPECT_FALSE(o.copyIdentical); // only one leading hyphen is removed
     EXPECT_TRUE(o.reference.isEmpty());
-    EXPECT_EQ(o.headers, QStringLiteral("Key,Item"));
+    EXPECT_EQ(o.headers, u"Key,Item"_s);
 
-    o = parse({QStringLiteral("translate:C:\\in.txt"), QStringLiteral("addlanguage")});
+    o = parse({u"translate:C:\\in.txt"_s, u"addlanguage"_s});
     EXPECT_EQ(o.operation, BatchOptions::Operation::AddLanguage);
     EXPECT_EQ(parse({}).operation, BatchOptions::Operation::None);
-    EXPECT_EQ(parse({QStringLiteral("addlanguage:x")}).operation, BatchOptions::Operation::None);
+    EXPECT_EQ(parse({u"addlanguage:x"_s}).operation, BatchOptions::Operation::None);
 }
 
 struct ProcessRun {
@@ -58,7 +57,7 @@ struct ProcessRun {
 class BatchProcessTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_survey = m_dir.filePath(QStringLiteral("survey.xml"));
+        m_survey = m_dir.filePath(u"survey.xml"_s);
         ASSERT_TRUE(QFile::copy(kExample, m_survey));
     }
 
@@ -66,9 +65,9 @@ protected:
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         // Batch work must not need a display.
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        environment.remove(u"DISPLAY"_s);
+        environment.remove(u"WAYLAND_DISPLAY"_s);
+        environment.remove(u"QT_QPA_PLATFORM"_s);
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(m_dir.path());
         process.start(QStringLiteral(TRANSLATOR_BINARY), arguments);
@@ -81,8 +80,9 @@ protected:
         if (lines.last().startsWith(QLatin1String("result=")))
             run.result = lines.last().mid(7);
         // A script that reads only the exit status sees the result's low byte.
-        if (!run.result.isEmpty())
+        if (!run.result.isEmpty()) {
             EXPECT_EQ(run.status, run.result.toInt() & 0xFF) << run.result.toStdString();
+        }
         return run;
     }
     QString Path(const QString& name) const { return m_dir.filePath(name); }
@@ -93,26 +93,20 @@ protected:
 
 // A person at a terminal sees the work progress, on standard error; a script sees none.
 TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndShowsProgressOnATerminalOnly) {
-    const ProcessRun run =
-        Translator({m_survey, QStringLiteral("export:out.txt"), QStringLiteral("excludemessage")});
-    EXPECT_EQ(run.result, QStringLiteral("-20"));
+    const ProcessRun run = Translator({m_survey, u"export:out.txt"_s, u"excludemessage"_s});
+    EXPECT_EQ(run.result, u"-20"_s);
     EXPECT_EQ(run.err, QString()) << "a script reads no progress";
-    const QByteArray bytes = testutil::ReadAll(Path(QStringLiteral("out.txt")));
-    EXPECT_TRUE(bytes.startsWith(testutil::Utf16Le(
-        QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"))));
-    EXPECT_FALSE(bytes.contains(testutil::Utf16Le(QStringLiteral("\r\n-1\t"), false)));
-
-    const ProcessRun unwritable =
-        Translator({m_survey, QStringLiteral("export:no/such/folder/out.txt")});
-    EXPECT_EQ(unwritable.result, QStringLiteral("-20"));
-    EXPECT_TRUE(unwritable.err.contains(QLatin1String("Cannot create export file")));
+    const QByteArray bytes = testutil::ReadAll(Path(u"out.txt"_s));
+    EXPECT_TRUE(bytes.startsWith(
+        testutil::Utf16Le(u"QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\t1031(DEU)\r\n"_s)));
+    EXPECT_FALSE(bytes.contains(testutil::Utf16Le(u"\r\n-1\t"_s, false)));
 
     QProcess terminal; // script(1) runs the program on a pseudo-terminal of its own
     terminal.setWorkingDirectory(m_dir.path());
-    terminal.start(QStringLiteral("script"), {QStringLiteral("-qec"),
-                                              QStringLiteral("'%1' '%2' export:tty.txt")
-                                                  .arg(QStringLiteral(TRANSLATOR_BINARY), m_survey),
-                                              QStringLiteral("/dev/null")});
+    terminal.start(u"script"_s,
+                   {u"-qec"_s,
+                    u"'%1' '%2' export:tty.txt"_s.arg(QStringLiteral(TRANSLATOR_BINARY), m_survey),
+                    u"/dev/null"_s});
     ASSERT_TRUE(terminal.waitForFinished(60000));
     const QString seen = QString::fromUtf8(terminal.readAllStandardOutput());
     EXPECT_TRUE(seen.contains(QLatin1String("\rReading the questionnaire: ")))
@@ -122,107 +116,135 @@ TEST_F(BatchProcessTest, ExportEndsWithMinusTwentyAndShowsProgressOnATerminalOnl
     EXPECT_TRUE(seen.contains(QLatin1String("result=-20")));
 }
 
-// A run that fails gives its code and leaves the questionnaire as it was.
-TEST_F(BatchProcessTest, ImportReturnsItsCountAndSavesAndFailuresSaveNothing) {
-    ASSERT_TRUE(
-        testutil::WriteAll(Path(QStringLiteral("in.txt")),
-                           testutil::Utf16Le(QStringLiteral("Key\tItem\tignored\r\n"
-                                                            "110\t3\tWenig zufrieden\r\n"
-                                                            "110\t4\tGar nicht zufrieden\r\n"))));
-    const QStringList import = {QStringLiteral("translate:in.txt"), QStringLiteral("languages:DEU"),
-                                QStringLiteral("headers:Key,Item"),
-                                QStringLiteral("reference:deu")};
-    EXPECT_EQ(Translator(QStringList{m_survey} + import).result, QStringLiteral("2"));
-    CQuestionnaire q;
-    ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
-    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 4, 1031), QStringLiteral("Gar nicht zufrieden"));
-
-    // Without the headers option the file is refused.
-    const QByteArray saved = testutil::ReadAll(m_survey);
-    EXPECT_EQ(Translator({m_survey, QStringLiteral("translate:in.txt")}).result,
-              QStringLiteral("-13"));
-    EXPECT_EQ(testutil::ReadAll(m_survey), saved);
-
-    EXPECT_EQ(
-        Translator({Path(QStringLiteral("missing.qes")), QStringLiteral("export:out.txt")}).result,
-        QStringLiteral("-1"));
-    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("out.txt"))));
-
+// Each run's result, in one folder one after the other: the file it writes and what that holds
+// (other programs must read it too), or, for a file it must not write, that it did not; what it
+// says on standard error. A run that fails leaves its questionnaire as it was.
+TEST_F(BatchProcessTest, RunsEndWithTheirResultAndWriteOnlyWhatTheyShould) {
+    ASSERT_TRUE(testutil::WriteAll(Path(u"in.txt"_s),
+                                   testutil::Utf16Le(u"Key\tItem\tignored\r\n"
+                                                     u"110\t3\tWenig zufrieden\r\n"
+                                                     u"110\t4\tGar nicht zufrieden\r\n"_s)));
+    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(u"shared.tmx"_s)), QString());
     // A database that refuses every change to its captions cannot be saved.
-    const QString qes = Path(QStringLiteral("locked.qes"));
+    const QString locked = Path(u"locked.qes"_s);
     CQuestionnaire example;
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, example));
-    ASSERT_TRUE(questionnaire::WriteQesFile(qes, example, 0x100));
-    ASSERT_TRUE(testutil::Sql(
-        qes, {QStringLiteral("CREATE TRIGGER locked BEFORE DELETE ON question_captions "
-                             "BEGIN SELECT RAISE(ABORT, 'captions are locked'); END")}));
-    const QByteArray before = testutil::ReadAll(qes);
-    EXPECT_EQ(Translator(QStringList{qes} + import).result, QStringLiteral("-2"));
-    EXPECT_EQ(testutil::ReadAll(qes), before);
-}
-
-TEST_F(BatchProcessTest, AddLanguageSavesOnlyWhenSomethingWasAdded) {
-    const QByteArray before = testutil::ReadAll(m_survey);
-    ProcessRun run = Translator(
-        {m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ENU,fra,Klingon")});
-    EXPECT_EQ(run.result, QStringLiteral("0"));
-    EXPECT_EQ(testutil::ReadAll(m_survey), before);
-
-    run =
-        Translator({m_survey, QStringLiteral("addlanguage"), QStringLiteral("languages:ESN,1040")});
-    EXPECT_EQ(run.result, QStringLiteral("0"));
+    ASSERT_TRUE(questionnaire::WriteQesFile(locked, example, 0x100));
+    ASSERT_TRUE(
+        testutil::Sql(locked, {u"CREATE TRIGGER locked BEFORE DELETE ON question_captions "
+                               u"BEGIN SELECT RAISE(ABORT, 'captions are locked'); END"_s}));
+    const struct {
+        const char* command; // the first word names a file in the folder
+        const char* result;  // none: no batch work was done, and the program says it failed
+        bool keeps = false;  // the file the first word names is left byte for byte
+        const char* file = nullptr;
+        const char* holds = nullptr; // none: the file was not written
+        const char* err = "";
+    } runs[] = {
+        {"survey.xml translate:in.txt languages:DEU headers:Key,Item reference:deu", "2"},
+        {"survey.xml translate:in.txt", "-13", true}, // the headers option is missing
+        {"missing.qes export:none.txt", "-1", false, "none.txt"},
+        {"locked.qes translate:in.txt languages:DEU headers:Key,Item reference:deu", "-2", true},
+        {"survey.xml addlanguage languages:ENU,fra,Klingon", "0", true}, // nothing to add
+        {"survey.xml addlanguage languages:ESN,1040", "0"},
+        {"survey.xml export:no/such/folder/out.txt", "-20", false, nullptr, nullptr,
+         "Cannot create export file"},
+        // XLIFF for translation tools and TMX for the dictionary.
+        {"survey.xml export:out.xlf languages:ENU,FRA", "0", false, "out.xlf", "version=\"1.2\""},
+        {"survey.xml export:out2.XLIFF xliff:2.0 languages:ENU,FRA", "0", false, "out2.XLIFF",
+         "version=\"2.0\""},
+        {"survey.xml export:bad.xlf xliff:2.1", "-20", true, "bad.xlf"},
+        {"survey.xml translate:out2.XLIFF", "0"}, // every target as it is
+        {"memory.dic export:memory.tmx", "-1"},   // no dictionary
+        {"memory.dic translate:shared.tmx", "2"},
+        {"memory.dic export:memory.tmx", "0", false, "memory.tmx", "xml:lang=\"fr-FR\""},
+        {"memory.dic translate:out.xlf", "-1"}, // no questionnaire
+        {"survey.xml", nullptr, true},
+        {"survey.xml translate:", nullptr, true},
+        {"survey.xml colour:red", nullptr, true},
+    };
+    for (const auto& r : runs) {
+        SCOPED_TRACE(r.command);
+        QStringList arguments = QString::fromLatin1(r.command).split(QLatin1Char(' '));
+        arguments[0] = Path(arguments[0]);
+        const QByteArray before = testutil::ReadAll(arguments[0]);
+        const ProcessRun run = Translator(arguments);
+        EXPECT_EQ(run.result, QLatin1String(r.result)) << run.err.toStdString();
+        if (!r.result) {
+            EXPECT_NE(run.status, 0);
+        }
+        EXPECT_TRUE(run.err.contains(QLatin1String(r.err))) << run.err.toStdString();
+        if (r.keeps) {
+            EXPECT_EQ(testutil::ReadAll(arguments[0]), before);
+        }
+        if (!r.file)
+            continue;
+        const QString file = Path(QLatin1String(r.file));
+        if (!r.holds) {
+            EXPECT_FALSE(QFileInfo::exists(file));
+            continue;
+        }
+        EXPECT_TRUE(testutil::ReadAll(file).contains(r.holds));
+        if (file.endsWith(QLatin1String(".tmx")))
+            EXPECT_EQ(testutil::ReadTmxWithToolkit(file), QString());
+        else
+            EXPECT_EQ(
+                testutil::ValidateXliff(file, arguments.contains("xliff:2.0") ? "2.0" : "1.2"),
+                QString());
+    }
+    // What the import and the added languages saved.
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
+    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 4, 1031), u"Gar nicht zufrieden"_s);
     ASSERT_EQ(q.GetLanguageCount(), 5);
     EXPECT_EQ(q.GetLanguage(3).m_id, 3082);
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
+
+    ProcessRun run = Translator({u"--help"_s});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.out.contains(QLatin1String("importunchanged")));
+    run = Translator({u"--version"_s});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.out.startsWith(QLatin1String("Translator ")));
 }
 
 TEST_F(BatchProcessTest, DictionaryOptions) {
-    const QString memory = Path(QStringLiteral("memory.dic"));
-    ProcessRun run = Translator(
-        {m_survey, QStringLiteral("senddictionary"), QStringLiteral("dictionary:") + memory});
+    const QString memory = Path(u"memory.dic"_s);
+    ProcessRun run = Translator({m_survey, u"senddictionary"_s, u"dictionary:"_s + memory});
     const int sent = run.result.toInt();
     EXPECT_GT(sent, 10);
-    EXPECT_TRUE(run.out.contains(
-        QStringLiteral("%1 entrie(s) have been added to the dictionary").arg(sent)))
+    EXPECT_TRUE(run.out.contains(u"%1 entrie(s) have been added to the dictionary"_s.arg(sent)))
         << run.out.toStdString();
     util::RecordedMessages messages;
     CDictionary saved;
     ASSERT_TRUE(saved.Load(memory, messages));
     EXPECT_EQ(saved.GetEntryCount(), sent);
     // Sending again adds nothing: every row matches its entry.
-    EXPECT_EQ(Translator({m_survey, QStringLiteral("senddictionary"),
-                          QStringLiteral("dictionary:") + memory})
-                  .result,
-              QStringLiteral("0"));
+    EXPECT_EQ(Translator({m_survey, u"senddictionary"_s, u"dictionary:"_s + memory}).result,
+              u"0"_s);
 
     CDictionary german;
-    german.AddEntry(
-        {{1033, QStringLiteral("Not very satisfied")}, {1031, QStringLiteral("Wenig zufrieden")}});
-    const QString germanPath = Path(QStringLiteral("german.dic"));
+    german.AddEntry({{1033, u"Not very satisfied"_s}, {1031, u"Wenig zufrieden"_s}});
+    const QString germanPath = Path(u"german.dic"_s);
     ASSERT_TRUE(german.Save(germanPath, messages));
-    run = Translator(
-        {m_survey, QStringLiteral("autotranslate"), QStringLiteral("dictionary:") + germanPath});
-    EXPECT_EQ(run.result, QStringLiteral("1"));
+    run = Translator({m_survey, u"autotranslate"_s, u"dictionary:"_s + germanPath});
+    EXPECT_EQ(run.result, u"1"_s);
     CQuestionnaire q;
     ASSERT_TRUE(questionnaire::ReadXmlFile(m_survey, q));
-    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 3, 1031), QStringLiteral("Wenig zufrieden"));
+    EXPECT_EQ(questionnaire::ReadCaption(q, 110, 3, 1031), u"Wenig zufrieden"_s);
 
     // A save that fails (a file stands where the folder should be) adds nothing, and a script
     // must not read that it did.
-    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
-    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(QStringLiteral("shared.tmx"))), QString());
-    const QString blocked = Path(QStringLiteral("blocker/memory.dic"));
+    ASSERT_TRUE(testutil::WriteAll(Path(u"blocker"_s), "x"));
+    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(u"shared.tmx"_s)), QString());
+    const QString blocked = Path(u"blocker/memory.dic"_s);
     for (const QStringList& arguments :
-         {QStringList{m_survey, QStringLiteral("senddictionary"),
-                      QStringLiteral("dictionary:") + blocked},
-          QStringList{blocked, QStringLiteral("translate:shared.tmx")}}) {
+         {QStringList{m_survey, u"senddictionary"_s, u"dictionary:"_s + blocked},
+          QStringList{blocked, u"translate:shared.tmx"_s}}) {
         SCOPED_TRACE(arguments.join(u' ').toStdString());
         run = Translator(arguments);
-        EXPECT_EQ(run.result, QStringLiteral("-3"));
-        EXPECT_TRUE(
-            run.err.contains(QStringLiteral("Cannot save the dictionary '%1'.").arg(blocked)))
+        EXPECT_EQ(run.result, u"-3"_s);
+        EXPECT_TRUE(run.err.contains(u"Cannot save the dictionary '%1'."_s.arg(blocked)))
             << run.err.toStdString();
         EXPECT_FALSE(run.out.contains(QLatin1String("have been added"))) << run.out.toStdString();
     }
@@ -234,19 +256,17 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, other));
     for (int i = 0; i < other.GetNbreQuestion(); ++i)
         other.GetAdrQuestion(i)->SetLocalisedLongCaption(
-            1033, QStringLiteral("B: ") + other.GetQuestion(i).GetLocalisedLongCaption(1033));
-    const QString otherPath = Path(QStringLiteral("other.xml"));
+            1033, u"B: "_s + other.GetQuestion(i).GetLocalisedLongCaption(1033));
+    const QString otherPath = Path(u"other.xml"_s);
     ASSERT_TRUE(questionnaire::WriteXmlFile(otherPath, other));
-    const QString memory = Path(QStringLiteral("shared.dic"));
-    const QString option = QStringLiteral("dictionary:") + memory;
+    const QString memory = Path(u"shared.dic"_s);
+    const QString option = u"dictionary:"_s + memory;
     for (int round = 0; round < 3; ++round) {
         QFile::remove(memory);
         QProcess a;
         QProcess b;
-        a.start(QStringLiteral(TRANSLATOR_BINARY),
-                {m_survey, QStringLiteral("senddictionary"), option});
-        b.start(QStringLiteral(TRANSLATOR_BINARY),
-                {otherPath, QStringLiteral("senddictionary"), option});
+        a.start(QStringLiteral(TRANSLATOR_BINARY), {m_survey, u"senddictionary"_s, option});
+        b.start(QStringLiteral(TRANSLATOR_BINARY), {otherPath, u"senddictionary"_s, option});
         ASSERT_TRUE(a.waitForFinished(60000) && b.waitForFinished(60000));
         util::RecordedMessages messages;
         CDictionary result;
@@ -261,62 +281,6 @@ TEST_F(BatchProcessTest, TwoProgramsSavingOneDictionaryLeaveOneWholeSave) {
         }
         EXPECT_NE(fromA, fromB) << "round " << round << ": one whole save, never a mix";
     }
-}
-
-// XLIFF for translation tools and TMX for the dictionary, through the real program.
-TEST_F(BatchProcessTest, XliffAndTmxFiles) {
-    const struct {
-        QStringList arguments;
-        const char* result;
-        const char* file; // written by the run, and what it must hold
-        const char* holds;
-    } runs[] = {
-        {{m_survey, "export:out.xlf", "languages:ENU,FRA"}, "0", "out.xlf", "version=\"1.2\""},
-        {{m_survey, "export:out2.XLIFF", "xliff:2.0", "languages:ENU,FRA"},
-         "0",
-         "out2.XLIFF",
-         "version=\"2.0\""},
-        {{m_survey, "export:bad.xlf", "xliff:2.1"}, "-20", nullptr, nullptr},
-        {{m_survey, "translate:out2.XLIFF"}, "0", nullptr, nullptr}, // every target as it is
-        {{Path("memory.dic"), "export:memory.tmx"}, "-1", nullptr, nullptr}, // no dictionary
-        {{Path("memory.dic"), "translate:shared.tmx"}, "2", nullptr, nullptr},
-        {{Path("memory.dic"), "export:memory.tmx"}, "0", "memory.tmx", "xml:lang=\"fr-FR\""},
-        {{Path("memory.dic"), "translate:out.xlf"}, "-1", nullptr, nullptr}, // no questionnaire
-    };
-    ASSERT_EQ(testutil::WriteTmxWithToolkit(Path(QStringLiteral("shared.tmx"))), QString());
-    for (const auto& r : runs) {
-        SCOPED_TRACE(r.arguments.join(QLatin1Char(' ')).toStdString());
-        const ProcessRun run = Translator(r.arguments);
-        EXPECT_EQ(run.result, QLatin1String(r.result)) << run.err.toStdString();
-        if (!r.file)
-            continue;
-        const QString file = Path(QLatin1String(r.file));
-        EXPECT_TRUE(testutil::ReadAll(file).contains(r.holds));
-        // Other programs read what this one writes.
-        if (file.endsWith(QLatin1String(".tmx")))
-            EXPECT_EQ(testutil::ReadTmxWithToolkit(file), QString());
-        else
-            EXPECT_EQ(
-                testutil::ValidateXliff(file, r.arguments.contains("xliff:2.0") ? "2.0" : "1.2"),
-                QString());
-    }
-    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("bad.xlf"))));
-}
-
-TEST_F(BatchProcessTest, WithoutAnOperationNoBatchWorkIsDone) {
-    for (const QStringList& arguments :
-         {QStringList{m_survey}, QStringList{m_survey, QStringLiteral("translate:")},
-          QStringList{m_survey, QStringLiteral("colour:red")}}) {
-        const ProcessRun run = Translator(arguments);
-        EXPECT_TRUE(run.result.isEmpty()) << arguments.join(u' ').toStdString();
-        EXPECT_NE(run.status, 0);
-    }
-    ProcessRun run = Translator({QStringLiteral("--help")});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(run.out.contains(QLatin1String("importunchanged")));
-    run = Translator({QStringLiteral("--version")});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(run.out.startsWith(QLatin1String("Translator ")));
 }
 
 } // namespace

@@ -12,7 +12,6 @@
 #include "util/Messages.h"
 
 #include <QCoreApplication>
-#include <QTextStream>
 
 #include <csignal>
 #include <cstdio>
@@ -20,35 +19,26 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-int Convert(const QString& in, const QString& out) {
-    app::AppContext context;
-    util::StandardErrorMessages messages;
-    app::QuestionnaireDocument document(context, messages);
-    if (!document.Open(in))
-        return 1;
-    return document.Save(out) ? 0 : 2;
-}
-
-int BigSave(const QString& path, int size, const QString& label) {
-    app::AppContext context;
-    util::StandardErrorMessages messages;
-    app::QuestionnaireDocument document(context, messages);
+int BigSave(app::QuestionnaireDocument& document, util::StandardErrorMessages& messages,
+            const QString& path, int size, const QString& label) {
     if (!document.OpenSilently(path))
         return 1;
     CQuestionnaire& q = *document.Questionnaire();
     // Enough new questions that the save takes a while.
     for (int i = 0; i < size; ++i) {
-        auto question = std::make_unique<CQuestion>(100000 + i, QStringLiteral("BIG%1").arg(i));
+        auto question = std::make_unique<CQuestion>(100000 + i, u"BIG%1"_s.arg(i));
         for (int l = 0; l < q.GetLanguageCount(); ++l)
             question->SetLocalisedLongCaption(q.GetLanguage(l).m_id,
-                                              QStringLiteral("Caption %1 ").arg(i).repeated(20));
+                                              u"Caption %1 "_s.arg(i).repeated(20));
         q.AddQuestion(std::move(question));
     }
     for (int i = 0; i < q.GetNbreQuestion(); ++i)
         questionnaire::WriteCaption(q, q.GetQuestion(i).m_id, questionnaire::kShortCaption, 1033,
-                                    QStringLiteral("%1 %2").arg(label).arg(i));
+                                    u"%1 %2"_s.arg(label).arg(i));
     std::printf("saving\n");
     std::fflush(stdout);
     const bool saved = document.SaveBatch();
@@ -74,12 +64,15 @@ int RunLimited(qint64 bytes, char** command) {
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() == 4 && args[1] == QLatin1String("convert"))
-        return Convert(args[2], args[3]);
-    if ((args.size() == 4 || args.size() == 5) && args[1] == QLatin1String("bigsave"))
-        return BigSave(args[2], args[3].toInt(), args.value(4, QStringLiteral("changed")));
     if (argc >= 4 && args[1] == QLatin1String("limit"))
         return RunLimited(args[2].toLongLong(), argv + 3);
+    app::AppContext context;
+    util::StandardErrorMessages messages;
+    app::QuestionnaireDocument document(context, messages);
+    if (args.size() == 4 && args[1] == QLatin1String("convert"))
+        return !document.Open(args[2]) ? 1 : document.Save(args[3]) ? 0 : 2;
+    if ((args.size() == 4 || args.size() == 5) && args[1] == QLatin1String("bigsave"))
+        return BigSave(document, messages, args[2], args[3].toInt(), args.value(4, u"changed"_s));
     std::fprintf(stderr, "usage: doc_tool convert IN OUT | bigsave PATH SIZE [LABEL] | "
                          "limit BYTES PROGRAM ARG...\n");
     return 64;

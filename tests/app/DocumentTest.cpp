@@ -14,11 +14,13 @@
 
 #include <map>
 
+using namespace Qt::StringLiterals;
+
 using questionnaire::FileType;
 
 namespace {
 
-const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+const QString kExample = testutil::SourcePath(u"examples/customer-satisfaction.xml"_s);
 
 TEST(FileType, FromTheLastThreeLetters) {
     const std::pair<const char*, FileType> cases[] = {
@@ -52,16 +54,16 @@ public:
 
     util::Outcome Load(const QString& path, CQuestionnaire& q,
                        const questionnaire::StoreContext&) override {
-        m_log.calls.append(QStringLiteral("load ") + QFileInfo(path).fileName());
+        m_log.calls.append(u"load "_s + QFileInfo(path).fileName());
         const CQuestionnaire* held = m_log.Held(path);
         if (!held)
-            return util::Outcome::Failure(QStringLiteral("no such fake file"));
+            return util::Outcome::Failure(u"no such fake file"_s);
         q = *held;
         return {};
     }
     util::Outcome SaveWhole(const QString& path, const CQuestionnaire& q,
                             const questionnaire::StoreContext&) override {
-        m_log.calls.append(QStringLiteral("whole ") + QFileInfo(path).fileName());
+        m_log.calls.append(u"whole "_s + QFileInfo(path).fileName());
         return Write(path, q);
     }
     util::Outcome SaveParts(const QString& path, const CQuestionnaire& q,
@@ -69,10 +71,9 @@ public:
                             const questionnaire::StoreContext& context) override {
         if (!m_log.copiesBeforeSaveAs)
             return SaveWhole(path, q, context); // files of this kind are written whole
-        m_log.calls.append(
-            QStringLiteral("parts %1 %2").arg(QFileInfo(path).fileName()).arg(int(parts)));
+        m_log.calls.append(u"parts %1 %2"_s.arg(QFileInfo(path).fileName()).arg(int(parts)));
         if (!QFileInfo::exists(path))
-            return util::Outcome::Failure(QStringLiteral("nothing to save into"));
+            return util::Outcome::Failure(u"nothing to save into"_s);
         return Write(path, q);
     }
     bool CopiesBeforeSaveAs() const override { return m_log.copiesBeforeSaveAs; }
@@ -80,11 +81,11 @@ public:
 private:
     util::Outcome Write(const QString& path, const CQuestionnaire& q) {
         if (m_log.refusing)
-            return util::Outcome::Failure(QStringLiteral("refused"));
+            return util::Outcome::Failure(u"refused"_s);
         const QByteArray token = "fake " + QByteArray::number(++m_log.saves);
         m_log.files[token] = q;
         return testutil::WriteAll(path, token) ? util::Outcome()
-                                               : util::Outcome::Failure(QStringLiteral("disk"));
+                                               : util::Outcome::Failure(u"disk"_s);
     }
     Log& m_log;
 };
@@ -108,12 +109,11 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
     CQuestionnaire original;
     ASSERT_TRUE(questionnaire::ReadXmlFile(kExample, original));
     // Names with spaces and accented letters, and a database without an extension.
-    const QString folder = Path(QStringLiteral("Études clients 2026"));
+    const QString folder = Path(u"Études clients 2026"_s);
     ASSERT_TRUE(QDir().mkdir(folder));
-    const QStringList types = {QStringLiteral("xml"), QStringLiteral("qes"), QStringLiteral("qex"),
-                               QString()};
+    const QStringList types = {u"xml"_s, u"qes"_s, u"qex"_s, QString()};
     for (const QString& from : types) {
-        const QString source = folder + QStringLiteral("/Enquête source ü") +
+        const QString source = folder + u"/Enquête source ü"_s +
                                (from.isEmpty() ? QString() : QLatin1Char('.') + from);
         {
             app::QuestionnaireDocument document(m_app, m_messages);
@@ -121,7 +121,7 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
             ASSERT_TRUE(document.Save(source)) << m_messages.messages.join(u'\n').toStdString();
         }
         for (const QString& to : types) {
-            const QString target = folder + QStringLiteral("/%1 to %2").arg(from, to) +
+            const QString target = folder + u"/%1 to %2"_s.arg(from, to) +
                                    (to.isEmpty() ? QString() : QLatin1Char('.') + to);
             app::QuestionnaireDocument document(m_app, m_messages);
             ASSERT_TRUE(document.Open(source));
@@ -136,7 +136,7 @@ TEST_F(DocumentTest, EveryTypeSavedAsEveryOtherReadsBackTheSame) {
 TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
     FakeStore::Log log;
     constexpr qint16 kFakeType = 42;
-    m_app.stores.Register(QStringLiteral(".fake"), kFakeType,
+    m_app.stores.Register(u".fake"_s, kFakeType,
                           [&log] { return std::make_unique<FakeStore>(log); });
     const int interactive = int(questionnaire::kInteractiveSave);
     const int batch = int(questionnaire::kBatchSave);
@@ -146,95 +146,87 @@ TEST_F(DocumentTest, ANewFileTypeNeedsOnlyAStore) {
         app::QuestionnaireDocument document(m_app, m_messages);
         ASSERT_TRUE(document.Open(kExample));
         // "Save As" from another type: a store that saves in place gets a whole file first.
-        ASSERT_TRUE(document.Save(Path(QStringLiteral("a.fake"))));
+        ASSERT_TRUE(document.Save(Path(u"a.fake"_s)));
         EXPECT_EQ(document.Type(), kFakeType);
-        EXPECT_EQ(log.calls, QStringList{QStringLiteral("whole a.fake")});
+        EXPECT_EQ(log.calls, QStringList{u"whole a.fake"_s});
         questionnaire::WriteCaption(*document.Questionnaire(), 100, -1, testutil::kGerman,
-                                    QStringLiteral("Neu"));
+                                    u"Neu"_s);
         document.SetModified(true);
         ASSERT_TRUE(document.Save(document.Path()));
         ASSERT_TRUE(document.SaveBatch());
         EXPECT_FALSE(document.IsModified());
         // "Save As" within the type: copied first when the store asks for it.
         log.calls.clear();
-        ASSERT_TRUE(document.Save(Path(QStringLiteral("b.fake"))));
+        ASSERT_TRUE(document.Save(Path(u"b.fake"_s)));
         // A copy is saved into beside the target, under a name of its own, and put in place once
         // saved.
         ASSERT_EQ(log.calls.size(), 1);
         if (copies)
-            EXPECT_TRUE(log.calls[0].startsWith(QStringLiteral("parts .save-")) &&
-                        log.calls[0].endsWith(QStringLiteral(" %1").arg(interactive)))
+            EXPECT_TRUE(log.calls[0].startsWith(u"parts .save-"_s) &&
+                        log.calls[0].endsWith(u" %1"_s.arg(interactive)))
                 << log.calls[0].toStdString();
         else
-            EXPECT_EQ(log.calls[0], QStringLiteral("whole b.fake"));
-        ASSERT_TRUE(log.Held(Path(QStringLiteral("b.fake"))));
-        EXPECT_TRUE(QDir(m_dir.path())
-                        .entryList({QStringLiteral(".save-*")}, QDir::Files | QDir::Hidden)
-                        .isEmpty());
+            EXPECT_EQ(log.calls[0], u"whole b.fake"_s);
+        ASSERT_TRUE(log.Held(Path(u"b.fake"_s)));
+        EXPECT_TRUE(
+            QDir(m_dir.path()).entryList({u".save-*"_s}, QDir::Files | QDir::Hidden).isEmpty());
         // A "Save As" whose save fails leaves the document at its file.
         log.refusing = true;
-        EXPECT_FALSE(document.SaveBatchAs(Path(QStringLiteral("c.fake"))));
-        EXPECT_EQ(document.Path(), Path(QStringLiteral("b.fake")));
-        EXPECT_EQ(document.LastError(), QStringLiteral("refused"));
+        EXPECT_FALSE(document.SaveBatchAs(Path(u"c.fake"_s)));
+        EXPECT_EQ(document.Path(), Path(u"b.fake"_s));
+        EXPECT_EQ(document.LastError(), u"refused"_s);
         EXPECT_TRUE(QDir(m_dir.path())
-                        .entryList({QStringLiteral("c.fake*"), QStringLiteral(".save-*")},
-                                   QDir::Files | QDir::Hidden)
+                        .entryList({u"c.fake*"_s, u".save-*"_s}, QDir::Files | QDir::Hidden)
                         .isEmpty());
         log.refusing = false;
 
         app::QuestionnaireDocument reopened(m_app, m_messages);
-        ASSERT_TRUE(reopened.Open(Path(QStringLiteral("b.fake"))));
+        ASSERT_TRUE(reopened.Open(Path(u"b.fake"_s)));
         EXPECT_EQ(questionnaire::ReadCaption(*reopened.Questionnaire(), 100, -1, testutil::kGerman),
-                  QStringLiteral("Neu"));
+                  u"Neu"_s);
         log.calls.clear();
         ASSERT_TRUE(reopened.SaveBatch());
-        EXPECT_EQ(log.calls, copies ? QStringList{QStringLiteral("parts b.fake %1").arg(batch)}
-                                    : QStringList{QStringLiteral("whole b.fake")});
+        EXPECT_EQ(log.calls, copies ? QStringList{u"parts b.fake %1"_s.arg(batch)}
+                                    : QStringList{u"whole b.fake"_s});
         // Back to a type of the program's own, written whole.
-        ASSERT_TRUE(reopened.Save(Path(QStringLiteral("back.xml"))));
+        ASSERT_TRUE(reopened.Save(Path(u"back.xml"_s)));
         EXPECT_EQ(reopened.Type(), qint16(FileType::Xml));
-        EXPECT_EQ(Load(Path(QStringLiteral("back.xml"))),
-                  *log.Held(Path(QStringLiteral("b.fake"))));
+        EXPECT_EQ(Load(Path(u"back.xml"_s)), *log.Held(Path(u"b.fake"_s)));
     }
     EXPECT_TRUE(m_messages.messages.isEmpty());
 }
 
 TEST_F(DocumentTest, SaveAsRules) {
-    const QString qes = Path(QStringLiteral("survey.qes"));
+    const QString qes = Path(u"survey.qes"_s);
     ASSERT_TRUE(questionnaire::WriteQesFile(qes, testutil::MakeSample(), 0x100));
     // A table the program does not know travels with a database copied by "Save As".
-    ASSERT_TRUE(testutil::Sql(qes, {QStringLiteral("CREATE TABLE extra (x TEXT)")}));
+    ASSERT_TRUE(testutil::Sql(qes, {u"CREATE TABLE extra (x TEXT)"_s}));
     app::QuestionnaireDocument document(m_app, m_messages);
     ASSERT_TRUE(document.Open(qes));
-    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman,
-                                QStringLiteral("Neu"));
-    const QString copy = Path(QStringLiteral("copy.qes"));
+    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman, u"Neu"_s);
+    const QString copy = Path(u"copy.qes"_s);
     ASSERT_TRUE(document.Save(copy));
     EXPECT_EQ(document.Path(), copy);
-    EXPECT_TRUE(testutil::Sql(copy, {QStringLiteral("SELECT * FROM extra")}));
-    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman),
-              QStringLiteral("Neu"));
+    EXPECT_TRUE(testutil::Sql(copy, {u"SELECT * FROM extra"_s}));
+    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman), u"Neu"_s);
     // The original was not saved.
     EXPECT_EQ(questionnaire::ReadCaption(Load(qes), 10, -1, testutil::kGerman), QString());
 
     // The same path in other letters is the same file: saved in place, nothing copied.
     ASSERT_TRUE(document.Save(copy.toUpper().replace(m_dir.path().toUpper(), m_dir.path())));
     EXPECT_EQ(document.Path(), copy);
-    EXPECT_EQ(
-        QDir(m_dir.path()).entryList({QStringLiteral("*.QES")}, QDir::Files, QDir::Name).size(), 2);
-    EXPECT_FALSE(QFileInfo::exists(Path(QStringLiteral("COPY.QES"))));
+    EXPECT_EQ(QDir(m_dir.path()).entryList({u"*.QES"_s}, QDir::Files, QDir::Name).size(), 2);
+    EXPECT_FALSE(QFileInfo::exists(Path(u"COPY.QES"_s)));
 
     // A copy that cannot be made stops the save with its message.
-    EXPECT_FALSE(document.Save(Path(QStringLiteral("missing/folder/x.qes"))));
-    EXPECT_EQ(m_messages.messages.value(0), QStringLiteral("Cannot save the file"));
+    EXPECT_FALSE(document.Save(Path(u"missing/folder/x.qes"_s)));
+    EXPECT_EQ(m_messages.messages.value(0), u"Cannot save the file"_s);
     EXPECT_EQ(document.Path(), copy);
 
     // A save into the copy that fails leaves the target as it was, and nothing beside it.
-    ASSERT_TRUE(testutil::Sql(copy, {QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON "
-                                                    "question_captions BEGIN SELECT "
-                                                    "RAISE(ABORT, 'refused'); END")}));
-    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman,
-                                QStringLiteral("Neuer"));
+    ASSERT_TRUE(testutil::Sql(copy, {u"CREATE TRIGGER refuse BEFORE INSERT ON question_captions "
+                                     u"BEGIN SELECT RAISE(ABORT, 'refused'); END"_s}));
+    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman, u"Neuer"_s);
     const QByteArray before = testutil::ReadAll(qes);
     const QStringList files = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
     EXPECT_FALSE(document.Save(qes));
@@ -244,11 +236,11 @@ TEST_F(DocumentTest, SaveAsRules) {
 }
 
 TEST_F(DocumentTest, LoadFailuresAreShownUnlessSilent) {
-    const QString broken = Path(QStringLiteral("broken.xml"));
+    const QString broken = Path(u"broken.xml"_s);
     ASSERT_TRUE(testutil::WriteAll(broken, "<questionnaire"));
-    const QString campaign = Path(QStringLiteral("wave.qew"));
+    const QString campaign = Path(u"wave.qew"_s);
     ASSERT_TRUE(testutil::WriteAll(campaign, "x"));
-    for (const QString& path : {broken, campaign, Path(QStringLiteral("missing.qes"))}) {
+    for (const QString& path : {broken, campaign, Path(u"missing.qes"_s)}) {
         m_messages.messages.clear();
         app::QuestionnaireDocument document(m_app, m_messages);
         EXPECT_FALSE(document.OpenSilently(path));
@@ -261,8 +253,8 @@ TEST_F(DocumentTest, LoadFailuresAreShownUnlessSilent) {
 }
 
 TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModifiedAndAPackageWorkingFolderLivesWithIt) {
-    const QString qex = Path(QStringLiteral("survey.qex"));
-    const QString folder = Path(QStringLiteral("survey.tmp"));
+    const QString qex = Path(u"survey.qex"_s);
+    const QString folder = Path(u"survey.tmp"_s);
     {
         app::QuestionnaireDocument document(m_app, m_messages);
         EXPECT_EQ(document.Captions().RowCount(), 0);
@@ -272,7 +264,7 @@ TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModifiedAndAPackageWorkingFolder
         EXPECT_FALSE(document.IsModified());
         EXPECT_TRUE(table.WriteBack(0, 0, table.Text(0, 0))); // unchanged: nothing happens
         EXPECT_FALSE(document.IsModified());
-        EXPECT_TRUE(table.WriteBack(0, 1, QStringLiteral("Nouveau\\\\n")));
+        EXPECT_TRUE(table.WriteBack(0, 1, u"Nouveau\\\\n"_s));
         EXPECT_TRUE(document.IsModified());
         ASSERT_TRUE(document.Save(qex));
         EXPECT_FALSE(document.IsModified());
@@ -280,40 +272,38 @@ TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModifiedAndAPackageWorkingFolder
         EXPECT_EQ(table.RowCount(), 0);
 
         ASSERT_TRUE(document.Open(qex));
-        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/questionnaire.xml")));
-        EXPECT_TRUE(QFileInfo::exists(
-            folder + QStringLiteral("/stamp%1.stp").arg(m_app.stamps.stampNumber)));
+        EXPECT_TRUE(QFileInfo::exists(folder + u"/questionnaire.xml"_s));
+        EXPECT_TRUE(QFileInfo::exists(folder + u"/stamp%1.stp"_s.arg(m_app.stamps.stampNumber)));
         EXPECT_EQ(questionnaire::ReadCaption(*document.Questionnaire(), table.QuestionId(0),
                                              table.ResponseId(0), table.ColumnLanguage(1)),
-                  QStringLiteral("Nouveau\\\n"));
+                  u"Nouveau\\\n"_s);
         questionnaire::WriteCaption(*document.Questionnaire(), 110, 4, testutil::kFrench,
-                                    QStringLiteral("Pas du tout satisfait"));
+                                    u"Pas du tout satisfait"_s);
         ASSERT_TRUE(document.SaveBatch());
     }
     EXPECT_FALSE(QFileInfo::exists(folder));
     EXPECT_EQ(questionnaire::ReadCaption(Load(qex), 110, 4, testutil::kFrench),
-              QStringLiteral("Pas du tout satisfait"));
+              u"Pas du tout satisfait"_s);
 }
 
 TEST(AppContext, DictionaryPathAndRecentFiles) {
-    QSettings settings(QStringLiteral("Halvard Quist"), QStringLiteral("Translator"));
-    settings.remove(QStringLiteral("Settings/LibraryPath"));
+    QSettings settings(u"Halvard Quist"_s, u"Translator"_s);
+    settings.remove(u"Settings/LibraryPath"_s);
     const QString fallback = app::AppContext::DictionaryPath();
     EXPECT_TRUE(fallback.endsWith(QLatin1String("/Varnel/Translator/Translator.dic")));
     // The tests run with their own data folder, never the user's.
     EXPECT_TRUE(fallback.startsWith(QString::fromLocal8Bit(qgetenv("XDG_DATA_HOME"))));
-    settings.setValue(QStringLiteral("Settings/LibraryPath"), QString());
+    settings.setValue(u"Settings/LibraryPath"_s, QString());
     EXPECT_EQ(app::AppContext::DictionaryPath(), fallback);
-    settings.setValue(QStringLiteral("Settings/LibraryPath"), QStringLiteral("/x/my.dic"));
+    settings.setValue(u"Settings/LibraryPath"_s, u"/x/my.dic"_s);
     settings.sync();
-    EXPECT_EQ(app::AppContext::DictionaryPath(), QStringLiteral("/x/my.dic"));
-    settings.remove(QStringLiteral("Settings/LibraryPath"));
+    EXPECT_EQ(app::AppContext::DictionaryPath(), u"/x/my.dic"_s);
+    settings.remove(u"Settings/LibraryPath"_s);
 
     app::RecentFiles recent;
     for (const char* name : {"/a.qes", "/b.qes", "/c.qes", "/d.qes", "/e.qes", "/B.QES"})
         recent.Add(QString::fromLatin1(name));
-    EXPECT_EQ(recent.Files(), (QStringList{QStringLiteral("/B.QES"), QStringLiteral("/e.qes"),
-                                           QStringLiteral("/d.qes"), QStringLiteral("/c.qes")}));
+    EXPECT_EQ(recent.Files(), (QStringList{u"/B.QES"_s, u"/e.qes"_s, u"/d.qes"_s, u"/c.qes"_s}));
     const qint32 stamp = app::DrawStampNumber();
     EXPECT_GE(stamp, 0);
     EXPECT_LE(stamp, 32767);

@@ -18,11 +18,13 @@
 #include <csignal>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString kExample = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
+const QString kExample = testutil::SourcePath(u"examples/customer-satisfaction.xml"_s);
 // Questions in a big save: tens of megabytes, long enough to be killed or cut off part-way.
-const QString kBigSave = QStringLiteral("40000");
+const QString kBigSave = u"40000"_s;
 
 struct Outcome {
     int status = -1;
@@ -48,15 +50,11 @@ CQuestionnaire Load(const QString& path) {
 }
 
 void SaveExampleAs(const QString& path) {
-    app::AppContext context;
-    util::RecordedMessages messages;
-    app::QuestionnaireDocument document(context, messages);
-    ASSERT_TRUE(document.Open(kExample));
-    ASSERT_TRUE(document.Save(path));
+    ASSERT_EQ(RunProgram(QStringLiteral(DOC_TOOL), {u"convert"_s, kExample, path}).status, 0);
 }
 
 void StartBigSave(QProcess& child, const QString& path) {
-    child.start(QStringLiteral(DOC_TOOL), {QStringLiteral("bigsave"), path, kBigSave});
+    child.start(QStringLiteral(DOC_TOOL), {u"bigsave"_s, path, kBigSave});
     ASSERT_TRUE(child.waitForStarted());
     // The child prints "saving" once the questionnaire is built and the save begins.
     while (!child.canReadLine())
@@ -76,14 +74,14 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     // Root ignores permissions: the save into the locked folder then runs as an unprivileged user.
     QFile::setPermissions(m_dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                             QFile::ReadOther | QFile::ExeOther);
-    const QString tool = Path(QStringLiteral("doc_tool"));
+    const QString tool = Path(u"doc_tool"_s);
     ASSERT_TRUE(QFile::copy(QStringLiteral(DOC_TOOL), tool));
-    const QString example = Path(QStringLiteral("example.xml"));
+    const QString example = Path(u"example.xml"_s);
     ASSERT_TRUE(QFile::copy(kExample, example));
     QFile::setPermissions(example, QFile::ReadOwner | QFile::ReadOther);
-    const QString locked = Path(QStringLiteral("locked"));
+    const QString locked = Path(u"locked"_s);
     ASSERT_TRUE(QDir().mkdir(locked));
-    const QString path = locked + QStringLiteral("/survey.") + Type();
+    const QString path = locked + u"/survey."_s + Type();
     SaveExampleAs(path);
     const QByteArray before = testutil::ReadAll(path);
     const CQuestionnaire old = Load(path);
@@ -95,8 +93,8 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     };
 
     // Files may grow to 1 MB; the save below writes tens of megabytes.
-    const Outcome limited = RunProgram(tool, {QStringLiteral("limit"), QStringLiteral("1000000"),
-                                              tool, QStringLiteral("bigsave"), path, kBigSave});
+    const Outcome limited =
+        RunProgram(tool, {u"limit"_s, u"1000000"_s, tool, u"bigsave"_s, path, kBigSave});
     EXPECT_EQ(limited.status, 2) << limited.out.toStdString() << limited.err.toStdString();
     EXPECT_TRUE(limited.out.contains(QLatin1String("failed")));
     keptTheOldFile(limited);
@@ -106,14 +104,13 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadOther);
     QFile::setPermissions(locked,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
-    const QStringList convert = {QStringLiteral("convert"), example, path};
-    const Outcome denied = ::geteuid() == 0
-                               ? RunProgram(QStringLiteral("setpriv"),
-                                            QStringList{QStringLiteral("--reuid=65534"),
-                                                        QStringLiteral("--regid=65534"),
-                                                        QStringLiteral("--clear-groups"), tool} +
-                                                convert)
-                               : RunProgram(tool, convert);
+    const QStringList convert = {u"convert"_s, example, path};
+    const Outcome denied =
+        ::geteuid() == 0
+            ? RunProgram(u"setpriv"_s, QStringList{u"--reuid=65534"_s, u"--regid=65534"_s,
+                                                   u"--clear-groups"_s, tool} +
+                                           convert)
+            : RunProgram(tool, convert);
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_NE(denied.status, 0);
     keptTheOldFile(denied);
@@ -122,8 +119,8 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
 // A child performs a big save and is killed with SIGKILL at points of the save's measured
 // duration.
 TEST_P(FailingDiskTest, SaveKilledHalfWayKeepsTheOldFile) {
-    const QString path = Path(QStringLiteral("survey.") + Type());
-    const QString scratch = Path(QStringLiteral("scratch.") + Type());
+    const QString path = Path(u"survey."_s + Type());
+    const QString scratch = Path(u"scratch."_s + Type());
     SaveExampleAs(path);
     SaveExampleAs(scratch);
     qint64 duration = 0;
@@ -158,8 +155,7 @@ TEST_P(FailingDiskTest, SaveKilledHalfWayKeepsTheOldFile) {
             continue;
         }
         for (int i = 0; i < previous.GetNbreQuestion(); ++i)
-            EXPECT_EQ(now.GetQuestion(i).GetLocalisedShortCaption(1033),
-                      QStringLiteral("changed %1").arg(i))
+            EXPECT_EQ(now.GetQuestion(i).GetLocalisedShortCaption(1033), u"changed %1"_s.arg(i))
                 << "a changed file must hold the whole new save";
         ASSERT_TRUE(testutil::WriteAll(path, bytes));
         delay /= 2;
@@ -168,22 +164,20 @@ TEST_P(FailingDiskTest, SaveKilledHalfWayKeepsTheOldFile) {
 }
 
 TEST_P(FailingDiskTest, TwoProgramsSavingAtOnceLeaveOneWholeSave) {
-    const QString path = Path(QStringLiteral("survey.") + Type());
+    const QString path = Path(u"survey."_s + Type());
     SaveExampleAs(path);
     const QByteArray before = testutil::ReadAll(path);
     QProcess first;
     QProcess second;
-    first.start(QStringLiteral(DOC_TOOL), {QStringLiteral("bigsave"), path, QStringLiteral("20000"),
-                                           QStringLiteral("first")});
-    second.start(QStringLiteral(DOC_TOOL), {QStringLiteral("bigsave"), path,
-                                            QStringLiteral("20000"), QStringLiteral("second")});
+    first.start(QStringLiteral(DOC_TOOL), {u"bigsave"_s, path, u"20000"_s, u"first"_s});
+    second.start(QStringLiteral(DOC_TOOL), {u"bigsave"_s, path, u"20000"_s, u"second"_s});
     ASSERT_TRUE(first.waitForFinished(120000));
     ASSERT_TRUE(second.waitForFinished(120000));
     QSet<QString> saved;
     if (first.readAllStandardOutput().contains("saved"))
-        saved.insert(QStringLiteral("first"));
+        saved.insert(u"first"_s);
     if (second.readAllStandardOutput().contains("saved"))
-        saved.insert(QStringLiteral("second"));
+        saved.insert(u"second"_s);
     const CQuestionnaire q = Load(path);
     // Every short caption comes from the same save: one that reported success, or, when the two
     // got in each other's way (packages share their working folder) and both failed, the old
@@ -204,14 +198,13 @@ INSTANTIATE_TEST_SUITE_P(EachType, FailingDiskTest, ::testing::Values("xml", "qe
 
 TEST(FailingDisk, ExportThatCannotBeWrittenWholeKeepsTheOldFileAndSaysWhy) {
     QTemporaryDir dir;
-    const QString survey = dir.filePath(QStringLiteral("survey.xml"));
+    const QString survey = dir.filePath(u"survey.xml"_s);
     ASSERT_TRUE(QFile::copy(kExample, survey));
-    const QString out = dir.filePath(QStringLiteral("out.txt"));
+    const QString out = dir.filePath(u"out.txt"_s);
     ASSERT_TRUE(testutil::WriteAll(out, "previous export"));
-    const Outcome run =
-        RunProgram(QStringLiteral(DOC_TOOL),
-                   {QStringLiteral("limit"), QStringLiteral("4000"),
-                    QStringLiteral(TRANSLATOR_BINARY), survey, QStringLiteral("export:") + out});
+    const Outcome run = RunProgram(
+        QStringLiteral(DOC_TOOL),
+        {u"limit"_s, u"4000"_s, QStringLiteral(TRANSLATOR_BINARY), survey, u"export:"_s + out});
     EXPECT_TRUE(run.out.contains(QLatin1String("result=-20")));
     EXPECT_TRUE(run.err.contains(QLatin1String("Cannot write the file"))) << run.err.toStdString();
     EXPECT_EQ(testutil::ReadAll(out), QByteArray("previous export"));
