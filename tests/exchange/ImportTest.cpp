@@ -463,33 +463,6 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
     }
 }
 
-TEST(RowCutter, CutsLikeASpreadsheetReader) {
-    const struct {
-        QString text;
-        QList<QStringList> rows;
-    } cases[] = {
-        {u"a\tb\r\nc\td\r\n"_s, {{"a", "b"}, {"c", "d"}}},
-        {u"a\n\n\r\n\rb"_s, {{"a"}, {"b"}}},
-        {u"a\t\r\n"_s, {{"a", ""}}},
-        {u"a\t"_s, {{"a"}}}, // at the end an empty last cell is dropped
-        {u"\"x\ty\r\nz\"\tw"_s, {{"x\ty\r\nz", "w"}}},
-        {u"\"say \"\"hi\"\"\""_s, {{"say \"hi\""}}},
-        {u"ab\"c\td\"e"_s, {{"abc\tde"}}}, // a quote may stand anywhere
-        {u"\r\na"_s, {{""}, {"a"}}},       // a line end first ends an empty row
-        // Quoted cells as spreadsheet programs write them, and shapes they do not write.
-        {u"1\t\"a \"\"b\"\" c\"\t\"\"\r\n2\t\"\"\"\"\n"_s, {{"1", "a \"b\" c", ""}, {"2", "\""}}},
-        {u"1\t\"x\ty\r\nz\"\r\n"_s, {{"1", "x\ty\r\nz"}}},
-        {u"1\t\"a\"b\"c\"\td"_s, {{"1", "abc", "d"}}},
-        {u"1\t\"a\"\"b"_s, {{"1", "a\"b"}}},
-        {u"1\t\"a\"\"b\"\"\"\"\"\t"_s, {{"1", "a\"b\"\""}}},
-        {QString(), {}},
-    };
-    for (const auto& c : cases) {
-        RowCutter cutter(c.text);
-        EXPECT_EQ(CutAll(cutter), c.rows) << c.text.toStdString();
-    }
-}
-
 // Rows cut in batches, two used in turn as the import's cutting thread uses them: a batch's rows
 // are read only after the other batch has been filled.
 QList<QStringList> CutInTurns(RowCutter& cutter) {
@@ -533,17 +506,65 @@ TEST(RowCutter, WindowMasksAgreeWithACharacterAtATime) {
 
 // Every way the cutter is driven (a whole text, row by row or in batches; a file read in pieces
 // smaller or larger than a row, row by row or in batches) cuts as a reading one character at a
-// time does. Half the texts are dense with quotes, tabs and line ends that straddle pieces; the
-// others have long runs of ordinary text, as real files do, which the cutter takes many
-// characters at a time, among them characters whose low byte is a tab, a quote or a backslash.
-TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
+// time does: first on texts whose rows are written out, then on generated ones. Half of these
+// are dense with quotes, tabs and line ends that straddle pieces; the others have long runs of
+// ordinary text, as real files do, which the cutter takes many characters at a time, among them
+// characters whose low byte is a tab, a quote or a backslash.
+TEST(RowCutter, CutsLikeASpreadsheetReaderHoweverDriven) {
     QTemporaryDir dir;
+    int files = 0;
+    const auto expectCuts = [&](const QString& text, const QList<QStringList>& expected,
+                                const std::vector<size_t>& pieces) {
+        RowCutter whole(text);
+        EXPECT_EQ(CutAll(whole), expected);
+        RowCutter wholeInBatches(text);
+        EXPECT_EQ(CutInTurns(wholeInBatches), expected);
+        const QString path = dir.filePath(u"t%1.txt"_s.arg(++files));
+        ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
+        for (size_t piece : pieces) {
+            util::TextFileReader reader;
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter streamed(reader, piece);
+            EXPECT_EQ(CutAll(streamed), expected) << "piece " << piece;
+            EXPECT_FALSE(streamed.Failed());
+            ASSERT_TRUE(reader.Open(path));
+            RowCutter batched(reader, piece);
+            EXPECT_EQ(CutInTurns(batched), expected) << "piece " << piece;
+        }
+    };
+    const struct {
+        QString text;
+        QList<QStringList> rows;
+    } cases[] = {
+        {u"a\tb\r\nc\td\r\n"_s, {{"a", "b"}, {"c", "d"}}},
+        {u"a\n\n\r\n\rb"_s, {{"a"}, {"b"}}},
+        {u"a\t\r\n"_s, {{"a", ""}}},
+        {u"a\t"_s, {{"a"}}}, // at the end an empty last cell is dropped
+        {u"\"x\ty\r\nz\"\tw"_s, {{"x\ty\r\nz", "w"}}},
+        {u"\"say \"\"hi\"\"\""_s, {{"say \"hi\""}}},
+        {u"ab\"c\td\"e"_s, {{"abc\tde"}}}, // a quote may stand anywhere
+        {u"\r\na"_s, {{""}, {"a"}}},       // a line end first ends an empty row
+        // Quoted cells as spreadsheet programs write them, and shapes they do not write.
+        {u"1\t\"a \"\"b\"\" c\"\t\"\"\r\n2\t\"\"\"\"\n"_s, {{"1", "a \"b\" c", ""}, {"2", "\""}}},
+        {u"1\t\"x\ty\r\nz\"\r\n"_s, {{"1", "x\ty\r\nz"}}},
+        {u"1\t\"a\"b\"c\"\td"_s, {{"1", "abc", "d"}}},
+        {u"1\t\"a\"\"b"_s, {{"1", "a\"b"}}},
+        {u"1\t\"a\"\"b\"\"\"\"\"\t"_s, {{"1", "a\"b\"\""}}},
+        {QString(), {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text.toStdString());
+        EXPECT_EQ(CutOneByOne(c.text), c.rows); // the reading the generated texts are held to
+        expectCuts(c.text, c.rows, {1, 2, 5});
+    }
+
     std::mt19937 random(11);
     const char16_t ordinary[] = {u'a',      u' ',      u'\u0109',       u'\u0a0d',
                                  u'\u225c', u'\u4e2d', u'\uff09',       u'\u0001',
                                  u'\u00e9', u'\u0122', char16_t(0xd83d)};
     const char16_t special[] = {u'\t', u'\t', u'\t', u'\r', u'\n', u'"', u'"', u'\\'};
     for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
         const bool dense = round % 2 == 0;
         QString text;
         for (int r = int(random() % (dense ? 30 : 80)); r > 0; --r) {
@@ -552,25 +573,8 @@ TEST(RowCutter, AgreesWithAReadingOneCharacterAtATime) {
             for (int i = 1 + int(random() % 3); i > 0; --i)
                 text.append(QChar(special[random() % std::size(special)]));
         }
-        const QList<QStringList> expected = CutOneByOne(text);
-        RowCutter whole(text);
-        EXPECT_EQ(CutAll(whole), expected) << "round " << round;
-        RowCutter wholeInBatches(text);
-        EXPECT_EQ(CutInTurns(wholeInBatches), expected) << "round " << round;
-        const QString path = dir.filePath(u"t%1.txt"_s.arg(round));
-        ASSERT_TRUE(testutil::WriteAll(path, testutil::Utf16Le(text)));
-        const std::vector<size_t> pieces =
-            dense ? std::vector<size_t>{1, 2, 5, 16} : std::vector<size_t>{63, 4096};
-        for (size_t piece : pieces) {
-            util::TextFileReader reader;
-            ASSERT_TRUE(reader.Open(path));
-            RowCutter streamed(reader, piece);
-            EXPECT_EQ(CutAll(streamed), expected) << "round " << round << " piece " << piece;
-            EXPECT_FALSE(streamed.Failed());
-            ASSERT_TRUE(reader.Open(path));
-            RowCutter batched(reader, piece);
-            EXPECT_EQ(CutInTurns(batched), expected) << "round " << round << " piece " << piece;
-        }
+        expectCuts(text, CutOneByOne(text),
+                   dense ? std::vector<size_t>{1, 2, 5, 16} : std::vector<size_t>{63, 4096});
     }
 }
 

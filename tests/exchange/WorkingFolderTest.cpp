@@ -42,23 +42,6 @@ QByteArray StampBytes(double oleDate) {
     return bytes;
 }
 
-TEST(WorkingFolderName, CutsThePathAtItsLastDot) {
-    const struct {
-        QString path;
-        QString folder;
-    } cases[] = {
-        {u"a/b/survey.qes"_s, u"a/b/survey.tmp/"_s},
-        {u"/srv/Wave3.QEX"_s, u"/srv/Wave3.tmp/"_s},
-        {u"a/b.c.qex"_s, u"a/b.c.tmp/"_s},
-        {u"a.b/survey"_s, u"a.tmp/"_s}, // the dot of a folder name
-        {u"survey."_s, u"survey.tmp/"_s},
-        {u"noext"_s, QString()},
-        {QString(), QString()},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(exchange::WorkingFolderOf(c.path), c.folder) << c.path.toStdString();
-}
-
 class WorkingFolderTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -117,7 +100,23 @@ TEST_F(WorkingFolderTest, PrepareCreatesTheFolderAndWritesTheStamp) {
     EXPECT_EQ(QDir(m_folder).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
-TEST_F(WorkingFolderTest, PathsWithoutADotHaveNoFolderToPrepareOrClean) {
+TEST_F(WorkingFolderTest, TheFolderIsThePathCutAtItsLastDot) {
+    const struct {
+        QString path;
+        QString folder;
+    } cases[] = {
+        {u"a/b/survey.qes"_s, u"a/b/survey.tmp/"_s},
+        {u"/srv/Wave3.QEX"_s, u"/srv/Wave3.tmp/"_s},
+        {u"a/b.c.qex"_s, u"a/b.c.tmp/"_s},
+        {u"a.b/survey"_s, u"a.tmp/"_s}, // the dot of a folder name
+        {u"survey."_s, u"survey.tmp/"_s},
+        {u"noext"_s, QString()},
+        {QString(), QString()},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(exchange::WorkingFolderOf(c.path), c.folder) << c.path.toStdString();
+
+    // Without a dot there is no folder to prepare or clean.
     const QString previous = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(m_dir.path()));
     ASSERT_TRUE(QDir().mkdir(u"noext.tmp"_s));
