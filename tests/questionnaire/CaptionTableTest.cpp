@@ -47,25 +47,20 @@ TEST(CaptionTable, RowsColumnsAndCells) {
     EXPECT_EQ(table.Languages(), (QList<qint32>{kGerman, kEnglish, kFrench}));
     EXPECT_EQ(table.ColumnTitle(0), u"DEU"_s);
     ASSERT_EQ(table.RowCount(), 3 * 4 + 2 + 42 + 2);
-    const struct {
-        qint32 questionId, responseId;
-        QString label;
-        RowKind kind;
-    } rows[] = {
-        {10, -1, u"Q1"_s, RowKind::LongCaption},    {10, -2, QString(), RowKind::ShortCaption},
-        {10, -3, QString(), RowKind::Instructions}, {10, -4, QString(), RowKind::Comments},
-        {10, 2, u"2"_s, RowKind::Response},         {-1, 2, u"1"_s, RowKind::SystemMessage},
-        {-1, 43, u"42"_s, RowKind::SystemMessage},  {-2, 7, u"2"_s, RowKind::Routing},
+    // Each kind of row; system-message and routing rows are so whatever their response id.
+    const std::tuple<qint32, qint32, RowKind> kinds[] = {
+        {10, -1, RowKind::LongCaption},   {10, -2, RowKind::ShortCaption},
+        {10, -3, RowKind::Instructions},  {10, -4, RowKind::Comments},
+        {10, 2, RowKind::Response},       {-1, 2, RowKind::SystemMessage},
+        {-1, -1, RowKind::SystemMessage}, {-2, 7, RowKind::Routing},
+        {-2, -3, RowKind::Routing},
     };
-    for (const auto& r : rows) {
-        const qsizetype row = RowOf(table, r.questionId, r.responseId);
-        ASSERT_GE(row, 0) << r.questionId << "/" << r.responseId;
-        EXPECT_EQ(table.RowLabel(row), r.label) << row;
-        EXPECT_EQ(table.Kind(row), r.kind) << row;
-    }
-    // A system-message or routing row is one whatever its response id.
-    EXPECT_EQ(RowKindOf(-1, -1), RowKind::SystemMessage);
-    EXPECT_EQ(RowKindOf(-2, -3), RowKind::Routing);
+    for (const auto& [questionId, responseId, kind] : kinds)
+        EXPECT_EQ(RowKindOf(questionId, responseId), kind) << questionId << "/" << responseId;
+    const qsizetype lastMessage = RowOf(table, -1, 43);
+    ASSERT_GE(lastMessage, 0);
+    EXPECT_EQ(table.Kind(lastMessage), RowKind::SystemMessage);
+    EXPECT_EQ(table.RowLabel(lastMessage), u"42"_s);
     // Cells are read when asked, escaped as the grid shows them.
     const qsizetype instructions = RowOf(table, 10, -3);
     EXPECT_EQ(table.Text(instructions, 1), u"Read out\\nthe scale"_s);

@@ -44,23 +44,21 @@ TEST(LocaleTable, LanguagesAndLookupsByIdAbbreviationAndTag) {
     EXPECT_EQ((*std::partition_point(all.begin(), all.end(), specific))->m_id, 1);
 }
 
+// A number is taken as it stands, even one that names no language.
 TEST(LanguageList, ParsesIdsAndShortNamesAndDropsUnknownItems) {
-    const struct {
-        QString text;
-        QList<qint32> expected;
-    } cases[] = {
+    const std::pair<QString, QList<qint32>> cases[] = {
         {u"1033,1036"_s, {1033, 1036}},
         {u"enu,FRA,Deu"_s, {1033, 1036, 1031}},
         {u"ENU, fra , 1031"_s, {1033, 1036, 1031}},
         {u"ENU,Klingon,,FRA"_s, {1033, 1036}},
         {u"Klingon"_s, {}},
         {QString(), {}},
-        {u"-1"_s, {-1}}, // a number is taken as it stands
+        {u"-1"_s, {-1}},
         {u"1036,ENU"_s, {1036, 1033}},
         {u"esp,esn"_s, {1034, 3082}},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ParseLanguageList(c.text), c.expected) << c.text.toStdString();
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(ParseLanguageList(text), expected) << text.toStdString();
 }
 
 TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
@@ -104,16 +102,12 @@ TEST(LanguageColumns, ReadWhatEachLanguageHolds) {
 }
 
 TEST(StaticTools, WholeNumbersAndSplitting) {
-    const struct {
-        QString text;
-        bool ok;
-        qint32 value;
-    } numbers[] = {
+    const std::tuple<QString, bool, qint32> numbers[] = {
         {u"42"_s, true, 42},
         {u"-2"_s, true, -2},
         {u"+7"_s, true, 7},
         {u"2147483647"_s, true, 2147483647},
-        {u"-2147483648"_s, true, std::numeric_limits<qint32>::min()},
+        {u"-2147483648"_s, true, INT32_MIN},
         {u"2147483648"_s, false, 0},
         {u""_s, false, 0},
         {u"-"_s, false, 0},
@@ -121,10 +115,10 @@ TEST(StaticTools, WholeNumbersAndSplitting) {
         {u" 12"_s, false, 0},
         {u"1033(ENU)"_s, false, 0},
     };
-    for (const auto& c : numbers) {
-        qint32 value = 0;
-        EXPECT_EQ(CStaticTools::EstLong(c.text, value), c.ok) << c.text.toStdString();
-        EXPECT_EQ(CStaticTools::ToLong(c.text), c.value) << c.text.toStdString();
+    for (const auto& [text, ok, value] : numbers) {
+        qint32 parsed = 0;
+        EXPECT_EQ(CStaticTools::EstLong(text, parsed), ok) << text.toStdString();
+        EXPECT_EQ(CStaticTools::ToLong(text), value) << text.toStdString();
     }
     QStringList parts;
     CStaticTools::ReadStringSeparatorString(u"a,,b"_s, QLatin1Char(','), parts);
