@@ -52,7 +52,7 @@ const Sample kSamples[] = {
     {1258, QStringLiteral(u"₫"), "\xFE"},
 };
 
-TEST_F(AnsiCodePageTest, ConvertsBothWaysInEveryWindowsCodePage) {
+TEST_F(AnsiCodePageTest, ConvertsBothWaysAndMarksUnmappablesInEveryCodePage) {
     for (const Sample& s : kSamples) {
         SCOPED_TRACE(::testing::Message() << s.codePage << ", " << s.text.size() << " characters");
         QByteArray bytes;
@@ -62,9 +62,7 @@ TEST_F(AnsiCodePageTest, ConvertsBothWaysInEveryWindowsCodePage) {
         ASSERT_TRUE(AnsiCodePage::ToUnicode(s.bytes, s.codePage, text));
         EXPECT_EQ(text, s.text);
     }
-}
-
-TEST_F(AnsiCodePageTest, EveryLocaleCodePageHasAConverterThatMarksUnmappables) {
+    // Every code page a locale names has a converter, and it marks what it cannot map.
     QSet<int> codePages;
     for (const util::LocaleInfo& info : util::LocaleTable::Instance().All())
         if (info.ansiCodePage != 0)

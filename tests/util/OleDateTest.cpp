@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
 #include <limits>
 
 namespace {
@@ -54,7 +55,9 @@ TEST(OleDate, RoundingAndValuesOutsideTheDateRange) {
                  {std::nextafter(-2.0, -3.0), Local(1899, 12, 28)},
                  {-0.5, Local(1899, 12, 30, 12)}}; // the same instant as 0.5
     for (const auto& c : cases)
-        EXPECT_EQ(util::FromOleDate(c.ole), c.local) << c.ole;
+        EXPECT_EQ(util::FromOleDate(c.ole), c.local)
+            << std::setprecision(17) << c.ole << " gave "
+            << util::FromOleDate(c.ole).toString(Qt::ISODateWithMs).toStdString();
     constexpr double kInf = std::numeric_limits<double>::infinity();
     for (const double ole : {std::numeric_limits<double>::quiet_NaN(), kInf, -kInf, 1e300, -1e300,
                              2958466.0, -657435.0})

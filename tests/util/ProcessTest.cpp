@@ -367,9 +367,9 @@ private:
     bool m_ok = false;
 };
 
+// The file's path comes after the script's own name, as "$1".
 QStringList ShellEditor(const char* script) {
-    return {QStringLiteral("sh"), QStringLiteral("-c"), QString::fromUtf8(script),
-            QStringLiteral("sh")};
+    return Shell(script) << QStringLiteral("sh");
 }
 
 TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
@@ -491,9 +491,8 @@ TEST(ThreadLogTest, PassesOnOnlyWhatDiffersFromTheThreadsLastMessage) {
     std::unique_ptr<QThread> worker(QThread::create([&] {
         workerLabel = util::ThreadLog::CurrentThreadLabel();
         workerId = util::ThreadLog::CurrentThreadId();
-        util::ThreadLog::Instance().Log(QStringLiteral("two"));
-        util::ThreadLog::Instance().Log(QStringLiteral("two"));
-        util::ThreadLog::Instance().Log(QString());
+        for (const QString& message : {QStringLiteral("two"), QStringLiteral("two"), QString()})
+            util::ThreadLog::Instance().Log(message);
     }));
     worker->setObjectName(QStringLiteral("Named"));
     worker->start();

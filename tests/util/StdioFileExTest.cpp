@@ -180,6 +180,7 @@ TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
     file.Close();
     EXPECT_EQ(testutil::ReadAll(existing), QByteArray("keep\n"));
 
+    // A null path is refused, an empty one taken.
     EXPECT_THROW(file.SetFilePath(QString()), std::invalid_argument);
     file.SetFilePath(QStringLiteral(""));
     EXPECT_TRUE(file.GetFilePath().isEmpty());
