@@ -82,43 +82,6 @@ QString ResponseCaption(const vw::CCampaign& c, qint32 response, qint32 language
     return caption ? caption->m_shortCaption : QStringLiteral("<none>");
 }
 
-TEST(CampaignFromAQuestionnaire, EveryResponseKeepsItsCaptionsThoughNumbersRepeatPerQuestion) {
-    // The example numbers the responses of each question from 1; a campaign numbers them across.
-    QTemporaryDir dir;
-    const QString source =
-        testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
-    const QString target = dir.filePath(QStringLiteral("survey.qew"));
-    for (int save = 0; save < 2; ++save) { // a second save finds the responses it numbered
-        const BatchRun run =
-            Batch({save == 0 ? source : target, QStringLiteral("saveas:") + target});
-        ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
-    }
-    vw::CCampaign campaign;
-    ASSERT_TRUE(campaign::LoadCampaign(target, campaign));
-    EXPECT_EQ(campaign.m_versionNumber, QStringLiteral("5,6,1,0")); // as the program writes it
-    app::AppContext app;
-    CQuestionnaire before;
-    CQuestionnaire after;
-    ASSERT_TRUE(app::LoadQuestionnaire(app, source, before));
-    ASSERT_TRUE(app::LoadQuestionnaire(app, target, after));
-    ASSERT_EQ(after.GetNbreQuestion(), before.GetNbreQuestion());
-    int responses = 0;
-    for (int i = 0; i < before.GetNbreQuestion(); ++i) {
-        const CQuestion& b = before.GetQuestion(i);
-        const CQuestion& a = after.GetQuestion(i);
-        ASSERT_EQ(a.m_id, b.m_id);
-        ASSERT_EQ(a.GetNbreModalite(), b.GetNbreModalite()) << b.m_id;
-        for (int r = 0; r < b.GetNbreModalite(); ++r, ++responses)
-            for (int l = 0; l < before.GetLanguageCount(); ++l) {
-                const qint32 language = before.GetLanguage(l).m_id;
-                EXPECT_EQ(a.GetModalite(r).GetLocalisedLongCaption(language),
-                          b.GetModalite(r).GetLocalisedLongCaption(language))
-                    << "question " << b.m_id << " response " << r << " language " << language;
-            }
-    }
-    EXPECT_GT(responses, 10);
-}
-
 // One campaign another program wrote: exported, moved to a server and back with the same export,
 // shared there by two translators saving at once, and as a file translated, given a language and
 // migrated by the save.
@@ -151,6 +114,7 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     ASSERT_EQ(moved.exitCode, 0) << moved.messages.toStdString();
     EXPECT_EQ(Export(server, dir.filePath(QStringLiteral("server.txt"))), fromFile);
 
+    // An upper-case ending names a campaign too, to save into and to open.
     const QString back = dir.filePath(QStringLiteral("back.QEW"));
     const BatchRun returned = Batch({server, QStringLiteral("saveas:") + back});
     ASSERT_EQ(returned.exitCode, 0) << returned.messages.toStdString();
@@ -252,18 +216,48 @@ QByteArray Snapshot(const QString& location, const QString& scratch) {
     return tables.isEmpty() ? names : names + '\n' + Export(location, scratch);
 }
 
+// A questionnaire saved as a campaign, and saved again over it, keeps every response's captions:
+// the example numbers the responses of each question from 1, a campaign numbers them across, and
+// the second save finds the responses the first numbered.
+//
 // A save refused by the database (a shortcut longer than its column) leaves the target of "Save
 // As" as it was, absent or empty included, and the document at its own file; the save that
 // follows with the shortcut mended succeeds. From another type the target is a new campaign,
 // from a campaign a copy of it.
-TEST(CampaignSaveAs, AFailedOneLeavesTheTargetAsItWasAndTheDocumentWhereItWas) {
+TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetNorDocument) {
     testutil::PostgresServer postgres;
     ASSERT_TRUE(postgres.Start()) << postgres.Error().toStdString();
     QTemporaryDir dir;
     const QString scratch = dir.filePath(QStringLiteral("scratch.txt"));
     const QString xml = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
     const QString file = dir.filePath(QStringLiteral("source.qew"));
-    ASSERT_EQ(Batch({xml, QStringLiteral("saveas:") + file}).exitCode, 0);
+    for (const QString& from : {xml, file}) {
+        const BatchRun run = Batch({from, QStringLiteral("saveas:") + file});
+        ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
+    }
+    EXPECT_EQ(Load(file).m_versionNumber, QStringLiteral("5,6,1,0")); // as the program writes it
+    app::AppContext context;
+    CQuestionnaire original;
+    CQuestionnaire campaign;
+    ASSERT_TRUE(app::LoadQuestionnaire(context, xml, original));
+    ASSERT_TRUE(app::LoadQuestionnaire(context, file, campaign));
+    ASSERT_EQ(campaign.GetNbreQuestion(), original.GetNbreQuestion());
+    int responses = 0;
+    for (int i = 0; i < original.GetNbreQuestion(); ++i) {
+        const CQuestion& b = original.GetQuestion(i);
+        const CQuestion& a = campaign.GetQuestion(i);
+        ASSERT_EQ(a.m_id, b.m_id);
+        ASSERT_EQ(a.GetNbreModalite(), b.GetNbreModalite()) << b.m_id;
+        for (int r = 0; r < b.GetNbreModalite(); ++r, ++responses)
+            for (int l = 0; l < original.GetLanguageCount(); ++l) {
+                const qint32 language = original.GetLanguage(l).m_id;
+                EXPECT_EQ(a.GetModalite(r).GetLocalisedLongCaption(language),
+                          b.GetModalite(r).GetLocalisedLongCaption(language))
+                    << "question " << b.m_id << " response " << r << " language " << language;
+            }
+    }
+    EXPECT_GT(responses, 10);
+
     const QString server = postgres.CreateDatabase(QStringLiteral("source"));
     ASSERT_EQ(Batch({file, QStringLiteral("saveas:") + server}).exitCode, 0);
     // Targets hold another campaign than the sources.
