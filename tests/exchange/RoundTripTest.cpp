@@ -146,13 +146,13 @@ TEST_P(RoundTripTest, UntouchedFileChangesOnlyCaptionsTheExportWarnedAbout) {
         EXPECT_TRUE(unsafe.contains(key)) << key.toStdString();
 }
 
-// That safe captions survive an untouched file follows from the test above.
-TEST_P(RoundTripTest, EditedCellsAreWrittenAndChangedSourcesRejectedExactly) {
+// A translator fills some French and Hebrew cells: the file is the export of a copy with those
+// cells changed. Importing it with only unchanged rows writes exactly those cells: no row whose
+// source text holds quotes, tabs, line breaks or backslashes passes for changed.
+TEST_P(RoundTripTest, ATranslatorsFileWritesExactlyTheEditedCells) {
     const CQuestionnaire original = m_generator->Questionnaire(true);
     questionnaire::CaptionList list;
     questionnaire::BuildCaptionList(original, list, false);
-    // A translator fills some French and Hebrew cells: the file is the export of a copy with
-    // those cells changed.
     CQuestionnaire translated = original;
     QStringList edited;
     for (qsizetype k = 0; k < list.size(); k += 3) {
@@ -166,35 +166,11 @@ TEST_P(RoundTripTest, EditedCellsAreWrittenAndChangedSourcesRejectedExactly) {
                 u"%1/%2/%3"_s.arg(list.questionIds[k]).arg(list.responseIds[k]).arg(lcid));
     }
     CQuestionnaire q = original;
-    EXPECT_EQ(Import(q, Export(translated), false), edited.size());
+    ImportReport report;
+    EXPECT_EQ(Import(q, Export(translated), true, &report), edited.size());
+    EXPECT_EQ(report.rejectedRows, 0);
     EXPECT_EQ(Differences(original, q), edited);
     EXPECT_EQ(q, translated);
-
-    // Source texts changed after an export: with only unchanged rows, exactly theirs are set
-    // aside, each with its current source text.
-    q = original;
-    const QString path = Export(q);
-    int changedSources = 0;
-    for (qsizetype k = 1; k < list.size(); k += 7) {
-        if (list.questionIds[k] < 0)
-            continue;
-        WriteCaption(q, list.questionIds[k], list.responseIds[k], 1033, u"edited"_s);
-        ++changedSources;
-    }
-    ASSERT_GE(changedSources, 2);
-    const CQuestionnaire before = q;
-    ImportReport report;
-    m_messages.messages.clear();
-    EXPECT_EQ(Import(q, path, true, &report), 0);
-    EXPECT_EQ(q, before);
-    EXPECT_EQ(report.rejectedRows, changedSources);
-    const QByteArray unused = testutil::ReadAll(m_dir.filePath(u"UnusedStrings.txt"_s));
-    EXPECT_EQ(QString::fromUtf16(reinterpret_cast<const char16_t*>(unused.constData() + 2),
-                                 (unused.size() - 2) / 2)
-                  .count(u"\tedited\t"_s),
-              changedSources);
-    EXPECT_TRUE(m_messages.messages.last().contains(
-        u"%1 captions had been modified"_s.arg(changedSources - 1)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Generated, RoundTripTest, ::testing::Values(1u, 2u, 3u, 4u, 5u));
