@@ -283,8 +283,9 @@ TEST_F(WorkingFolderTest, YoungForeignStampStopsTheCleanUpWhereItIsMet) {
     EXPECT_TRUE(foreignMetFirst);
 }
 
-// Separate processes share the folder exactly as two programs do: a stamp written by one keeps
-// it from another's clean-up until three hours old, and a run's own stamp alone lets it go.
+// A stamp written by one program keeps the folder from another's clean-up until it is three
+// hours old. Real processes: what works within one program, a lock it holds say, need not work
+// between two.
 TEST_F(WorkingFolderTest, StampsCrossProcesses) {
     QString folder;
     ASSERT_NO_FATAL_FAILURE(Run(u"prepare"_s, 1, 0, &folder));
@@ -294,11 +295,6 @@ TEST_F(WorkingFolderTest, StampsCrossProcesses) {
     EXPECT_TRUE(QFileInfo::exists(Stamp(1)));
     EXPECT_TRUE(QFileInfo::exists(m_folder + u"questionnaire.xml"_s));
     ASSERT_NO_FATAL_FAILURE(Run(u"clean"_s, 2, 4 * 3600));
-    EXPECT_FALSE(FolderExists());
-
-    ASSERT_NO_FATAL_FAILURE(Run(u"prepare"_s, 1));
-    ASSERT_TRUE(FolderExists());
-    ASSERT_NO_FATAL_FAILURE(Run(u"clean"_s, 1));
     EXPECT_FALSE(FolderExists());
 }
 
