@@ -2,6 +2,7 @@
 
 #include "campaign/Campaign.h"
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -93,16 +94,17 @@ inline std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volum
 }
 
 // Two waves and three volumes; questions 100 and 200 with responses (the even-numbered one
-// deleted), 300 without; English the default of two languages. The smaller
-// campaign leaves out question 300 and the second tag, and its waves exchange their places (its
-// lists in the order they load back in).
-inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
+// deleted), 300 without; English the default of two languages. The smaller campaign leaves out
+// question 300 and the second tag, and its waves and its questions exchange their places. Lists
+// are in the order they load back in; unsorted, the waves, the volumes of wave 1, the questions
+// and the captions and responses of question 100 are in the reverse of it.
+inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true, bool sorted = true) {
     auto c = std::make_unique<CCampaign>();
     c->m_name = QStringLiteral("Panel");
     // A first U+FEFF is a character, which neither engine may take for a byte order mark.
     c->m_description = QChar(0xFEFF) + QStringLiteral("A panel\nin two waves");
     c->m_versionNumber = QStringLiteral("5,6,1,0");
-    for (qint32 w : full ? std::vector{1, 2} : std::vector{2, 1}) {
+    for (qint32 w : full || !sorted ? std::vector{1, 2} : std::vector{2, 1}) {
         auto wave = std::make_unique<CWave>();
         wave->m_waveID = w;
         wave->m_waveOrder = full ? w : 3 - w;
@@ -113,7 +115,9 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
         wave->m_waveMidpoint = 45015.75 + w;
         c->AddWave(std::move(wave));
     }
-    for (qint32 v : full ? std::vector{11, 12, 21} : std::vector{21, 11, 12}) {
+    for (qint32 v : full     ? std::vector{11, 12, 21}
+                    : sorted ? std::vector{21, 11, 12}
+                             : std::vector{12, 11, 21}) {
         auto volume = std::make_unique<CVolume>();
         volume->m_volumeID = v;
         volume->m_name = QStringLiteral("Volume %1").arg(v);
@@ -135,7 +139,7 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
         volume->m_reconciliationSourceQuestionIDs = QStringLiteral("1,2");
         c->AddVolume(std::move(volume));
     }
-    auto first = Question(100, 1, 11);
+    auto first = Question(100, full ? 1 : 2, 11);
     first->AddModality(Response(1001, 100, 1, "Yes", "Oui"));
     first->AddModality(Response(1002, 100, 2, "No", ""));
     auto merging = std::make_unique<CModalityMerging>();
@@ -143,10 +147,21 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true) {
     merging->m_childModalityID = 1002;
     merging->m_mergeVolumeID = 12;
     first->m_modalities[0]->AddMerging(std::move(merging));
-    c->AddQuestion(std::move(first));
-    auto second = Question(200, 2, 21);
-    second->AddModality(Response(2001, 200, 1, "Maybe", "Peut-\xC3\xAAtre"));
-    c->AddQuestion(std::move(second));
+    auto second = Question(200, full ? 2 : 1, 21);
+    auto maybe = Response(2001, 200, 1, "Maybe", "Peut-\xC3\xAAtre");
+    if (full || !sorted) {
+        if (!sorted) {
+            std::reverse(first->m_captions.begin(), first->m_captions.end());
+            std::reverse(first->m_modalities.begin(), first->m_modalities.end());
+        }
+        second->AddModality(std::move(maybe));
+        c->AddQuestion(std::move(first));
+        c->AddQuestion(std::move(second));
+    } else { // questions by their order, then responses by their question's id
+        c->AddQuestion(std::move(second));
+        c->AddQuestion(std::move(first));
+        c->AddModality(std::move(maybe));
+    }
     if (full)
         c->AddQuestion(Question(300, 3, 12));
     auto questionClass = std::make_unique<CQuestionClass>();
