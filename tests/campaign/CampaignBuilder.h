@@ -76,9 +76,9 @@ inline std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volum
     q->m_dateType = 5;
     q->m_questionClassID = 1;
     q->m_versions = QStringLiteral("1;2");
-    q->m_isDevelopLevels = true;
+    q->m_isDevelopLevels = id != 200;
     q->m_appearanceVolumeID = volume;
-    q->m_isVisibleInAnalyse = true;
+    q->m_isVisibleInAnalyse = id != 200;
     q->m_tags = QStringLiteral("a,b");
     // Languages in id order, as they come back.
     q->AddCaption(QuestionCaption(id, 1033, "How old are you?", "Age"));

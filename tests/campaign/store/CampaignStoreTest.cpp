@@ -224,25 +224,18 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         {"5.1.9.4", false, true, false, false},   {"5.1.6.15", false, true, false, false},
         {"5.1.6.14", false, false, false, false}, {"", false, false, false, false},
     };
-    // Question flags a file lacks hold true, as the migration adding their columns fills them;
-    // present, they are read as they are.
-    for (const bool dropped : {false, true}) {
-        const auto c = BuildCampaign();
-        for (const auto& question : c->Questions())
-            question->m_isDevelopLevels = question->m_isVisibleInAnalyse = false;
-        Save(*c);
-        if (dropped) {
-            ASSERT_TRUE(testutil::Sql(
-                m_location,
-                {QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""),
-                 QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\"")}));
-        }
-        CCampaign loaded;
-        ASSERT_TRUE(LoadCampaign(m_location, loaded));
-        for (const auto& question : loaded.Questions()) {
-            EXPECT_EQ(question->m_isDevelopLevels, dropped);
-            EXPECT_EQ(question->m_isVisibleInAnalyse, dropped);
-        }
+    // Question flags a file lacks hold true, as the migration adding their columns fills them
+    // (question 200 holds false).
+    Save(*BuildCampaign());
+    ASSERT_TRUE(testutil::Sql(
+        m_location,
+        {QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""),
+         QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\"")}));
+    CCampaign withoutFlags;
+    ASSERT_TRUE(LoadCampaign(m_location, withoutFlags));
+    for (const auto& question : withoutFlags.Questions()) {
+        EXPECT_TRUE(question->m_isDevelopLevels) << question->m_questionID;
+        EXPECT_TRUE(question->m_isVisibleInAnalyse) << question->m_questionID;
     }
     ASSERT_TRUE(campaign::CreateDatabase(m_location)); // the columns back
     for (const auto& gate : gates) {
