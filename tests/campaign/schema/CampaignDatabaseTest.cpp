@@ -378,51 +378,7 @@ TEST_P(CampaignDatabaseTest, CatalogueHoldsEveryTableColumnIndexAndRelation) {
     EXPECT_EQ(testutil::RelationCatalogue(m_db), relations);
 }
 
-TEST_P(CampaignDatabaseTest, ChangedKeysAndDeletionsCascade) {
-    InsertCampaign(m_db);
-    // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
-    EXPECT_EQ(Value(m_db, "SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\" "
-                          "WHERE \"VolumeID\" = 1"),
-              Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false"));
-    Exec(m_db, QStringLiteral("UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"));
-    Exec(m_db, QStringLiteral(
-                   "UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"));
-    EXPECT_EQ(Value(m_db, "SELECT \"MasterModalityID\", \"ChildModalityID\", \"MergeVolumeID\" "
-                          "FROM \"ModalityMergings\""),
-              QStringLiteral("200|101|5"));
-    EXPECT_EQ(Value(m_db, "SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
-                          "\"QuestionID\" = 20"),
-              QStringLiteral("5"));
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
-                                        "BY 1")),
-              (QStringList{QStringLiteral("101"), QStringLiteral("200")}));
-
-    Exec(m_db, QStringLiteral("DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"));
-    const struct {
-        const char* table;
-        const char* remaining; // what is left is volume 5's
-    } cases[] = {
-        {"Volumes", "5"},
-        {"Questions", "20"},
-        {"QuestionCaptions", "20"},
-        {"QuestionMatchings", "20"},
-        {"Modalities", "200"},
-        {"ModalityCaptions", "200"},
-        {"ModalityMatchings", "200"},
-        {"ModalityMergings", ""},
-    };
-    for (const auto& c : cases) {
-        const campaign::Table* table = campaign::CampaignSchema().FindTable(QLatin1String(c.table));
-        ASSERT_NE(table, nullptr);
-        const QString key = m_db.Quote(table->columns[0].name);
-        EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT %1 FROM %2").arg(key, m_db.Quote(table->name)))
-                      .join(QLatin1Char(',')),
-                  QLatin1String(c.remaining))
-            << c.table;
-    }
-}
-
-TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefused) {
+TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefusedAndChangedKeysAndDeletionsCascade) {
     InsertCampaign(m_db);
     const struct {
         const char* why;
@@ -450,6 +406,47 @@ TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefused) {
     Exec(m_db, QStringLiteral("DELETE FROM \"Tags\""));
 
     ExpectTextRules(m_db);
+
+    // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
+    EXPECT_EQ(Value(m_db, "SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\" "
+                          "WHERE \"VolumeID\" = 1"),
+              Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false"));
+    Exec(m_db, QStringLiteral("UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"));
+    Exec(m_db, QStringLiteral(
+                   "UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"));
+    EXPECT_EQ(Value(m_db, "SELECT \"MasterModalityID\", \"ChildModalityID\", \"MergeVolumeID\" "
+                          "FROM \"ModalityMergings\""),
+              QStringLiteral("200|101|5"));
+    EXPECT_EQ(Value(m_db, "SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
+                          "\"QuestionID\" = 20"),
+              QStringLiteral("5"));
+    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
+                                        "BY 1")),
+              (QStringList{QStringLiteral("101"), QStringLiteral("200")}));
+
+    Exec(m_db, QStringLiteral("DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"));
+    const struct {
+        const char* table;
+        const char* rows; // what is left is volume 5's
+    } remaining[] = {
+        {"Volumes", "5"},
+        {"Questions", "20"},
+        {"QuestionCaptions", "20"},
+        {"QuestionMatchings", "20"},
+        {"Modalities", "200"},
+        {"ModalityCaptions", "200"},
+        {"ModalityMatchings", "200"},
+        {"ModalityMergings", ""},
+    };
+    for (const auto& c : remaining) {
+        const campaign::Table* table = campaign::CampaignSchema().FindTable(QLatin1String(c.table));
+        ASSERT_NE(table, nullptr);
+        const QString key = m_db.Quote(table->columns[0].name);
+        EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT %1 FROM %2").arg(key, m_db.Quote(table->name)))
+                      .join(QLatin1Char(',')),
+                  QLatin1String(c.rows))
+            << c.table;
+    }
 }
 
 TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNothing) {
@@ -690,18 +687,21 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
     }
 }
 
+// The reason names the failing step, then gives the database's.
+void ExpectFailedIn(const util::Outcome& failed, const char* step) {
+    const QString prefix = QStringLiteral("ADO error %1 - ").arg(QLatin1String(step));
+    EXPECT_FALSE(failed) << step;
+    EXPECT_TRUE(failed.Reason().startsWith(prefix)) << failed.Reason().toStdString();
+    EXPECT_GT(failed.Reason().size(), prefix.size() + 5) << failed.Reason().toStdString();
+}
+
 TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
     Connection db;
     Make(db, campaign::SchemaAt(V(5, 2, 3, 6)));
     // Two waves in one place: the unique wave order cannot be made.
     Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (1, 1)"));
     Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (2, 1)"));
-    const util::Outcome failed = MigrateDatabase(db, QStringLiteral("5.2.3.6"));
-    ASSERT_FALSE(failed);
-    EXPECT_TRUE(
-        failed.Reason().startsWith(QLatin1String("ADO error CWavesRSAdo::MoveTo5_3_0_1 - ")))
-        << failed.Reason().toStdString();
-    EXPECT_GT(failed.Reason().size(), 45) << "the database's reason follows";
+    ExpectFailedIn(MigrateDatabase(db, QStringLiteral("5.2.3.6")), "CWavesRSAdo::MoveTo5_3_0_1");
     EXPECT_TRUE(db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("AddNoNewQuestions")));
     EXPECT_TRUE(
         db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("ReconciliationSourceQuestionIDs")));
@@ -725,11 +725,7 @@ TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
     // Too long for the Text(255) that the last step makes of it.
     const QString longText(300, QLatin1Char('x'));
     Exec(db, QStringLiteral("UPDATE \"Versions\" SET \"ShortCaption\" = '%1'").arg(longText));
-    const util::Outcome failed = MigrateDatabase(db, QStringLiteral("5,6,0,0"));
-    ASSERT_FALSE(failed);
-    EXPECT_TRUE(
-        failed.Reason().startsWith(QLatin1String("ADO error CVersionsRSAdo::MoveTo5_6_1_0 - ")))
-        << failed.Reason().toStdString();
+    ExpectFailedIn(MigrateDatabase(db, QStringLiteral("5,6,0,0")), "CVersionsRSAdo::MoveTo5_6_1_0");
     // The step before it stays applied.
     EXPECT_TRUE(db.Exec(QStringLiteral("UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''")));
     // Its own first change, the long caption becoming a memo, is undone with it.
