@@ -277,12 +277,14 @@ TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetN
     for (const auto& c : cases) {
         const QString name = QStringLiteral("target%1").arg(++row);
         QString target = dir.filePath(name + QStringLiteral(".qew"));
-        if (c.target == Target::File)
+        if (c.target == Target::File) {
             ASSERT_TRUE(QFile::copy(other, target));
+        }
         if (c.target == Target::Server || c.target == Target::EmptyServer)
             target = postgres.CreateDatabase(name);
-        if (c.target == Target::Server)
+        if (c.target == Target::Server) {
             ASSERT_EQ(Batch({other, QStringLiteral("saveas:") + target}).exitCode, 0);
+        }
         const QByteArray before = Snapshot(target, scratch);
         const QStringList files = QDir(dir.path()).entryList(QDir::Files);
 
