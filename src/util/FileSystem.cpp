@@ -14,8 +14,11 @@
 #ifdef Q_OS_WIN
 #include <windows.h>
 #else
+#include <fcntl.h>
 #include <stdio.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace util {
@@ -81,6 +84,24 @@ bool RemoveContents(const QString& folder) {
 }
 
 } // namespace
+
+bool SameFile(const QString& a, const QString& b) {
+    if (a == b)
+        return true;
+    const QFileInfo first(a), second(b);
+    if (first.exists() && second.exists()) {
+#ifdef Q_OS_WIN
+        return first.canonicalFilePath().compare(second.canonicalFilePath(), Qt::CaseInsensitive) ==
+               0;
+#else
+        struct stat one, other;
+        return ::stat(QFile::encodeName(a).constData(), &one) == 0 &&
+               ::stat(QFile::encodeName(b).constData(), &other) == 0 &&
+               one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+#endif
+    }
+    return QDir::cleanPath(first.absoluteFilePath()) == QDir::cleanPath(second.absoluteFilePath());
+}
 
 bool DeleteFolder(const QString& folder) {
     if (folder.isEmpty())
@@ -235,6 +256,27 @@ bool ReplacingFile::Commit() {
     }
     m_file.setAutoRemove(false);
     return true;
+}
+
+FolderLock::FolderLock(const QString& folder) {
+#ifndef Q_OS_WIN
+    m_fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (m_fd < 0)
+        return;
+    int result;
+    do
+        result = ::flock(m_fd, LOCK_EX);
+    while (result != 0 && errno == EINTR);
+#else
+    Q_UNUSED(folder);
+#endif
+}
+
+FolderLock::~FolderLock() {
+#ifndef Q_OS_WIN
+    if (m_fd >= 0)
+        ::close(m_fd); // releases the lock
+#endif
 }
 
 } // namespace util

@@ -13,6 +13,12 @@ namespace util {
 // whatever remains, and what remains keeps the permissions it had).
 bool DeleteFolder(const QString& folder);
 
+// Whether two paths name one file: the same text, the same absolute path, or, where both exist,
+// the same file on disk (through a link, or in other letter case on a file system that ignores
+// case). Letter case alone never makes two names one file where the file system tells them
+// apart.
+bool SameFile(const QString& a, const QString& b);
+
 // Renames `from` over `to` in one step, replacing an existing `to`: a reader sees either the old
 // file or the new one, never a mixture. On failure `error` (when given) gets the system's reason.
 bool ReplaceFile(const QString& from, const QString& to, QString* error = nullptr);
@@ -43,6 +49,22 @@ private:
     QTemporaryFile m_file;
     QString m_error;
     bool m_failed = false;
+};
+
+// Holds an exclusive advisory lock on a folder from construction to destruction, waiting for
+// any other holder first; other programs taking the same lock wait in turn. Programs that share
+// a working folder take it around everything that must see the folder whole (emptying and
+// filling it, or packing it). A folder that cannot be opened is not locked, nor is anything on
+// systems without advisory locks on folders (Windows).
+class FolderLock {
+public:
+    explicit FolderLock(const QString& folder);
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    int m_fd = -1;
 };
 
 } // namespace util

@@ -1,6 +1,7 @@
 #include "questionnaire/formats/ExchangePackage.h"
 #include "common/SampleQuestionnaire.h"
 #include "common/TestUtil.h"
+#include "util/FileSystem.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -12,6 +13,10 @@
 #include <zip.h>
 #include <zlib.h>
 
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <thread>
 #include <vector>
 
 using namespace questionnaire;
@@ -285,6 +290,42 @@ TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
     EXPECT_EQ(q, testutil::MakeSample());
     EXPECT_EQ(Tree(Work()), (QStringList{"media", "media/a.png", "questionnaire.xml", "run7.STP"}));
     EXPECT_EQ(testutil::ReadAll(Work() + u"run7.STP"_s), "stamp");
+    ExpectOutsideUntouched();
+}
+
+// Two programs with one package open share its working folder. While one empties and fills it
+// (opening) or packs it (saving), the other waits: a save never packs a half-emptied folder.
+TEST_F(ExchangePackageTest, ProgramsSharingAWorkingFolderWaitForEachOther) {
+    const QString qex = Path(u"survey.qex"_s);
+    CQuestionnaire open = testutil::MakeSample();
+    ASSERT_TRUE(open.SaveToExchangeFormat(qex, QString(), -1));
+    ASSERT_TRUE(open.ReadFromExchangeFormat(qex, Work())) << open.GetLastError().toStdString();
+    const QString marker = Work() + u"media/new.png"_s; // what the other program is working on
+    for (const bool save : {false, true}) {
+        SCOPED_TRACE(save ? "save" : "open");
+        std::optional<util::FolderLock> other(std::in_place, Work());
+        Put(marker, "png");
+        const QByteArray before = testutil::ReadAll(qex);
+        std::atomic<bool> done = false;
+        bool ok = false;
+        CQuestionnaire second;
+        std::thread program([&] {
+            ok = save ? open.SaveToExchangeFormat(qex, QString(), -1)
+                      : second.ReadFromExchangeFormat(qex, Work());
+            done = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_FALSE(done);
+        EXPECT_TRUE(QFileInfo::exists(marker));
+        EXPECT_EQ(testutil::ReadAll(qex), before);
+        other.reset();
+        program.join();
+        EXPECT_TRUE(ok);
+        // Opening empties the folder after the other program is done with it; saving packs what
+        // that program left there.
+        EXPECT_EQ(QFileInfo::exists(marker), save);
+        EXPECT_EQ(Unzip(qex).size(), save ? 2 : 1);
+    }
     ExpectOutsideUntouched();
 }
 

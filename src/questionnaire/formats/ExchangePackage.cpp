@@ -17,6 +17,8 @@
 
 #include <zip.h>
 
+#include <optional>
+
 using questionnaire::Tr;
 namespace strings = questionnaire::strings;
 
@@ -99,6 +101,9 @@ bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& 
         m_lastError = reader.Error();
         return false;
     }
+    // Another program may be packing this folder for its save, or reading it: it finishes first,
+    // and the folder stays whole for it until this program has read what it unpacked.
+    const util::FolderLock lock(folder);
     // From here on the folder changes: it no longer holds what this questionnaire was read from.
     if (QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder)) == folder)
         m_exchangeFolder.clear();
@@ -123,7 +128,11 @@ bool CQuestionnaire::SaveToExchangeFormat(const QString& path, const QString& ex
     QMap<QString, QString> files; // sorted, so that the same folder gives the same package
     QString xmlPath;
     QTemporaryFile xmlTemporary;
+    // Another program opening the same package empties and fills this folder again: it waits
+    // until the folder is packed, and this save waits for its unpacking to end.
+    std::optional<util::FolderLock> lock;
     if (!m_exchangeFolder.isEmpty()) {
+        lock.emplace(m_exchangeFolder);
         const QString folder = QDir::cleanPath(QDir::fromNativeSeparators(m_exchangeFolder));
         xmlPath = folder + QLatin1Char('/') + QLatin1String(kPackageXmlName);
         ListFiles(folder, true, files);
