@@ -2,6 +2,7 @@
 
 #include "BuildInfo.h"
 #include "campaign/store/CampaignQuestionnaire.h"
+#include "util/FileSystem.h"
 #include "util/SqlConnection.h"
 
 #include <QDir>
@@ -41,9 +42,7 @@ QString AbsoluteLocation(const QString& location) {
 void RecentFiles::Add(const QString& path) {
     const QString absolute = AbsoluteLocation(path);
     QStringList files = Files();
-    files.removeIf([&absolute](const QString& file) {
-        return file.compare(absolute, Qt::CaseInsensitive) == 0;
-    });
+    files.removeIf([&absolute](const QString& file) { return util::SameFile(file, absolute); });
     files.prepend(absolute);
     QSettings settings = Profile();
     for (int i = 1; i <= kMaxFiles; ++i) {

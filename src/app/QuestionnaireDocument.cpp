@@ -3,6 +3,7 @@
 #include "app/AppContext.h"
 #include "app/Strings.h"
 #include "exchange/WorkingFolder.h"
+#include "util/FileSystem.h"
 #include "util/Messages.h"
 
 namespace app {
@@ -129,8 +130,10 @@ bool QuestionnaireDocument::SaveTo(const QString& target, questionnaire::SavePar
                                    bool interactive) {
     if (!m_questionnaire || !m_store)
         return false;
+    // A name that differs only in letter case is another file here, unless the file system
+    // makes it the same one.
     const util::Outcome saved =
-        target.compare(m_path, Qt::CaseInsensitive) != 0
+        !util::SameFile(target, m_path)
             ? SaveAs(target, parts)
             : m_store->SaveParts(m_path, *m_questionnaire, parts, Context());
     if (!Report(saved, interactive))

@@ -212,11 +212,19 @@ TEST_F(DocumentTest, SaveAsRules) {
     // The original was not saved.
     EXPECT_EQ(questionnaire::ReadCaption(Load(qes), 10, -1, testutil::kGerman), QString());
 
-    // The same path in other letters is the same file: saved in place, nothing copied.
-    ASSERT_TRUE(document.Save(copy.toUpper().replace(m_dir.path().toUpper(), m_dir.path())));
+    // Another name of the same file saves in place; a name in other letter case is another
+    // file where the file system tells case apart, and "Save As" makes it.
+    ASSERT_TRUE(QFile::link(copy, Path(u"link.qes"_s)));
+    ASSERT_TRUE(document.Save(Path(u"link.qes"_s)));
     EXPECT_EQ(document.Path(), copy);
-    EXPECT_EQ(QDir(m_dir.path()).entryList({u"*.QES"_s}, QDir::Files, QDir::Name).size(), 2);
-    EXPECT_FALSE(QFileInfo::exists(Path(u"COPY.QES"_s)));
+    EXPECT_TRUE(QFileInfo(Path(u"link.qes"_s)).isSymLink());
+    const QString upper = Path(u"COPY.QES"_s);
+    questionnaire::WriteCaption(*document.Questionnaire(), 10, -1, testutil::kGerman, u"Groß"_s);
+    ASSERT_TRUE(document.Save(upper));
+    EXPECT_EQ(document.Path(), upper);
+    EXPECT_EQ(questionnaire::ReadCaption(Load(upper), 10, -1, testutil::kGerman), u"Groß"_s);
+    EXPECT_EQ(questionnaire::ReadCaption(Load(copy), 10, -1, testutil::kGerman), u"Neu"_s);
+    ASSERT_TRUE(document.Save(copy));
 
     // A copy that cannot be made stops the save with its message.
     EXPECT_FALSE(document.Save(Path(u"missing/folder/x.qes"_s)));
