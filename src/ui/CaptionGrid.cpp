@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDragEnterEvent>
 #include <QHeaderView>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
@@ -11,6 +12,7 @@
 #include <QPrinter>
 
 #include <algorithm>
+#include <limits>
 
 namespace ui {
 
@@ -64,6 +66,7 @@ class CellEditor : public QLineEdit {
 public:
     CellEditor(QWidget* parent, QWidget* viewport) : QLineEdit(parent), m_viewport(viewport) {
         setFrame(false);
+        setMaxLength(std::numeric_limits<int>::max()); // a longer caption would be cut short
         connect(this, &QLineEdit::textChanged, this, [this] { Fit(); });
     }
     void SetBaseGeometry(const QRect& rect) {
@@ -122,7 +125,7 @@ void CaptionGrid::ApplyStart(QLineEdit* line) const {
         break;
     case EditStart::Typed:
         line->selectAll();
-        line->insert(QString(m_typed));
+        line->insert(m_typed);
         break;
     }
 }
@@ -306,7 +309,7 @@ void CaptionGrid::SelectAllCells() {
     selectAll();
 }
 
-void CaptionGrid::StartEdit(const QModelIndex& index, EditStart start, QChar typed) {
+void CaptionGrid::StartEdit(const QModelIndex& index, EditStart start, const QString& typed) {
     if (!index.isValid() || !index.flags().testFlag(Qt::ItemIsEditable))
         return;
     m_start = start;
@@ -399,15 +402,35 @@ void CaptionGrid::keyPressEvent(QKeyEvent* event) {
     default:
         break;
     }
+    // One printable character, also one beyond the 16-bit range; Ctrl+Alt is AltGr on Windows.
     const QString text = event->text();
-    if (plain && text.size() == 1 && text[0].isPrint()) {
-        if (text[0] == QLatin1Char(' '))
+    const QList<uint> characters = text.toUcs4();
+    const bool altGr =
+        modifiers.testFlag(Qt::ControlModifier) && modifiers.testFlag(Qt::AltModifier);
+    if ((plain || altGr) && characters.size() == 1 && QChar::isPrint(characters[0])) {
+        if (text == QLatin1String(" "))
             StartEdit(currentIndex(), EditStart::Select);
         else
-            StartEdit(currentIndex(), EditStart::Typed, text[0]);
+            StartEdit(currentIndex(), EditStart::Typed, text);
         return;
     }
     QTableView::keyPressEvent(event);
+}
+
+void CaptionGrid::inputMethodEvent(QInputMethodEvent* event) {
+    // The view's own handling would search the column for the character and move there.
+    if (state() == EditingState || !currentIndex().isValid() ||
+        (event->commitString().isEmpty() && event->preeditString().isEmpty())) {
+        event->ignore();
+        return;
+    }
+    StartEdit(currentIndex(), EditStart::Typed, event->commitString());
+    if (m_editor && !event->preeditString().isEmpty()) {
+        // A composition under way goes on in the editor.
+        QInputMethodEvent preedit(event->preeditString(), event->attributes());
+        QCoreApplication::sendEvent(m_editor, &preedit);
+    }
+    event->accept();
 }
 
 void CaptionGrid::mousePressEvent(QMouseEvent* event) {

@@ -88,6 +88,8 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    // A character composed by a dead key or an input method starts an edit as a typed one does.
+    void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -97,7 +99,7 @@ protected:
 
 private:
     friend class CaptionDelegate;
-    void StartEdit(const QModelIndex& index, EditStart start, QChar typed = {});
+    void StartEdit(const QModelIndex& index, EditStart start, const QString& typed = {});
     // Places the caret as the start of the edit wants it, once the view has set the editor up.
     void ApplyStart(QLineEdit* editor) const;
     // Ends the edit in `editor`; keeps its text unless `keep` is false, then moves the current
@@ -107,7 +109,8 @@ private:
 
     EditStart m_start = EditStart::Click;
     QPointer<QLineEdit> m_editor; // the editor open now, if any
-    QChar m_typed;
+    QString m_typed; // what a typed start puts in place of the text: one character, or more
+                     // from an input method
     bool m_pressOnCurrent = false;
 };
 

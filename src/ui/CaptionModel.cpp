@@ -1,6 +1,7 @@
 #include "ui/CaptionModel.h"
 
 #include "ui/RowIcons.h"
+#include "ui/support/PlainTip.h"
 
 namespace ui {
 
@@ -27,8 +28,9 @@ QVariant CaptionModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
-    case Qt::ToolTipRole: // a text cut short in its cell is read whole in its tip
         return m_table.Text(index.row(), index.column());
+    case Qt::ToolTipRole: // a text cut short in its cell is read whole in its tip
+        return PlainTip(m_table.Text(index.row(), index.column()));
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(Qt::AlignLeft | Qt::AlignTop);
     default:

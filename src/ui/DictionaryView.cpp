@@ -3,6 +3,7 @@
 #include "dictionary/Dictionary.h"
 #include "ui/CaptionGrid.h"
 #include "ui/Strings.h"
+#include "ui/support/PlainTip.h"
 #include "util/Messages.h"
 
 #include <QHeaderView>
@@ -57,7 +58,8 @@ QVariant DictionaryModel::data(const QModelIndex& index, int role) const {
         return {};
     const CDicEntry& entry = m_dictionary.GetEntry(m_shown[size_t(index.row())]);
     const auto it = entry.m_texts.find(qint32(m_dictionary.GetLanguage(index.column()).m_id));
-    return it == entry.m_texts.end() ? QString() : it->second;
+    const QString text = it == entry.m_texts.end() ? QString() : it->second;
+    return role == Qt::ToolTipRole ? PlainTip(text) : text;
 }
 
 QVariant DictionaryModel::headerData(int section, Qt::Orientation orientation, int role) const {

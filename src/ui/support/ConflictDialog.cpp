@@ -1,6 +1,7 @@
 #include "ui/support/ConflictDialog.h"
 
 #include "dictionary/Strings.h"
+#include "ui/support/PlainTip.h"
 #include "ui/support/WidgetMessages.h"
 
 #include <QAbstractTableModel>
@@ -33,7 +34,8 @@ public:
     QVariant data(const QModelIndex& index, int role) const override {
         if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::ToolTipRole))
             return {};
-        return m_list.Cell(index.row() + 1, index.column() + 1);
+        const QString text = m_list.Cell(index.row() + 1, index.column() + 1);
+        return role == Qt::ToolTipRole ? PlainTip(text) : text;
     }
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
         if (role != Qt::DisplayRole)

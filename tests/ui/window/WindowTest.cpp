@@ -23,6 +23,7 @@
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -39,6 +40,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using testutil::kEnglish;
 using testutil::kFrench;
 using testutil::kGerman;
@@ -283,6 +285,49 @@ private Q_SLOTS:
                  View().Model().index(index.row() + c.rowMove, index.column() + c.columnMove));
         if (c.questionId == -1) // a system message back to its standard text is no longer custom
             QVERIFY(Q().GetCustomErrorMessages(c.responseId).Get(c.language).isEmpty());
+    }
+
+    // A caption longer than a line editor takes by default survives an edit that changes
+    // nothing, and its tip shows markup as text; characters that come other than as one plain
+    // key press (composed, or beyond 16 bits) begin an edit on the current cell all the same.
+    void unusualInput() {
+        const QString longText = QString(40000, u'x') + u"<img src=\"/dev/zero\">"_s;
+        questionnaire::WriteCaption(Q(), 10, 2, kFrench, longText);
+        const QModelIndex longCell = Cell(10, 2, 1);
+        QVERIFY(longCell.isValid());
+        const QString tip = longCell.data(Qt::ToolTipRole).toString();
+        QVERIFY(tip.endsWith(u"x&lt;img src=&quot;/dev/zero&quot;&gt;</p>"_s));
+        QVERIFY(!tip.contains(u"<img"_s));
+        ClickCell(longCell);
+        ClickCell(longCell);
+        QVERIFY(Editor());
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        QTRY_VERIFY(!Editor());
+        QCOMPARE(Stored(10, 2, kFrench), longText);
+        QVERIFY(!Modified());
+
+        // The view alone would search the column for "ê", move to "Êtes-vous satisfait ?" and
+        // let the next key replace it.
+        const QModelIndex french = Cell(10, 1, 1);
+        ClickCell(french);
+        QInputMethodEvent composed;
+        composed.setCommitString(u"ê"_s);
+        QApplication::sendEvent(&Grid(), &composed);
+        QVERIFY(Editor());
+        QCOMPARE(Grid().currentIndex(), french);
+        QTest::keyClicks(Editor(), "tre");
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        QTRY_VERIFY(!Editor());
+        QCOMPARE(Stored(10, 1, kFrench), u"être"_s);
+        QCOMPARE(Stored(10, -1, kFrench), u"Êtes-vous satisfait ?"_s);
+
+        QCOMPARE(Grid().currentIndex(), french);
+        QKeyEvent wide(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, u"\U0001F600"_s);
+        QApplication::sendEvent(&Grid(), &wide);
+        QVERIFY(Editor());
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        QTRY_VERIFY(!Editor());
+        QCOMPARE(Stored(10, 1, kFrench), u"\U0001F600"_s);
     }
 
     // Copy lays out the block by tabs and line feeds, with empty texts for unselected cells in
