@@ -14,8 +14,10 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
     : m_q(q), m_captions(captions), m_reference(reference) {
     m_byText.reserve(captions.size());
     m_texts.reserve(size_t(captions.size()));
+    m_byKey.reserve(captions.size());
     for (qsizetype k = 0; k < captions.size(); ++k) {
         const qint32 questionId = captions.questionIds[k];
+        m_byKey.insert(Key(questionId, captions.responseIds[k]), k);
         m_texts.push_back(questionId == kSystemMessageMarker
                               ? nullptr
                               : FindCaptionTexts(q, questionId, captions.responseIds[k]));

@@ -36,6 +36,10 @@ public:
         const auto it = m_byText.find(text);
         return it == m_byText.end() ? nullptr : &*it;
     }
+    // The last caption in the list with these ids, or -1.
+    qsizetype IndexOf(qint32 questionId, qint32 responseId) const {
+        return m_byKey.value(Key(questionId, responseId), -1);
+    }
     // Caption k's reference text.
     QString Text(qsizetype k) const;
     // Where caption k's texts live, found once: null for system messages and unknown ids.
@@ -46,11 +50,15 @@ public:
     void Moved(qsizetype k, const QString& before);
 
 private:
+    static quint64 Key(qint32 questionId, qint32 responseId) {
+        return quint64(quint32(questionId)) << 32 | quint32(responseId);
+    }
     const CQuestionnaire& m_q;
     const questionnaire::CaptionList& m_captions;
     qint32 m_reference;
     QHash<QString, Group> m_byText;
     std::vector<const CLocalisedText*> m_texts; // by caption
+    QHash<quint64, qsizetype> m_byKey;          // caption by its ids
 };
 
 } // namespace exchange

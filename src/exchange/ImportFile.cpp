@@ -404,6 +404,7 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
     // Each further match decodes the row's cells once more, as the cells themselves are decoded
     // in place; a cell that decodes to itself is left as it is.
     m_decoded.resize(size_t(m_map.entries.size()));
+    bool anyText = false; // a cell that may write: one row of empty cells writes nothing
     for (qsizetype i = 1; i < m_map.entries.size(); ++i) {
         const qsizetype column = 2 + i;
         DecodedCell& cell = m_decoded[size_t(i)];
@@ -417,7 +418,12 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
         cell.final = !cut.backslash && !QuoteEnclosed(cut.text);
         cell.finalFromStart = cell.final;
         cell.byGroup = false;
+        anyText = anyText || !cell.final || !cell.text.isEmpty();
     }
+    // Many captions may share one source ("Yes", or none at all): a row that cannot change them
+    // must not walk them all.
+    if (!anyText)
+        return;
     // When the group's captions stand in step in a column, the row is compared with one of
     // them, and what it finds holds for all.
     const bool inStep = m_syncing && group->syncable && matches.size() > 1;
@@ -425,12 +431,10 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
     bool groupWrites = false;   // some column in step is written to every caption
     // The row's own caption, when it has the same source: the rows before it brought its texts
     // into the cache, and a cell it already holds is shared rather than copied for the others.
-    const qint32 rowQuestion = CStaticTools::ToLong(cells[0].text);
-    const qint32 rowResponse = CStaticTools::ToLong(cells[1].text);
-    qsizetype own = -1;
-    for (qsizetype k : matches)
-        if (m_captions.questionIds[k] == rowQuestion && m_captions.responseIds[k] == rowResponse)
-            own = k;
+    qsizetype own =
+        m_index->IndexOf(CStaticTools::ToLong(cells[0].text), CStaticTools::ToLong(cells[1].text));
+    if (own >= 0 && !std::binary_search(matches.begin(), matches.end(), own))
+        own = -1;
     const CLocalisedText* ownTexts = own >= 0 ? m_index->Texts(own) : nullptr;
     if (inStep) {
         // Any caption of the group will do to compare with.
@@ -447,13 +451,12 @@ void Importer::CopyIdentical(std::span<const CutCell> cells) {
             cell.groupDiffers = !util::SameText(cell.text, *m_current[size_t(i)]);
             groupWrites = groupWrites || cell.groupDiffers;
         }
+        // Nothing to compare caption by caption and nothing to write: the group stays as it is.
+        if (!eachCaption && !groupWrites)
+            return;
     }
     const qint32 reference = m_index->Reference();
     for (qsizetype k : matches) {
-        const bool first = k == matches.front();
-        // A caption of a group in step that nothing is to be compared with or written to.
-        if (inStep && !first && !eachCaption && !groupWrites)
-            continue;
         const qint32 questionId = m_captions.questionIds[k];
         const qint32 responseId = m_captions.responseIds[k];
         const bool message = questionId == kSystemMessageMarker;
