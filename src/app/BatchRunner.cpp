@@ -170,6 +170,11 @@ qint32 Batch::Export() {
     options.languages = m_o.languages.isEmpty() ? Captions().Languages()
                                                 : questionnaire::ParseLanguageList(m_o.languages);
     options.headers = m_o.headers;
+    if (ExportWouldReplaceSource(exchange::IsXliffPath(m_o.path)
+                                     ? exchange::XliffExportPaths(m_o.path, q, options)
+                                     : QStringList{m_o.path},
+                                 m_o.file, m_messages))
+        return kExportDone;
     exchange::ExportReport report;
     if (exchange::IsXliffPath(m_o.path)) {
         // Unlike the tab-separated export, the XLIFF export tells whether it wrote its files.

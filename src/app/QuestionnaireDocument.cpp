@@ -36,6 +36,17 @@ util::Outcome LoadWith(questionnaire::QuestionnaireStore& store, const QString& 
 
 } // namespace
 
+bool ExportWouldReplaceSource(const QStringList& targets, const QString& source,
+                              util::Messages& messages) {
+    for (const QString& target : targets) {
+        if (!source.isEmpty() && util::SameFile(target, source)) {
+            messages.Error(Tr(strings::kExportOverSource).arg(target));
+            return true;
+        }
+    }
+    return false;
+}
+
 util::Outcome LoadQuestionnaire(const AppContext& app, const QString& path, CQuestionnaire& q,
                                 util::Progress* progress) {
     QString refusal;

@@ -23,6 +23,11 @@ class AppContext;
 util::Outcome LoadQuestionnaire(const AppContext& app, const QString& path, CQuestionnaire& q,
                                 util::Progress* progress = nullptr);
 
+// True, after telling `messages` why, when an export to `targets` would write over `source`, the
+// file it exports from (a questionnaire, a dictionary): nothing is to be exported then.
+bool ExportWouldReplaceSource(const QStringList& targets, const QString& source,
+                              util::Messages& messages);
+
 // One open questionnaire: loads it through the store for its file type, saves it back in its own
 // type or as another, and cleans its working folder when its contents go. It never asks which
 // type a file is: the stores registered with the application do. No window: the window program

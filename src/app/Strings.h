@@ -17,6 +17,9 @@ inline constexpr char kCannotSaveDictionary[] =
 inline constexpr char kUnitsLeftOut[] =
     QT_TRANSLATE_NOOP("app", "%1 translation units were left out: they match several dictionary "
                              "entries or conflict with one, which needs a choice.");
+inline constexpr char kExportOverSource[] =
+    QT_TRANSLATE_NOOP("app", "Nothing was exported: '%1' is the file the export reads from. "
+                             "Choose another file name.");
 inline constexpr char kUnknownXliffVersion[] =
     QT_TRANSLATE_NOOP("app", "Unknown XLIFF version '%1': the versions are 1.2 and 2.0.");
 

@@ -58,9 +58,14 @@ void TranslatorView::ExportStrings() {
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped export keeps the old file
     const exchange::ExportOptions options = dialog.Options();
     const QString path = dialog.Path();
+    const bool tabSeparated = dialog.ChosenFormat() == ExportDialog::Format::TabSeparated;
+    if (app::ExportWouldReplaceSource(tabSeparated ? QStringList{path}
+                                                   : exchange::XliffExportPaths(path, *q, options),
+                                      m_document->Document().Path(), m_document->Messages()))
+        return;
     // Nothing follows a completed export; the export itself warns about captions the file
     // cannot carry unchanged.
-    if (dialog.ChosenFormat() == ExportDialog::Format::TabSeparated) {
+    if (tabSeparated) {
         exchange::ExportStringsForTranslation(path, *q, options, m_document->Captions().Rows(),
                                               m_document->Messages(), nullptr, &progress);
     } else {

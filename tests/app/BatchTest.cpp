@@ -149,6 +149,7 @@ TEST_F(BatchProcessTest, RunsEndWithTheirResultAndWriteOnlyWhatTheyShould) {
         {"survey.xml addlanguage languages:ESN,1040", "0"},
         {"survey.xml export:no/such/folder/out.txt", "-20", false, nullptr, nullptr,
          "Cannot create export file"},
+        {"survey.xml export:survey.xml", "-20", true, nullptr, nullptr, "reads from"},
         // XLIFF for translation tools and TMX for the dictionary.
         {"survey.xml export:out.xlf languages:ENU,FRA", "0", false, "out.xlf", "version=\"1.2\""},
         {"survey.xml export:out2.XLIFF xliff:2.0 languages:ENU,FRA", "0", false, "out2.XLIFF",
