@@ -197,6 +197,11 @@ bool CaptionDelegate::eventFilter(QObject* object, QEvent* event) {
 }
 
 CaptionGrid::CaptionGrid(QWidget* parent) : QTableView(parent) {
+    // Cells, headers and printouts share one font that covers most scripts; where that face is
+    // missing the system puts its closest sans-serif in its place.
+    QFont cells(QStringLiteral("Arial Unicode MS"), 8);
+    cells.setStyleHint(QFont::SansSerif);
+    setFont(cells);
     setItemDelegate(new CaptionDelegate(this));
     setEditTriggers(NoEditTriggers); // edits start as keyPressEvent and the mouse handlers say
     setWordWrap(true);
