@@ -30,6 +30,10 @@
         <source>Unknown XLIFF version &apos;%1&apos;: the versions are 1.2 and 2.0.</source>
         <translation>Unbekannte XLIFF-Version „%1“: Die Versionen sind 1.2 und 2.0.</translation>
     </message>
+    <message>
+        <source>Nothing was exported: &apos;%1&apos; is the file the export reads from. Choose another file name.</source>
+        <translation>Es wurde nichts exportiert: „%1“ ist die Datei, aus der exportiert wird. Wählen Sie einen anderen Dateinamen.</translation>
+    </message>
 </context>
 <context>
     <name>campaign</name>
