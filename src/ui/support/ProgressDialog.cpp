@@ -3,6 +3,9 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDialog>
+#include <QMdiSubWindow>
+#include <QPointer>
 #include <QProgressDialog>
 
 #include <algorithm>
@@ -41,6 +44,38 @@ private:
 
 } // namespace
 
+// While work runs, no window but a dialog closes: closing the main window, a view or the
+// dictionary window would free what the work is using. The closes asked for meanwhile are
+// carried out once the work has ended.
+class ProgressDialog::CloseGuard : public QObject {
+public:
+    ~CloseGuard() override {
+        for (const QPointer<QWidget>& widget : m_asked)
+            if (widget)
+                QMetaObject::invokeMethod(widget, &QWidget::close, Qt::QueuedConnection);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::Close || !watched->isWidgetType())
+            return false;
+        auto* widget = static_cast<QWidget*>(watched);
+        // Main windows and the windows inside them; not the message boxes the work asks, nor
+        // the progress itself, nor menus and tips.
+        const bool window = widget->isWindow() && widget->windowType() == Qt::Window &&
+                            !qobject_cast<QDialog*>(widget);
+        if (!window && !qobject_cast<QMdiSubWindow*>(widget))
+            return false;
+        event->ignore();
+        if (!m_asked.contains(widget))
+            m_asked.append(widget);
+        return true;
+    }
+
+private:
+    QList<QPointer<QWidget>> m_asked;
+};
+
 ProgressDialog::ProgressDialog(QWidget* parent, Cancel cancel, std::chrono::milliseconds showAfter)
     : m_parent(parent), m_cancel(cancel), m_showAfter(showAfter) {}
 
@@ -59,7 +94,12 @@ void ProgressDialog::Begin(const QString& what, qint64 total) {
     // the progress would block that dialog.
     QWidget* modal = QApplication::activeModalWidget();
     m_dialog = new WorkDialog(modal ? modal : m_parent.data(), cancellable);
-    m_dialog->setWindowModality(Qt::WindowModal);
+    // Every window waits for the work, the dictionary window as much as the main one.
+    m_dialog->setWindowModality(Qt::ApplicationModal);
+    if (!m_closeGuard) {
+        m_closeGuard = std::make_unique<CloseGuard>();
+        qApp->installEventFilter(m_closeGuard.get());
+    }
     m_dialog->setWindowTitle(QCoreApplication::applicationName());
     m_dialog->setLabelText(what);
     if (!cancellable)
@@ -95,13 +135,16 @@ bool ProgressDialog::Advance(qint64 done) {
     }
     if (!m_dialog->isVisible() && m_clock.elapsed() >= m_showAfter.count())
         static_cast<WorkDialog*>(m_dialog.data())->ShowNow();
-    // Repaints and lets Cancel be pressed; the window modality keeps the rest of the window out
-    // of reach meanwhile.
-    QCoreApplication::processEvents();
+    // Repaints and, once the dialog shows, lets Cancel be pressed while its modality keeps the
+    // windows out of reach. Before that nothing is modal: what the user types or clicks then
+    // waits until the work has ended, rather than start other work in the middle of it.
+    QCoreApplication::processEvents(m_dialog->isVisible() ? QEventLoop::AllEvents
+                                                          : QEventLoop::ExcludeUserInputEvents);
     return !m_dialog->wasCanceled();
 }
 
 void ProgressDialog::End() {
+    m_closeGuard.reset();
     if (!m_dialog)
         return;
     m_dialog->hide();

@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <chrono>
+#include <memory>
 
 class QProgressDialog;
 class QWidget;
@@ -13,8 +14,9 @@ class QWidget;
 namespace ui {
 
 // Long work of the core shown in a progress dialog over a window. The dialog appears only when
-// the work lasts long enough to be worth watching, blocks the window it belongs to while it
-// runs, and keeps the program repainting between steps.
+// the work lasts long enough to be worth watching, blocks every window while it runs, and keeps
+// the program repainting between steps. No window closes under the work: a close asked for
+// meanwhile happens after it, and input given before the dialog shows waits for the end.
 class ProgressDialog : public util::Progress {
 public:
     enum class Cancel { Offered, NotOffered };
@@ -37,13 +39,15 @@ public:
     QProgressDialog* Dialog() const;
 
 private:
+    class CloseGuard;
     QPointer<QWidget> m_parent;
     Cancel m_cancel;
     std::chrono::milliseconds m_showAfter;
     QPointer<QProgressDialog> m_dialog; // also gone when the parent window was closed
     qint64 m_divisor = 1;               // totals beyond an int are shown in coarser units
     int m_shown = -1;
-    QElapsedTimer m_clock; // since the work began
+    QElapsedTimer m_clock;                    // since the work began
+    std::unique_ptr<CloseGuard> m_closeGuard; // from Begin to End
 };
 
 } // namespace ui

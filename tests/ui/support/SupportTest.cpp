@@ -5,10 +5,14 @@
 #include "ui/support/ProgressDialog.h"
 #include "ui/support/WidgetMessages.h"
 
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMainWindow>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMessageBox>
 #include <QPointer>
 #include <QProgressDialog>
@@ -252,7 +256,8 @@ private Q_SLOTS:
         }
         QVERIFY(dialog->isVisible());
         QCOMPARE(dialog->labelText(), QStringLiteral("Saving the dictionary"));
-        QVERIFY(dialog->parentWidget() == &window && dialog->windowModality() == Qt::WindowModal);
+        QVERIFY(dialog->parentWidget() == &window &&
+                dialog->windowModality() == Qt::ApplicationModal);
         QCOMPARE(dialog->maximum(), c.maximum);
         QCOMPARE(dialog->value(), c.maximum / 2);
 
@@ -268,6 +273,30 @@ private Q_SLOTS:
         QCOMPARE(progress.Advance(c.total), !cancellable);
         progress.End();
         QVERIFY(!dialog);
+    }
+
+    // No window closes under work that uses it (the main window, a window inside it): the close
+    // waits for the end of the work. A dialog the work asks closes as usual.
+    void closesWaitForTheWork() {
+        QMainWindow window;
+        auto* area = new QMdiArea;
+        QMdiSubWindow* inside = area->addSubWindow(new QWidget);
+        window.setCentralWidget(area);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        ui::ProgressDialog progress(&window, kOffered, std::chrono::hours(1));
+        progress.Begin(QStringLiteral("Loading"), 10);
+        QDialog box(&window);
+        box.show();
+        for (QWidget* widget : {static_cast<QWidget*>(&window), static_cast<QWidget*>(inside),
+                                static_cast<QWidget*>(&box)})
+            QMetaObject::invokeMethod(widget, &QWidget::close, Qt::QueuedConnection);
+        QVERIFY(progress.Advance(5));
+        QVERIFY(window.isVisible() && inside->isVisible());
+        QVERIFY(!box.isVisible());
+        progress.End();
+        QTRY_VERIFY(!window.isVisible());
+        QVERIFY(!inside->isVisible());
     }
 };
 
