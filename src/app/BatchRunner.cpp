@@ -212,7 +212,7 @@ qint32 Batch::Translate() {
     // The import is silent in batch work: its result code says what happened.
     util::NoMessages silent;
     const qint32 result =
-        exchange::IsXliffPath(m_o.path)
+        exchange::IsXliffFile(m_o.path)
             ? exchange::ImportXliff(q, m_o.path, options, Captions().Rows(), silent, &report)
             : exchange::ImportTranslatedFile(q, m_o.path, options, Captions().Rows(), silent,
                                              &report, m_progress);

@@ -13,7 +13,9 @@
 #include "util/Progress.h"
 #include "util/XmlExchange.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
 
 #include <algorithm>
 #include <functional>
@@ -577,6 +579,19 @@ void XliffImporter::Finish(XliffVersion version, ImportReport* report) {
 bool IsXliffPath(const QString& path) {
     return path.endsWith(QLatin1String(".xlf"), Qt::CaseInsensitive) ||
            path.endsWith(QLatin1String(".xliff"), Qt::CaseInsensitive);
+}
+
+bool IsXliffFile(const QString& path) {
+    if (IsXliffPath(path))
+        return true;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray head = file.read(512);
+    QStringDecoder decode(
+        QStringConverter::encodingForData(head, u'<').value_or(QStringConverter::Utf8));
+    const QString text = QString(decode(head)).trimmed();
+    return text.startsWith(QLatin1String("<?xml")) || text.startsWith(QLatin1String("<xliff"));
 }
 
 bool ParseXliffVersion(const QString& text, XliffVersion& version) {

@@ -23,6 +23,9 @@ enum class XliffVersion { V12, V20 };
 
 // A path ending in ".xlf" or ".xliff", in any letter case.
 bool IsXliffPath(const QString& path);
+// A file to import as XLIFF: its path ends so, or it begins as XML does. Exports name their
+// files as the user typed them, and translators rename what they send back.
+bool IsXliffFile(const QString& path);
 // "1.2" or "2.0" as the command line gives it; false for anything else.
 bool ParseXliffVersion(const QString& text, XliffVersion& version);
 

@@ -20,8 +20,7 @@ bool SameObjects(const std::vector<std::unique_ptr<T>>& a,
 }
 
 template <class T>
-void CopyObjects(const std::vector<std::unique_ptr<T>>& from,
-                 std::vector<std::unique_ptr<T>>& to) {
+void CopyObjects(const std::vector<std::unique_ptr<T>>& from, std::vector<std::unique_ptr<T>>& to) {
     to.clear();
     to.reserve(from.size());
     for (const auto& object : from)
@@ -137,9 +136,9 @@ int CQuestionnaire::AddLanguage(std::unique_ptr<CLanguage> language) {
 }
 
 qint32 CQuestionnaire::GetDefaultLanguage() const {
-    for (const auto& language : m_languages)
-        if (language->m_isMain)
-            return language->m_id;
+    for (auto it = m_languages.rbegin(); it != m_languages.rend(); ++it)
+        if ((*it)->m_isMain)
+            return (*it)->m_id;
     return m_languages.empty() ? 0 : m_languages.front()->m_id;
 }
 
@@ -176,11 +175,11 @@ QString CQuestionnaire::GetStandardErrorMessage(qint32 language, qint32 messageI
     return questionnaire::StandardSystemMessage(language, messageId);
 }
 
-void CQuestionnaire::SetCustomErrorMessage(qint32 language, qint32 messageId,
-                                           const QString& text) {
+void CQuestionnaire::SetCustomErrorMessage(qint32 language, qint32 messageId, const QString& text) {
     if (!IsSystemMessage(messageId))
         return;
-    CLocalisedText& messages = m_customMessages[size_t(messageId - questionnaire::kFirstSystemMessage)];
+    CLocalisedText& messages =
+        m_customMessages[size_t(messageId - questionnaire::kFirstSystemMessage)];
     if (text.isEmpty())
         messages.Remove(language);
     else
@@ -204,6 +203,6 @@ bool CQuestionnaire::operator==(const CQuestionnaire& other) const {
            m_allowInstructionsAndComments == other.m_allowInstructionsAndComments &&
            SameObjects(m_languages, other.m_languages) &&
            SameObjects(m_versions, other.m_versions) &&
-           SameObjects(m_questions, other.m_questions) &&
-           SameObjects(m_filtres, other.m_filtres) && m_customMessages == other.m_customMessages;
+           SameObjects(m_questions, other.m_questions) && SameObjects(m_filtres, other.m_filtres) &&
+           m_customMessages == other.m_customMessages;
 }

@@ -92,7 +92,8 @@ public:
     // Takes ownership; returns the index, or -1 when the language is already there.
     int AddLanguage(CLanguage* language);
     int AddLanguage(std::unique_ptr<CLanguage> language);
-    // The main language (the first one flagged), else the first language, else 0.
+    // The main language (the later one, should two be flagged: the one the grid and the export
+    // put first), else the first language, else 0.
     qint32 GetDefaultLanguage() const;
     // Flags exactly this language as the main one.
     void SetDefaultLanguage(qint32 lcid);

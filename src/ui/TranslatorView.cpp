@@ -94,7 +94,7 @@ void TranslatorView::ImportTranslation() {
     ProgressDialog& progress = m_document->Progress();
     progress.SetCancel(ProgressDialog::Cancel::Offered); // a stopped import changes nothing
     const qint32 imported =
-        exchange::IsXliffPath(dialog.Path())
+        exchange::IsXliffFile(dialog.Path())
             ? exchange::ImportXliff(*q, dialog.Path(), options, table.Rows(),
                                     m_document->Messages())
             : exchange::ImportTranslatedFile(*q, dialog.Path(), options, table.Rows(),

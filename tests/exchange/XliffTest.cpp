@@ -159,6 +159,36 @@ TEST(XliffPaths, EveryTargetLanguageGetsAFileOfItsOwn) {
     }
 }
 
+// The import takes a file for XLIFF by its ending or by its content: an export named without
+// the ending, or a file a translator renamed, still comes back.
+TEST_F(XliffTest, AFileIsXliffByItsEndingOrItsContent) {
+    m_path = m_dir.filePath(u"survey"_s);
+    Export(XliffVersion::V12, {kEnglish, kFrench, kGerman});
+    auto utf16 = [](const QString& text) {
+        return QByteArray("\xFF\xFE") +
+               QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+    };
+    const struct {
+        const char* name;
+        QByteArray content; // null: no such file
+        bool xliff;
+    } cases[] = {
+        {"survey.FRA", {}, true}, // written by the export above
+        {"missing.XLF", {}, true},
+        {"missing", {}, false},
+        {"bom.dat", "\xEF\xBB\xBF\n  <?xml version=\"1.0\"?><xliff/>", true},
+        {"bare.txt", "<xliff version=\"2.0\"/>", true},
+        {"wide.txt", utf16(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>"_s), true},
+        {"export.txt", utf16(u"QuestionId\tResponseId\t1033(ENU)\r\n"_s), false},
+    };
+    for (const auto& c : cases) {
+        const QString path = m_dir.filePath(QLatin1String(c.name));
+        if (!c.content.isNull())
+            testutil::WriteAll(path, c.content);
+        EXPECT_EQ(exchange::IsXliffFile(path), c.xliff) << c.name;
+    }
+}
+
 // Stops the work at its first step, as a user pressing the progress dialog's button.
 class StopAtOnce : public util::Progress {
 public:

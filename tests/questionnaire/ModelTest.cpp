@@ -75,6 +75,9 @@ TEST(LanguageList, MainLanguageComesFirstAndAddingSkipsThoseAlreadyThere) {
     q.SetDefaultLanguage(0);
     EXPECT_EQ(DefaultLanguageOrder(q), (QList<qint32>{1036, 1033, 1031, 1034, 1040}));
     EXPECT_EQ(q.GetDefaultLanguage(), 1036); // no main language: the first one
+    q.GetAdrLanguage(1)->m_isMain = q.GetAdrLanguage(2)->m_isMain = true; // the later of two leads
+    EXPECT_EQ(DefaultLanguageOrder(q).first(), 1031);
+    EXPECT_EQ(q.GetDefaultLanguage(), 1031);
 }
 
 // Every column reads what a lookup of its language reads, whatever the languages: repeated

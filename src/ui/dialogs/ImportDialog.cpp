@@ -33,10 +33,11 @@ ImportDialog::ImportDialog(const CQuestionnaire& q, QWidget* parent) : QDialog(p
         const CLanguage& language = q.GetLanguage(i);
         m_reference->addItem(Tr(strings::kLanguageItem).arg(language.m_shortName, language.m_name),
                              language.m_id);
-        if (language.m_isMain && main < 0)
+        if (language.m_isMain)
             main = i;
     }
-    // Only the flagged main language is preselected; without one the list starts with no choice.
+    // Only the flagged main language is preselected (the later of two, as the grid's first
+    // column); without one the list starts with no choice.
     m_reference->setCurrentIndex(main);
 
     auto* fileLabel = new QLabel(Tr(strings::kTranslatedFile), this);
