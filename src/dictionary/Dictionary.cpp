@@ -3,6 +3,7 @@
 #include "dictionary/ConflictList.h"
 #include "dictionary/Strings.h"
 #include "util/Archive.h"
+#include "util/FileSystem.h"
 #include "util/Messages.h"
 #include "util/Progress.h"
 
@@ -204,6 +205,9 @@ bool CDictionary::Save(const QString& path, util::Messages& messages, util::Prog
         }
     }
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(writer.Bytes()) == writer.Bytes().size() &&
-           file.commit();
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    // The old file's mode, not the process's rights: root would make a read-only file writable.
+    file.setPermissions(util::ReplacementPermissions(util::ReplacementTarget(path)));
+    return file.write(writer.Bytes()) == writer.Bytes().size() && file.commit();
 }

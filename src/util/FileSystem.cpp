@@ -180,10 +180,32 @@ QFileDevice::Permissions NewFilePermissions() {
 
 } // namespace
 
-ReplacingFile::ReplacingFile(const QString& path) : m_path(path), m_target(path) {
+QString ReplacementTarget(const QString& path) {
     const QFileInfo info(path);
-    if (info.isSymLink() && info.exists())
-        m_target = info.canonicalFilePath();
+    return info.isSymLink() && info.exists() ? info.canonicalFilePath() : path;
+}
+
+QString ReplaceRefusal(const QString& target, const QString& shown) {
+    const QFileInfo existing(target);
+    const QString name = QDir::toNativeSeparators(shown);
+    // The rename would replace what the user may not change, as long as the folder is writable.
+    if (existing.exists() && existing.isDir())
+        return Tr(strings::kFileIsFolder).arg(name);
+    if (existing.exists() && !existing.isFile())
+        return Tr(strings::kFileNotOrdinary).arg(name);
+    if (existing.exists() && !existing.isWritable())
+        return Tr(strings::kFileNotWritable).arg(name);
+    return QString();
+}
+
+QFileDevice::Permissions ReplacementPermissions(const QString& target) {
+    // The mode alone: the process's own flags would make a read-only file writable again when
+    // root saves it.
+    return QFileInfo::exists(target) ? ModeOf(target) : NewFilePermissions();
+}
+
+ReplacingFile::ReplacingFile(const QString& path)
+    : m_path(path), m_target(ReplacementTarget(path)) {
     // Short and fixed in length: the target's own name plus a suffix could pass the file system's
     // limit on a name, and hidden so that nobody opens it half-written.
     m_file.setFileTemplate(QFileInfo(m_target).absolutePath() +
@@ -204,20 +226,11 @@ bool ReplacingFile::FailIo(int code) {
 }
 
 bool ReplacingFile::Open() {
-    const QFileInfo existing(m_target);
-    const QString shown = QDir::toNativeSeparators(m_path);
-    // The rename would replace what the user may not change, as long as the folder is writable.
-    if (existing.exists() && existing.isDir())
-        return Fail(Tr(strings::kFileIsFolder).arg(shown));
-    if (existing.exists() && !existing.isFile())
-        return Fail(Tr(strings::kFileNotOrdinary).arg(shown));
-    if (existing.exists() && !existing.isWritable())
-        return Fail(Tr(strings::kFileNotWritable).arg(shown));
+    if (const QString refused = ReplaceRefusal(m_target, m_path); !refused.isEmpty())
+        return Fail(refused);
     if (!m_file.open())
         return Fail(m_file.errorString());
-    // The mode alone: the process's own flags would make a read-only file writable again when
-    // root saves it.
-    m_file.setPermissions(existing.exists() ? ModeOf(m_target) : NewFilePermissions());
+    m_file.setPermissions(ReplacementPermissions(m_target));
     return true;
 }
 

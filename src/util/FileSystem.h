@@ -23,6 +23,15 @@ bool SameFile(const QString& a, const QString& b);
 // file or the new one, never a mixture. On failure `error` (when given) gets the system's reason.
 bool ReplaceFile(const QString& from, const QString& to, QString* error = nullptr);
 
+// Where a save that writes its file aside and renames it over `path` puts it: a link at `path` is
+// followed, so that the file it names is replaced and the link stays.
+QString ReplacementTarget(const QString& path);
+// Why such a save may not replace `target` (a folder, something other than a file, a file this
+// user may not write to), or empty; `shown` names the file in the reason.
+QString ReplaceRefusal(const QString& target, const QString& shown);
+// The permissions the new file takes: the old file's mode, or those of a new file.
+QFileDevice::Permissions ReplacementPermissions(const QString& target);
+
 // A new file written beside `path` and renamed over it by Commit(): readers, and a write that
 // fails part-way, find the old file whole. Unlike QSaveFile it does not force the data to disk
 // before the rename. It is meant for files that can be made again at any time, such as an

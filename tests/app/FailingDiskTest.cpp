@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QThread>
 #include <gtest/gtest.h>
@@ -111,9 +112,34 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
                                                    u"--clear-groups"_s, tool} +
                                            convert)
             : RunProgram(tool, convert);
-    QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_NE(denied.status, 0);
     keptTheOldFile(denied);
+
+    // A write-protected file in a folder the user may write to: a rename would replace it.
+    QFile::setPermissions(locked, QFileDevice::Permissions(0x7777));
+    const Outcome protectedFile =
+        ::geteuid() == 0
+            ? RunProgram(u"setpriv"_s, QStringList{u"--reuid=65534"_s, u"--regid=65534"_s,
+                                                   u"--clear-groups"_s, tool} +
+                                           convert)
+            : RunProgram(tool, convert);
+    EXPECT_NE(protectedFile.status, 0);
+    keptTheOldFile(protectedFile);
+
+    // Through a link, the file it names is saved, and keeps its mode (root may write to a
+    // read-only file, but does not make it writable); the link stays a link.
+    const QFileDevice::Permissions mode =
+        QFile::ReadOwner | QFile::ReadGroup |
+        (::geteuid() == 0 ? QFile::Permissions() : QFile::WriteOwner);
+    QFile::setPermissions(path, mode);
+    const QString link = Path(u"link."_s + Type());
+    ASSERT_TRUE(QFile::link(path, link));
+    const Outcome linked = RunProgram(tool, {u"convert"_s, example, link});
+    EXPECT_EQ(linked.status, 0) << linked.err.toStdString();
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(Load(path), Load(example));
+    EXPECT_EQ(QFile::permissions(path) & 0x7077, mode); // the owner's, group's and others' bits
+    QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 // A child performs a big save and is killed with SIGKILL at points of the save's measured
@@ -211,3 +237,26 @@ TEST(FailingDisk, ExportThatCannotBeWrittenWholeKeepsTheOldFileAndSaysWhy) {
 }
 
 } // namespace
+
+// A media file cut short while the package is unpacked fails the opening: saved, the package
+// would keep the cut file in place of the whole one.
+TEST(FailingDisk, PackageUnpackedInPartIsNotOpened) {
+    QTemporaryDir dir;
+    const QString media = dir.filePath(u"media"_s);
+    ASSERT_TRUE(QDir().mkdir(media));
+    QByteArray sound(3000000, Qt::Uninitialized); // noise: a package refuses a file that packs
+    for (char& byte : sound)                      // a thousandfold
+        byte = char(QRandomGenerator::global()->generate());
+    ASSERT_TRUE(testutil::WriteAll(media + u"/sound.wav"_s, sound));
+    CQuestionnaire q = Load(kExample);
+    const QString qex = dir.filePath(u"survey.qex"_s);
+    ASSERT_TRUE(q.SaveToExchangeFormat(qex, media, -1)) << q.GetLastError().toStdString();
+    const QByteArray before = testutil::ReadAll(qex);
+    // Files may grow to 1 MB: the questionnaire fits, the sound does not.
+    const Outcome run =
+        RunProgram(QStringLiteral(DOC_TOOL), {u"limit"_s, u"1000000"_s, QStringLiteral(DOC_TOOL),
+                                              u"convert"_s, qex, dir.filePath(u"copy.qex"_s)});
+    EXPECT_EQ(run.status, 1) << run.out.toStdString() << run.err.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(u"copy.qex"_s)));
+    EXPECT_EQ(testutil::ReadAll(qex), before);
+}

@@ -224,7 +224,8 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
         ASSERT_TRUE(read.ReadFromExchangeFormat(qex, folder)) << read.GetLastError().toStdString();
         Put(Work() + u"media/photo.png"_s, photo);
         Put(Work() + u"media/notes/.hidden.txt"_s, "h");
-        Put(Work() + u"run3.stp"_s, "stamp");
+        Put(Work() + u"stamp3.stp"_s, "stamp");
+        Put(Work() + u"model.stp"_s, "a drawing");
         ASSERT_TRUE(QFile::link(Outside() + u"/sentinel.txt"_s, Work() + u"link"_s));
         ASSERT_TRUE(QFile::link(Outside(), Work() + u"linked"_s));
         read.GetAdrQuestion(0)->SetLocalisedLongCaption(testutil::kFrench, u"Nouveau"_s);
@@ -235,12 +236,13 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
                                        {"docs/manual.pdf", "%PDF"},
                                        {"keep.stp", "packed here"},
                                        {"media/notes/.hidden.txt", "h"},
-                                       {"media/photo.png", photo}}));
+                                       {"media/photo.png", photo},
+                                       {"model.stp", "a drawing"}}));
     }
     ASSERT_TRUE(QDir::setCurrent(current));
     ASSERT_TRUE(read.ReadFromExchangeFormat(qex, Work())) << read.GetLastError().toStdString();
 
-    // Unpacked elsewhere, everything but the stamp comes back.
+    // Unpacked elsewhere, everything but the stamp comes back, files ending as stamps do too.
     CQuestionnaire again;
     const QString second = Path(u"second"_s);
     ASSERT_TRUE(QDir().mkdir(second));
@@ -248,9 +250,9 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
     EXPECT_EQ(again, read);
     EXPECT_NE(again, sample);
     EXPECT_EQ(testutil::ReadAll(second + u"/media/photo.png"_s), photo);
-    EXPECT_EQ(Tree(second),
-              (QStringList{"docs", "docs/manual.pdf", "media", "media/notes",
-                           "media/notes/.hidden.txt", "media/photo.png", "questionnaire.xml"}));
+    EXPECT_EQ(Tree(second), (QStringList{"docs", "docs/manual.pdf", "keep.stp", "media",
+                                         "media/notes", "media/notes/.hidden.txt",
+                                         "media/photo.png", "model.stp", "questionnaire.xml"}));
 
     // A failed save keeps the old package and leaves no temporary file: a missing extra folder,
     // then a working folder removed behind the questionnaire's back.
@@ -277,19 +279,20 @@ TEST_F(ExchangePackageTest, RoundTripKeepsEveryByteAndAFailedSaveKeepsTheOldPack
 TEST_F(ExchangePackageTest, UnpackingReplacesOldContentsButKeepsStamps) {
     Put(Work() + u"old/deep/x.txt"_s, "x");
     Put(Work() + u".hidden"_s, "x");
-    Put(Work() + u"run7.STP"_s, "stamp");
+    Put(Work() + u"STAMP7.STP"_s, "stamp");
     ASSERT_TRUE(QFile::link(Outside(), Work() + u"old/linked"_s));
     ASSERT_TRUE(QFile::link(Outside(), Work() + u"media"_s));
     const QString qex = WritePackage(RawZip({{"questionnaire.xml", SampleXml()},
                                              {"media/", {}},
                                              {"media/a.png", "png"},
-                                             {"other.stp", "not a stamp of ours"},
-                                             {"run7.STP", "nor this"}}));
+                                             {"stamp3.stp", "not a stamp of ours"},
+                                             {"plan.stp", "a model, not a stamp"}}));
     CQuestionnaire q;
     ASSERT_TRUE(q.ReadFromExchangeFormat(qex, Work())) << q.GetLastError().toStdString();
     EXPECT_EQ(q, testutil::MakeSample());
-    EXPECT_EQ(Tree(Work()), (QStringList{"media", "media/a.png", "questionnaire.xml", "run7.STP"}));
-    EXPECT_EQ(testutil::ReadAll(Work() + u"run7.STP"_s), "stamp");
+    EXPECT_EQ(Tree(Work()),
+              (QStringList{"STAMP7.STP", "media", "media/a.png", "plan.stp", "questionnaire.xml"}));
+    EXPECT_EQ(testutil::ReadAll(Work() + u"STAMP7.STP"_s), "stamp");
     ExpectOutsideUntouched();
 }
 
@@ -394,9 +397,9 @@ TEST_F(ExchangePackageTest, HostilePackagesAreRefusedBeforeAnythingIsWritten) {
 
 TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     // A stamp, and a link with a stamp's name that the clean-up therefore keeps.
-    Put(Work() + u"run1.stp"_s, "stamp");
-    ASSERT_TRUE(QFile::link(Outside(), Work() + u"media.stp"_s));
-    const QStringList kept = {u"media.stp"_s, u"run1.stp"_s};
+    Put(Work() + u"stamp1.stp"_s, "stamp");
+    ASSERT_TRUE(QFile::link(Outside(), Work() + u"stamp2.stp"_s));
+    const QStringList kept = {u"stamp1.stp"_s, u"stamp2.stp"_s};
     // A working folder that is itself a link: unpacking would empty what it points to.
     const QString linked = Path(u"linked"_s);
     ASSERT_TRUE(QFile::link(Outside(), linked));
@@ -418,12 +421,12 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
          Work(),
          "holds a questionnaire.xml that cannot be read",
          {},
-         {"media.stp", "questionnaire.xml", "run1.stp"}},
+         {"questionnaire.xml", "stamp1.stp", "stamp2.stp"}},
         // Found only while unpacking: what was unpacked so far goes again.
         {RawZip({{"questionnaire.xml", xml}, {"big.bin", QByteArray(200000, 'b'), 100}}), Work(),
          "more bytes than the 100 it declares", u"'big.bin'"_s, kept},
-        {RawZip({{"questionnaire.xml", xml}, {"media.stp/photo.png", "evil"}}), Work(),
-         "is a symbolic link", Work() + u"media.stp"_s, kept},
+        {RawZip({{"questionnaire.xml", xml}, {"stamp2.stp/photo.png", "evil"}}), Work(),
+         "is a symbolic link", Work() + u"stamp2.stp"_s, kept},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);

@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryFile>
 
 #include <zip.h>
@@ -49,7 +50,11 @@ QString ZipErrorText(int code) {
 }
 
 bool IsStampName(const QString& name) {
-    return name.endsWith(QLatin1String(kStampSuffix), Qt::CaseInsensitive);
+    // "stamp" and a number: a model or a drawing of the questionnaire's media may end in ".stp"
+    // too, and is packed as any other file.
+    static const QRegularExpression stamp(QStringLiteral("^stamp-?[0-9]+\\.stp$"),
+                                          QRegularExpression::CaseInsensitiveOption);
+    return stamp.match(name).hasMatch();
 }
 
 } // namespace questionnaire::package

@@ -9,10 +9,6 @@ namespace questionnaire {
 // The entry that holds the questionnaire, at the top of the package.
 inline constexpr char kPackageXmlName[] = "questionnaire.xml";
 
-// Files at the top of a working folder with this ending are stamps that running instances own:
-// never packed, never removed, never overwritten by unpacking.
-inline constexpr char kStampSuffix[] = ".stp";
-
 // Unpacking refuses a package beyond these before it writes anything. A questionnaire with its
 // media is far below them; only a damaged or hostile package reaches them.
 inline constexpr qint64 kMaxPackageEntries = 10000;

@@ -12,7 +12,8 @@ namespace questionnaire::package {
 QByteArray ZipPath(const QString& path);
 std::filesystem::path FileSystemPath(const QString& path);
 QString ZipErrorText(int code);
-// A stamp file of a running instance, at the top of a working folder.
+// A stamp file of a running instance ("stamp12.stp", any letter case), at the top of a working
+// folder: never packed, never removed, never overwritten by unpacking.
 bool IsStampName(const QString& name);
 
 } // namespace questionnaire::package

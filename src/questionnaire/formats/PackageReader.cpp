@@ -317,18 +317,25 @@ bool PackageReader::CopyData(zip_file* source, QFile& target, const Entry& entry
                             .arg(entry.relative, m_path)
                             .arg(entry.size));
         }
+        // A short write (a full disk, a size limit) fails here: a close that then succeeds would
+        // forget the error, and a file cut short would be packed at the next save.
         if (target.write(buffer.constData(), read) != read)
-            break;
+            return CannotWrite(target);
         m_unpacked += quint64(read);
         if (!m_progress->Advance(qint64(m_unpacked)))
             return Fail(Tr(strings::kUnpackingStopped).arg(m_path));
     }
+    if (!target.flush())
+        return CannotWrite(target);
     target.close();
-    if (target.error() != QFileDevice::NoError) {
-        return Fail(Tr(strings::kCannotWriteFileWhileUnpacking)
-                        .arg(target.fileName(), m_path, target.errorString()));
-    }
+    if (target.error() != QFileDevice::NoError)
+        return CannotWrite(target);
     return true;
+}
+
+bool PackageReader::CannotWrite(const QFile& target) {
+    return Fail(Tr(strings::kCannotWriteFileWhileUnpacking)
+                    .arg(target.fileName(), m_path, target.errorString()));
 }
 
 } // namespace questionnaire::package

@@ -48,6 +48,7 @@ private:
     bool CheckEntry(quint64 index, quint64& total);
     bool CheckData(const struct zip_stat& st, const QString& name, quint64& total);
     bool CopyData(zip_file* source, QFile& target, const Entry& entry);
+    bool CannotWrite(const QFile& target);
     bool CheckLayout();
     bool MakeFolders(const QString& relative);
     bool WriteEntry(const Entry& entry);

@@ -3,6 +3,7 @@
 #include "questionnaire/Strings.h"
 #include "questionnaire/formats/ExchangePackage.h"
 #include "questionnaire/formats/PackageFiles.h"
+#include "util/FileSystem.h"
 #include "util/Progress.h"
 
 #include <QDir>
@@ -12,8 +13,6 @@
 #include <QTemporaryFile>
 
 #include <zip.h>
-
-#include <system_error>
 
 using questionnaire::Tr;
 namespace strings = questionnaire::strings;
@@ -70,9 +69,15 @@ bool PackageWriter::Write(const QString& xmlFile, const QMap<QString, QString>& 
     return Finish(progress);
 }
 
+PackageWriter::PackageWriter(const QString& target)
+    : m_target(target), m_destination(util::ReplacementTarget(target)) {}
+
 bool PackageWriter::Begin() {
+    m_error = util::ReplaceRefusal(m_destination, m_target);
+    if (!m_error.isEmpty())
+        return false;
     // A short name, so that a target whose name is near the length limit can still be saved.
-    const QString folder = QFileInfo(m_target).absolutePath();
+    const QString folder = QFileInfo(m_destination).absolutePath();
     QTemporaryFile reserved(folder + QStringLiteral("/.qex-XXXXXX.tmp"));
     reserved.setAutoRemove(false);
     if (!reserved.open()) {
@@ -135,14 +140,10 @@ bool PackageWriter::Finish(util::Progress* progress) {
         return false;
     }
     m_zip = nullptr;
-    const QFileInfo old(m_target);
-    if (old.exists())
-        QFile::setPermissions(m_temporary, old.permissions());
-    std::error_code failure;
-    std::filesystem::rename(FileSystemPath(m_temporary), FileSystemPath(m_target), failure);
-    if (failure) {
-        m_error = Tr(strings::kCannotSavePackage)
-                      .arg(m_target, QString::fromStdString(failure.message()));
+    QFile::setPermissions(m_temporary, util::ReplacementPermissions(m_destination));
+    QString failure;
+    if (!util::ReplaceFile(m_temporary, m_destination, &failure)) {
+        m_error = Tr(strings::kCannotSavePackage).arg(m_target, failure);
         return false;
     }
     m_temporary.clear();

@@ -16,7 +16,7 @@ namespace questionnaire::package {
 // target only once it is complete; until then the old package stays as it was.
 class PackageWriter {
 public:
-    explicit PackageWriter(const QString& target) : m_target(target) {}
+    explicit PackageWriter(const QString& target);
     ~PackageWriter();
     PackageWriter(const PackageWriter&) = delete;
     PackageWriter& operator=(const PackageWriter&) = delete;
@@ -31,7 +31,8 @@ private:
     bool Add(const QString& name, zip_source* source);
     bool Finish(util::Progress* progress);
 
-    QString m_target;
+    QString m_target;      // as the user named it
+    QString m_destination; // what the rename replaces: the file a link names
     QString m_temporary;
     zip* m_zip = nullptr;
     QString m_error;

@@ -136,9 +136,12 @@ namespace questionnaire {
 util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 programVersion,
                            util::Progress* progress) {
     using namespace qes;
+    const QString target = util::ReplacementTarget(path);
+    if (const QString refused = util::ReplaceRefusal(target, path); !refused.isEmpty())
+        return util::Outcome::Failure(Tr(strings::kCannotWriteFile).arg(path, refused));
     // Built under a name of its own beside the target, then renamed over it.
     const QString temporary =
-        QStringLiteral("%1.new-%2").arg(path).arg(QCoreApplication::applicationPid());
+        QStringLiteral("%1.new-%2").arg(target).arg(QCoreApplication::applicationPid());
     QFile::remove(temporary);
     util::Outcome outcome;
     {
@@ -170,7 +173,9 @@ util::Outcome WriteQesFile(const QString& path, const CQuestionnaire& q, qint32 
             outcome = transaction.Commit();
     }
     QString renameError;
-    if (outcome && !util::ReplaceFile(temporary, path, &renameError))
+    if (outcome)
+        QFile::setPermissions(temporary, util::ReplacementPermissions(target));
+    if (outcome && !util::ReplaceFile(temporary, target, &renameError))
         outcome = util::Outcome::Failure(renameError);
     if (!outcome) {
         QFile::remove(temporary);

@@ -5,6 +5,7 @@
 #include "questionnaire/formats/XmlFile.h"
 #include "questionnaire/formats/XmlText.h"
 #include "util/CharScan.h"
+#include "util/FileSystem.h"
 #include "util/Progress.h"
 
 #include <QSaveFile>
@@ -367,6 +368,8 @@ util::Outcome WriteXmlFile(const QString& path, const CQuestionnaire& q, util::P
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return util::Outcome::Failure(Tr(strings::kCannotCreateFile).arg(path, file.errorString()));
+    // The old file's mode, not the process's rights: root would make a read-only file writable.
+    file.setPermissions(util::ReplacementPermissions(util::ReplacementTarget(path)));
     const bool written = WriteXmlDocument(
         q, true, true,
         [&file](const char* data, qint64 size) { return file.write(data, size) == size; },
