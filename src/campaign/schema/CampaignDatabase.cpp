@@ -109,15 +109,20 @@ void RemoveDatabaseFile(const QString& path) {
 
 Outcome ReplaceDatabaseFile(const QString& location, const QString& copyOf,
                             const std::function<Outcome(const QString& building)>& build) {
-    const QString building = TemporaryDatabaseName(location);
+    const QString target = util::ReplacementTarget(location);
+    if (const QString refused = util::ReplaceRefusal(target, location); !refused.isEmpty())
+        return Outcome::Failure(refused);
+    const QString building = TemporaryDatabaseName(target);
     RemoveDatabaseFile(building);
     // A copy that cannot be made has no reason of its own: the caller's "cannot save" says it.
     Outcome outcome =
         copyOf.isEmpty() || QFile::copy(copyOf, building) ? Outcome() : Outcome::Failure(QString());
     if (outcome)
         outcome = build(building);
+    if (outcome)
+        QFile::setPermissions(building, util::ReplacementPermissions(target));
     QString renameError;
-    if (outcome && !util::ReplaceFile(building, location, &renameError))
+    if (outcome && !util::ReplaceFile(building, target, &renameError))
         outcome = Outcome::Failure(renameError);
     if (!outcome)
         RemoveDatabaseFile(building);

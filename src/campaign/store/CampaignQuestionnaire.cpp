@@ -284,19 +284,13 @@ Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
     // A campaign keeps no instructions or comments: offered, their translations would be lost.
     q.SetAllowingInstructionAndComment(false);
     removed.clear();
-    qint32 defaultLanguage = 0;
-    bool hasDefault = false;
+    // Each language keeps its flag, so that a save writes back both of two flagged languages;
+    // the questionnaire's default is then the later one.
     for (const auto& source : campaign.Languages()) {
         auto language = std::make_unique<CLanguage>(quint32(source->m_languageID));
         language->m_isMain = source->m_isDefault;
-        if (source->m_isDefault) {
-            defaultLanguage = source->m_languageID;
-            hasDefault = true;
-        }
         q.AddLanguage(std::move(language));
     }
-    if (hasDefault)
-        q.SetDefaultLanguage(defaultLanguage); // the last one flagged
     for (const auto& source : campaign.Questions())
         if (!source->m_isDeleted)
             q.AddQuestion(ToQuestionnaire(*source, removed));

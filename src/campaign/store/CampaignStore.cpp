@@ -955,7 +955,9 @@ Outcome LoadCampaign(Connection& db, CCampaign& campaign) {
 
 Outcome LoadCampaign(const QString& location, CCampaign& campaign) {
     Connection db;
-    const Outcome opened = db.Open(location, Connection::Mode::ReadOnly);
+    // Able to write, so that a save cut short (its journal left beside the file) is rolled back
+    // before the read; a write-protected file still opens, for reading.
+    const Outcome opened = db.Open(location);
     if (!opened)
         return Under(op::kOpen, opened);
     return LoadCampaign(db, campaign);

@@ -98,9 +98,9 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
                   original.FindCaption(language)->m_shortCaption);
     ASSERT_NE(written.FindQuestion(300), nullptr);
     EXPECT_TRUE(written.FindQuestion(300)->m_isDeleted);
-    // Only the later default language stays flagged.
+    // Both default languages stay flagged; the later one is the questionnaire's default.
     ASSERT_NE(written.FindLanguage(kEnglish), nullptr);
-    EXPECT_FALSE(written.FindLanguage(kEnglish)->m_isDefault);
+    EXPECT_TRUE(written.FindLanguage(kEnglish)->m_isDefault);
     EXPECT_TRUE(written.FindLanguage(kFrench)->m_isDefault);
 }
 
