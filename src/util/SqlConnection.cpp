@@ -228,8 +228,10 @@ Outcome Transaction::Begin() {
     const bool nested = m_connection.m_transactionDepth > 0;
     if (nested)
         m_savepoint = QStringLiteral("part%1").arg(m_connection.m_transactionDepth);
-    const Outcome begun = m_connection.Exec(nested ? QStringLiteral("SAVEPOINT ") + m_savepoint
-                                                   : QStringLiteral("BEGIN"));
+    const bool immediate = m_kind == Kind::Write && m_connection.GetDialect() == Dialect::Sqlite;
+    const Outcome begun = m_connection.Exec(nested      ? QStringLiteral("SAVEPOINT ") + m_savepoint
+                                            : immediate ? QStringLiteral("BEGIN IMMEDIATE")
+                                                        : QStringLiteral("BEGIN"));
     if (begun) {
         m_active = true;
         ++m_connection.m_transactionDepth;

@@ -76,7 +76,11 @@ private:
 // part saved on its own and the same part saved within a whole save behave alike.
 class Transaction {
 public:
-    explicit Transaction(Connection& connection) : m_connection(connection) {}
+    // A transaction that writes takes SQLite's write lock at once: one that read first could not
+    // take it later while another program writes, and would fail at once instead of waiting.
+    enum class Kind { Write, Read };
+    explicit Transaction(Connection& connection, Kind kind = Kind::Write)
+        : m_connection(connection), m_kind(kind) {}
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -87,6 +91,7 @@ public:
 
 private:
     Connection& m_connection;
+    Kind m_kind;
     QString m_savepoint; // empty for the outermost transaction
     bool m_active = false;
 };

@@ -941,7 +941,7 @@ Outcome LoadCampaign(Connection& db, CCampaign& campaign) {
     if (!db.IsOpen())
         return UnknownFailure(op::kReadCampaign);
     // One snapshot, so that a save running meanwhile is seen whole or not at all.
-    Transaction snapshot(db);
+    Transaction snapshot(db, Transaction::Kind::Read);
     const Outcome begun = snapshot.Begin();
     if (!begun)
         return Under(op::kReadCampaign, begun);

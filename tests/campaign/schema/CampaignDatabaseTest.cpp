@@ -13,9 +13,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <thread>
 
 using campaign::CreateDatabase;
 using campaign::MigrateDatabase;
@@ -729,6 +732,29 @@ TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
         db.Exec(QStringLiteral("UPDATE \"Versions\" SET \"LongCaption\" = '%1'").arg(longText)));
     EXPECT_EQ(Value(db, "SELECT \"ShortCaption\" FROM \"Versions\""), longText);
     EXPECT_EQ(testutil::TableNames(db).size(), 14);
+}
+
+// Another program's write is waited for, not failed at once: a step that read the catalogue
+// first could otherwise not take the lock it then needs.
+TEST_P(MigrationsTest, AnotherProgramWritingIsWaitedFor) {
+    Connection db;
+    QString location;
+    Make(db, campaign::SchemaAt(V(5, 2, 0, 0)), &location);
+    std::atomic<bool> holding = false;
+    std::thread other([&] {
+        Connection writer;
+        util::sql::Transaction transaction(writer);
+        EXPECT_TRUE(writer.Open(location) && transaction.Begin() &&
+                    writer.Exec(QStringLiteral("DELETE FROM \"Questions\" WHERE 1 = 0")));
+        holding = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        EXPECT_TRUE(transaction.Commit());
+    });
+    while (!holding)
+        std::this_thread::yield();
+    const util::Outcome migrated = MigrateDatabase(db, QStringLiteral("5,2,0,0"));
+    other.join();
+    EXPECT_TRUE(migrated) << migrated.Reason().toStdString();
 }
 
 TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
