@@ -89,4 +89,26 @@ qint32 AppContext::ProgramVersion() {
     return buildinfo::kVersionMajor * 256 + buildinfo::kVersionMinor;
 }
 
+namespace {
+// One folder, however its document's path spelled it (through a link, or relative).
+QString FolderKey(const QString& questionnairePath) {
+    const QFileInfo folder(QDir::cleanPath(exchange::WorkingFolderOf(questionnairePath)));
+    const QString canonical = folder.canonicalFilePath();
+    return canonical.isEmpty() ? folder.absoluteFilePath() : canonical;
+}
+} // namespace
+
+void AppContext::EnterWorkingFolder(const QString& questionnairePath) {
+    ++m_workingFolderUsers[FolderKey(questionnairePath)];
+}
+
+void AppContext::LeaveWorkingFolder(const QString& questionnairePath) {
+    const auto it = m_workingFolderUsers.find(FolderKey(questionnairePath));
+    if (it != m_workingFolderUsers.end() && --*it > 0)
+        return;
+    if (it != m_workingFolderUsers.end())
+        m_workingFolderUsers.erase(it);
+    exchange::CleanWorkingFolder(stamps, questionnairePath);
+}
+
 } // namespace app

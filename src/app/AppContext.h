@@ -4,6 +4,7 @@
 #include "exchange/WorkingFolder.h"
 #include "questionnaire/store/QuestionnaireStore.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -34,12 +35,20 @@ public:
     // Major * 256 + minor: stored in the files this program writes.
     static qint32 ProgramVersion();
 
+    // A run's documents that unpacked a file into its working folder. The run's one stamp cannot
+    // tell them apart, so the folder is cleaned when the last of them leaves it, not the first.
+    void EnterWorkingFolder(const QString& questionnairePath);
+    void LeaveWorkingFolder(const QString& questionnairePath);
+
     exchange::StampOwner stamps;
     questionnaire::StoreRegistry stores;
     qint32 exitCode = 0;
     QString dictionaryPath;
     RecentFiles recentFiles;
     VersionInfo versionInfo; // read when the window starts
+
+private:
+    QHash<QString, int> m_workingFolderUsers; // by the folder's own path
 };
 
 // The stamp number of a run: the clock starts the random generator, the first number is thrown

@@ -16,9 +16,10 @@ questionnaire::StoreContext StoreContextFor(const AppContext& app, util::Progres
     questionnaire::StoreContext context;
     context.programVersion = AppContext::ProgramVersion();
     context.workingFolder = [&app, stamped](const QString& path) {
+        QString folder = exchange::PrepareWorkingFolder(app.stamps, path);
         if (stamped)
             stamped(path);
-        return exchange::PrepareWorkingFolder(app.stamps, path);
+        return folder;
     };
     context.progress = progress;
     return context;
@@ -72,8 +73,12 @@ QuestionnaireDocument::~QuestionnaireDocument() {
 
 questionnaire::StoreContext QuestionnaireDocument::Context() {
     // The stamped file is remembered, so that its folder is cleaned when the questionnaire goes.
-    return StoreContextFor(m_app, m_progress,
-                           [this](const QString& path) { m_stampedPath = path; });
+    return StoreContextFor(m_app, m_progress, [this](const QString& path) {
+        m_app.EnterWorkingFolder(path); // first: the folder left below may be this one
+        if (!m_stampedPath.isEmpty())
+            m_app.LeaveWorkingFolder(m_stampedPath);
+        m_stampedPath = path;
+    });
 }
 
 bool QuestionnaireDocument::Report(const util::Outcome& outcome, bool interactive) {
@@ -121,7 +126,7 @@ void QuestionnaireDocument::DeleteContents() {
     // Only files that asked for a working folder have one: a folder that merely shares the name
     // of another file's would be someone else's.
     if (!m_stampedPath.isEmpty())
-        exchange::CleanWorkingFolder(m_app.stamps, m_stampedPath);
+        m_app.LeaveWorkingFolder(m_stampedPath);
     m_stampedPath.clear();
 }
 

@@ -8,6 +8,7 @@
 #include "ui/RowIcons.h"
 #include "ui/Strings.h"
 #include "ui/TranslatorView.h"
+#include "util/FileSystem.h"
 #include "util/SqlConnection.h"
 
 #include <QAction>
@@ -492,7 +493,8 @@ bool MainWindow::OpenFile(const QString& path) {
     const QString wanted = app::AbsoluteLocation(path);
     for (QMdiSubWindow* window : m_area->subWindowList())
         if (TranslatorView* view = ViewOf(window);
-            view && app::AbsoluteLocation(view->Document().Document().Path()) == wanted) {
+            view &&
+            util::SameFile(app::AbsoluteLocation(view->Document().Document().Path()), wanted)) {
             m_area->setActiveSubWindow(window);
             return true;
         }

@@ -288,6 +288,15 @@ TEST_F(DocumentTest, CaptionEditsMarkTheDocumentModifiedAndAPackageWorkingFolder
         questionnaire::WriteCaption(*document.Questionnaire(), 110, 4, testutil::kFrench,
                                     u"Pas du tout satisfait"_s);
         ASSERT_TRUE(document.SaveBatch());
+        // A second document of the run on the package, named through a link: the two share the
+        // folder, which stays until the last of them leaves it.
+        ASSERT_TRUE(QFile::link(m_dir.path(), Path(u"alias"_s)));
+        {
+            app::QuestionnaireDocument second(m_app, m_messages);
+            ASSERT_TRUE(second.Open(Path(u"alias/survey.qex"_s)));
+        }
+        EXPECT_TRUE(QFileInfo::exists(folder + u"/questionnaire.xml"_s));
+        ASSERT_TRUE(document.SaveBatch()) << document.LastError().toStdString();
     }
     EXPECT_FALSE(QFileInfo::exists(folder));
     EXPECT_EQ(questionnaire::ReadCaption(Load(qex), 110, 4, testutil::kFrench),
