@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
+#include <QTemporaryDir>
 
 #include <zip.h>
 
@@ -71,14 +72,17 @@ bool IsSymLinkEntry(zip_t* zip, zip_uint64_t index) {
     return system == ZIP_OPSYS_UNIX && ((attributes >> 16) & kUnixTypeMask) == kUnixSymLink;
 }
 
-// Removes everything in `folder` except the stamps at its top. Links are removed, never
-// followed (QDir::removeRecursively does not follow them either).
-bool EmptyFolder(const QString& folder, QString& failed) {
-    const QFileInfoList items = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden |
-                                                           QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& item : items) {
+QFileInfoList FolderItems(const QString& folder) {
+    return QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                      QDir::NoDotAndDotDot);
+}
+
+// Removes everything in `folder` except the stamps at its top and the item named `keep`. Links
+// are removed, never followed (QDir::removeRecursively does not follow them either).
+bool EmptyFolder(const QString& folder, QString& failed, const QString& keep = QString()) {
+    for (const QFileInfo& item : FolderItems(folder)) {
         const bool realFolder = item.isDir() && !item.isSymLink();
-        if (!realFolder && IsStampName(item.fileName()))
+        if ((!realFolder && IsStampName(item.fileName())) || item.fileName() == keep)
             continue;
         const bool removed =
             realFolder ? QDir(item.filePath()).removeRecursively() : QFile::remove(item.filePath());
@@ -232,26 +236,49 @@ bool PackageReader::CheckLayout() {
 bool PackageReader::Unpack(util::Progress* progress) {
     if (!CheckFolder()) // again: it may have been replaced since Open
         return false;
-    QString failed;
-    if (!EmptyFolder(m_folder, failed)) {
-        return Fail(Tr(strings::kCannotEmptyWorkingFolder).arg(m_folder, failed));
-    }
+    // Unpacked aside first: a package that fails or is stopped part-way leaves the folder as it
+    // was, for another program with the package open may pack it at its next save.
+    QTemporaryDir aside(m_folder + QLatin1Char('/') + QLatin1String(kUnpackingPrefix) +
+                        QStringLiteral("XXXXXX"));
+    if (!aside.isValid())
+        return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(aside.path(), m_path));
+    m_root = aside.path();
     quint64 total = 0;
     for (const Entry& entry : m_entries)
         total += entry.size;
     util::ProgressScope scope(progress, Tr(strings::kUnpackingQuestionnaire), qint64(total));
     m_progress = &scope;
     m_unpacked = 0;
+    return UnpackEntries() && MoveIntoFolder();
+}
+
+bool PackageReader::UnpackEntries() {
     for (const Entry& entry : m_entries) {
         // A stamp of another running instance may have that name; stamps never travel.
         if (!entry.isFolder && !entry.relative.contains(QLatin1Char('/')) &&
             IsStampName(entry.relative))
             continue;
-        const bool done = entry.isFolder ? MakeFolders(entry.relative) : WriteEntry(entry);
-        if (!done) {
-            EmptyFolder(m_folder, failed); // a half-unpacked folder is of no use to anyone
+        if (!(entry.isFolder ? MakeFolders(entry.relative) : WriteEntry(entry)))
             return false;
-        }
+    }
+    return true;
+}
+
+// The unpacked files take the place of what the folder held, stamps apart.
+bool PackageReader::MoveIntoFolder() {
+    const QFileInfoList items = FolderItems(m_root);
+    // Emptying keeps stamps, and so links with a stamp's name: nothing moves through them.
+    for (const QFileInfo& item : items)
+        if (const QString target = m_folder + QLatin1Char('/') + item.fileName();
+            QFileInfo(target).isSymLink() && IsStampName(item.fileName()))
+            return RefuseLink(target);
+    QString failed;
+    if (!EmptyFolder(m_folder, failed, QFileInfo(m_root).fileName()))
+        return Fail(Tr(strings::kCannotEmptyWorkingFolder).arg(m_folder, failed));
+    for (const QFileInfo& item : items) {
+        const QString target = m_folder + QLatin1Char('/') + item.fileName();
+        if (!QDir().rename(item.filePath(), target))
+            return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(target, m_path));
     }
     return true;
 }
@@ -261,7 +288,7 @@ bool PackageReader::RefuseLink(const QString& path) {
 }
 
 bool PackageReader::MakeFolders(const QString& relative) {
-    QString path = m_folder;
+    QString path = m_root;
     for (const QString& part : relative.split(QLatin1Char('/'))) {
         path += QLatin1Char('/') + part;
         const QFileInfo info(path);
@@ -280,7 +307,7 @@ bool PackageReader::WriteEntry(const Entry& entry) {
     const qsizetype cut = entry.relative.lastIndexOf(QLatin1Char('/'));
     if (cut > 0 && !MakeFolders(entry.relative.left(cut)))
         return false;
-    const QString target = m_folder + QLatin1Char('/') + entry.relative;
+    const QString target = m_root + QLatin1Char('/') + entry.relative;
     if (QFileInfo(target).isSymLink())
         return RefuseLink(target);
     QFile file(target);

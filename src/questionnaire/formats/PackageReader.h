@@ -50,12 +50,15 @@ private:
     bool CopyData(zip_file* source, QFile& target, const Entry& entry);
     bool CannotWrite(const QFile& target);
     bool CheckLayout();
+    bool UnpackEntries();
+    bool MoveIntoFolder();
     bool MakeFolders(const QString& relative);
     bool WriteEntry(const Entry& entry);
     bool RefuseLink(const QString& path);
 
     QString m_path;
     QString m_folder; // cleaned, no trailing separator
+    QString m_root;   // where entries are unpacked: a new folder inside m_folder
     zip* m_zip = nullptr;
     std::vector<Entry> m_entries;
     util::ProgressScope* m_progress = nullptr; // while unpacking

@@ -41,7 +41,9 @@ void ListFiles(const QString& folder, bool skipStamps, QMap<QString, QString>& f
     while (it.hasNext()) {
         const QString file = it.next();
         const QString name = root.relativeFilePath(file);
-        if (skipStamps && !name.contains(QLatin1Char('/')) && IsStampName(name))
+        // Nor what an unpacking that never finished (its program ended) left behind.
+        if (skipStamps && (name.startsWith(QLatin1String(kUnpackingPrefix)) ||
+                           (!name.contains(QLatin1Char('/')) && IsStampName(name))))
             continue;
         files.insert(name, file);
     }
