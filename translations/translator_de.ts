@@ -889,6 +889,12 @@
         <source>&apos;%1&apos; is not a server location: it begins with postgresql://.</source>
         <translation>„%1“ ist keine Serveradresse: Sie beginnt mit postgresql://.</translation>
     </message>
+    <message>
+        <source>The database &apos;%1&apos; already holds a campaign.
+Do you want to replace it?</source>
+        <translation>Die Datenbank &apos;%1&apos; enthält bereits eine Kampagne.
+Möchten Sie sie ersetzen?</translation>
+    </message>
 </context>
 <context>
     <name>ui::dialogs</name>

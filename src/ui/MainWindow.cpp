@@ -1,6 +1,7 @@
 #include "ui/MainWindow.h"
 
 #include "app/AppContext.h"
+#include "campaign/store/CampaignQuestionnaire.h"
 #include "ui/AboutDialog.h"
 #include "ui/CaptionGrid.h"
 #include "ui/DictionaryView.h"
@@ -24,6 +25,7 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
@@ -548,8 +550,17 @@ void MainWindow::SaveToServer() {
     const QString current = view->Document().Document().Path();
     const QString location = AskServerLocation(
         strings::kSaveServer, util::sql::IsServerLocation(current) ? current : QString());
-    if (!location.isEmpty())
-        SaveDocument(view->Document(), location);
+    if (location.isEmpty())
+        return;
+    // As a file dialog asks before replacing a file: a mistyped database name would otherwise
+    // replace a colleague's campaign without a word.
+    if (location != current && campaign::HoldsCampaign(location) &&
+        QMessageBox::question(
+            this, QGuiApplication::applicationDisplayName(),
+            Tr(strings::kReplaceServerCampaign).arg(util::sql::PrintableLocation(location)),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+        return;
+    SaveDocument(view->Document(), location);
 }
 
 bool MainWindow::SaveDocument(OpenDocument& document, const QString& target) {

@@ -19,6 +19,8 @@ inline constexpr char kSave[] = QT_TRANSLATE_NOOP("ui", "&Save\tCtrl+S");
 inline constexpr char kSaveAs[] = QT_TRANSLATE_NOOP("ui", "Save &As...");
 inline constexpr char kOpenServer[] = QT_TRANSLATE_NOOP("ui", "Open from Se&rver...");
 inline constexpr char kSaveServer[] = QT_TRANSLATE_NOOP("ui", "Save to Ser&ver...");
+inline constexpr char kReplaceServerCampaign[] = QT_TRANSLATE_NOOP(
+    "ui", "The database '%1' already holds a campaign.\nDo you want to replace it?");
 inline constexpr char kServerLocation[] =
     QT_TRANSLATE_NOOP("ui", "Campaign database on a PostgreSQL server\n"
                             "(postgresql://user@host:port/database):");

@@ -368,4 +368,9 @@ Outcome CampaignQuestionnaireStore::Build(const QString& target, const QString& 
     return {};
 }
 
+bool HoldsCampaign(const QString& location) {
+    util::sql::Connection db;
+    return db.Open(location) && db.HasTable(QStringLiteral("Campaigns"));
+}
+
 } // namespace campaign

@@ -43,6 +43,10 @@ util::Outcome SaveQuestionnaireIntoCampaign(const QString& location, const CQues
                                             const RemovedResponses& removed, bool asRead = false,
                                             ResponseKeys* keys = nullptr);
 
+// Whether the database at `location` opens and already holds a campaign's tables (which a save
+// of another questionnaire to it replaces).
+bool HoldsCampaign(const QString& location);
+
 // The store of ".qew" files; keeps the campaign as read and its removed responses from the load
 // to the saves of its document.
 class CampaignQuestionnaireStore : public questionnaire::QuestionnaireStore {

@@ -17,6 +17,7 @@
 #include "ui/UiTestMain.h"
 #include "ui/dialogs/ExportDialog.h"
 #include "ui/dialogs/ImportDialog.h"
+#include "util/SqlConnection.h"
 
 #include <QAbstractButton>
 #include <QClipboard>
@@ -636,6 +637,30 @@ private Q_SLOTS:
         while (View().Model().headerData(column, Qt::Horizontal) != language)
             QVERIFY(++column < View().Model().columnCount());
         QCOMPARE(Cell(10, 1, column).data().toString(), "Sehr");
+
+        // Saved there again, the campaign is saved; another questionnaire asks first, and No
+        // leaves the campaign on the server as it was.
+        WhenOpen<QInputDialog>(uri);
+        QVERIFY(Boxes([&] { Trigger(ui::strings::kSaveServer); }).isEmpty());
+        QVERIFY(m_window->OpenFile(m_path));
+        QCOMPARE(View().Document().Document().Path(), m_path);
+        ClickCell(Cell(10, 1, 1));
+        Type("Nicht");
+        QTest::keyClick(Editor(), Qt::Key_Return);
+        const QString replace =
+            QStringLiteral(
+                "The database '%1' already holds a campaign.\nDo you want to replace it?")
+                .arg(util::sql::PrintableLocation(uri));
+        WhenOpen<QInputDialog>(uri);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSaveServer); }, QMessageBox::No),
+                 QStringList{replace});
+        QCOMPARE(View().Document().Document().Path(), m_path);
+        QVERIFY(Modified());
+        WhenOpen<QInputDialog>(uri);
+        QCOMPARE(Boxes([&] { Trigger(ui::strings::kSaveServer); }, QMessageBox::Yes),
+                 QStringList{replace});
+        QCOMPARE(View().Document().Document().Path(), uri);
+        QVERIFY(!Modified());
     }
 
     // Printing ends every page with its number and the count.
