@@ -6,6 +6,7 @@
 #include "campaign/store/CampaignStore.h"
 #include "campaign/store/StoreStrings.h"
 #include "questionnaire/Modalite.h"
+#include "questionnaire/Strings.h"
 #include "util/FileSystem.h"
 #include "util/SqlConnection.h"
 
@@ -280,6 +281,24 @@ Outcome LoadCampaignAsQuestionnaire(const QString& location, CQuestionnaire& q,
                                     vw::CCampaign& campaign, RemovedResponses& removed) {
     if (const Outcome loaded = LoadCampaign(location, campaign); !loaded)
         return loaded;
+    // Negative ids are the keys of system messages and of other captions: a question or a
+    // response holding one would show and save another caption's text.
+    for (const auto& question : campaign.Questions()) {
+        if (question->m_isDeleted)
+            continue;
+        if (question->m_questionID < 0)
+            return Outcome::Failure(
+                QCoreApplication::translate("questionnaire",
+                                            questionnaire::strings::kQuestionIdNegative)
+                    .arg(question->m_questionID));
+        for (const auto& modality : question->m_modalities)
+            if (!modality->m_isDeleted && modality->m_modalityID < 0)
+                return Outcome::Failure(
+                    QCoreApplication::translate("questionnaire",
+                                                questionnaire::strings::kResponseIdNegative)
+                        .arg(modality->m_modalityID)
+                        .arg(question->m_questionID));
+    }
     q.SetName(campaign.m_name);
     // A campaign keeps no instructions or comments: offered, their translations would be lost.
     q.SetAllowingInstructionAndComment(false);

@@ -2,6 +2,7 @@
 #include "campaign/CampaignBuilder.h"
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/store/CampaignStore.h"
+#include "common/TestUtil.h"
 #include "questionnaire/Modalite.h"
 
 #include <QTemporaryDir>
@@ -105,3 +106,37 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
 }
 
 } // namespace
+
+// Ids below 0 key system messages and other captions: a campaign showing a question or response
+// with one is refused, for it would show and save another caption's text.
+TEST(CampaignQuestionnaire, RefusesIdsBelowZeroItWouldShow) {
+    const struct {
+        const char* change;
+        const char* reason; // none: the campaign opens
+    } cases[] = {
+        {R"(UPDATE "Questions" SET "QuestionID" = -1 WHERE "QuestionID" = 200)",
+         "question id -1 is below 0"},
+        {R"(UPDATE "Modalities" SET "ModalityID" = -3 WHERE "ModalityID" = 1001)",
+         "response id -3 of question 100 is below 0"},
+        {R"(UPDATE "Questions" SET "QuestionID" = -2 WHERE "QuestionID" = 300)", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.change);
+        QTemporaryDir dir;
+        const QString location = dir.filePath(QStringLiteral("panel.qew"));
+        ASSERT_TRUE(campaign::CreateDatabase(location));
+        const auto built = vw::campaigntest::BuildCampaign();
+        built->FindQuestion(300)->m_isDeleted = true;
+        ASSERT_TRUE(campaign::SaveCampaign(location, *built));
+        ASSERT_TRUE(testutil::Sql(location, {QString::fromUtf8(c.change)}));
+        CQuestionnaire q;
+        vw::CCampaign read;
+        campaign::RemovedResponses removed;
+        const util::Outcome loaded =
+            campaign::LoadCampaignAsQuestionnaire(location, q, read, removed);
+        EXPECT_EQ(bool(loaded), c.reason == nullptr);
+        if (c.reason) {
+            EXPECT_EQ(loaded.Reason(), QString::fromUtf8(c.reason));
+        }
+    }
+}
