@@ -38,10 +38,6 @@
 <context>
     <name>campaign</name>
     <message>
-        <source>Cannot create the campaign database &apos;%1&apos;: %2</source>
-        <translation>Die Kampagnendatenbank „%1“ kann nicht angelegt werden: %2</translation>
-    </message>
-    <message>
         <source>the table &apos;%1&apos; is described twice</source>
         <translation>die Tabelle „%1“ ist zweimal beschrieben</translation>
     </message>

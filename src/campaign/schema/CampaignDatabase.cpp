@@ -230,40 +230,62 @@ QStringList CreateStatements(const Schema& schema, const Connection& db) {
     return statements;
 }
 
+namespace {
+
+// A failure reported under the name of the step that met it.
+Outcome StepFailed(const QString& step, const Outcome& failed) {
+    return Outcome::Failure(
+        SchemaTr(schemastrings::kAdoError).arg(step, failed.Reason(), QString()));
+}
+
+const QString kCreateDatabaseStep = QStringLiteral("CDBAccessADO::CreateDatabase");
+
+// Each table is made by a step named after the table's own class.
+QString CreateTableStep(const QString& table) {
+    return table == QLatin1String("Tags") ? QStringLiteral("CSurveyTagsRSAdo::CreateTable")
+                                          : QStringLiteral("C%1RSAdo::CreateTable").arg(table);
+}
+
+} // namespace
+
 Outcome CreateDatabase(Connection& db, const Schema& schema) {
     if (const Outcome checked = CheckSchema(schema); !checked)
-        return checked;
+        return StepFailed(kCreateDatabaseStep, checked);
     if (const Outcome enabled = EnableForeignKeys(db); !enabled)
-        return enabled;
+        return StepFailed(kCreateDatabaseStep, enabled);
     util::sql::Transaction transaction(db);
     if (const Outcome begun = transaction.Begin(); !begun)
-        return begun;
+        return StepFailed(kCreateDatabaseStep, begun);
     if (const Outcome dropped = DropTables(schema, db); !dropped)
-        return dropped;
-    for (const QString& statement : CreateStatements(schema, db))
-        if (const Outcome done = db.Exec(statement); !done)
-            return done;
-    return transaction.Commit();
+        return StepFailed(kCreateDatabaseStep, dropped);
+    for (const Table& table : schema.tables)
+        for (const QString& statement : TableStatements(schema, table, db))
+            if (const Outcome done = db.Exec(statement); !done)
+                return StepFailed(CreateTableStep(table.name), done);
+    if (db.GetDialect() == Dialect::PostgreSql)
+        for (const Relation& relation : schema.relations)
+            if (const Outcome done = db.Exec(AddRelationStatement(relation, db)); !done)
+                return StepFailed(kCreateDatabaseStep, done);
+    const Outcome committed = transaction.Commit();
+    return committed ? committed : StepFailed(kCreateDatabaseStep, committed);
 }
 
 Outcome CreateDatabase(const QString& location, const Schema& schema) {
-    Outcome outcome;
     if (util::sql::IsServerLocation(location)) {
         Connection db;
-        outcome = db.Open(location);
-        if (outcome)
-            outcome = CreateDatabase(db, schema);
-    } else {
-        outcome = ReplaceDatabaseFile(location, QString(), [&schema](const QString& building) {
-            Connection db;
-            const Outcome opened = db.Open(building, Connection::Mode::ReadWrite, true);
-            return opened ? CreateDatabase(db, schema) : opened;
-        });
+        const Outcome opened = db.Open(location);
+        return opened ? CreateDatabase(db, schema) : StepFailed(kCreateDatabaseStep, opened);
     }
-    if (!outcome)
-        return Outcome::Failure(
-            SchemaTr(schemastrings::kCannotCreateCampaignDatabase).arg(location, outcome.Reason()));
-    return {};
+    Outcome made; // what the steps said, already under their names
+    const Outcome replaced = ReplaceDatabaseFile(location, QString(), [&](const QString& building) {
+        Connection db;
+        const Outcome opened = db.Open(building, Connection::Mode::ReadWrite, true);
+        made = opened ? CreateDatabase(db, schema) : StepFailed(kCreateDatabaseStep, opened);
+        return made;
+    });
+    if (replaced)
+        return {};
+    return made ? StepFailed(kCreateDatabaseStep, replaced) : made;
 }
 
 } // namespace campaign

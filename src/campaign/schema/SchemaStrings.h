@@ -8,8 +8,6 @@ namespace campaign::schemastrings {
 
 inline constexpr char kContext[] = "campaign";
 
-inline constexpr char kCannotCreateCampaignDatabase[] =
-    QT_TRANSLATE_NOOP("campaign", "Cannot create the campaign database '%1': %2");
 inline constexpr char kTableTwice[] =
     QT_TRANSLATE_NOOP("campaign", "the table '%1' is described twice");
 inline constexpr char kColumnMissing[] =

@@ -238,14 +238,6 @@ Outcome WriteQuestionnaire(Connection& db, const CQuestionnaire& q, const vw::CC
     return {};
 }
 
-Outcome CreateSchema(Connection& db, const QString& location) {
-    const Outcome created = CreateDatabase(db);
-    if (created)
-        return created;
-    return Outcome::Failure(SchemaTr(schemastrings::kCannotCreateCampaignDatabase)
-                                .arg(util::sql::PrintableLocation(location), created.Reason()));
-}
-
 // Puts a campaign database filled by `fill` at `location`, whole or not at all, so that a failed
 // save leaves what was there. A file is built beside it, from a copy of the file `copyOf` or
 // else a new schema, and renamed over it once filled. On a server the new schema and the fill
@@ -259,7 +251,7 @@ Outcome BuildCampaign(const QString& location, const QString& copyOf,
         util::sql::Transaction transaction(db);
         if (const Outcome begun = UnderOpen(transaction.Begin()); !begun)
             return begun;
-        if (const Outcome created = CreateSchema(db, location); !created)
+        if (const Outcome created = CreateDatabase(db); !created)
             return created;
         if (const Outcome filled = fill(db); !filled)
             return filled;
@@ -270,7 +262,7 @@ Outcome BuildCampaign(const QString& location, const QString& copyOf,
         Outcome outcome =
             UnderOpen(db.Open(building, Connection::Mode::ReadWrite, copyOf.isEmpty()));
         if (outcome && copyOf.isEmpty())
-            outcome = CreateSchema(db, location);
+            outcome = CreateDatabase(db);
         return outcome ? fill(db) : outcome;
     });
 }
