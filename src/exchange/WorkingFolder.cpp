@@ -1,5 +1,7 @@
 #include "exchange/WorkingFolder.h"
 
+#include "questionnaire/formats/ExchangePackage.h"
+
 #include "util/FileSystem.h"
 #include "util/OleDate.h"
 
@@ -114,9 +116,10 @@ void CleanWorkingFolder(const StampOwner& owner, const QString& questionnairePat
     QDirIterator it(folder, {QStringLiteral("*.stp")}, QDir::Files | QDir::Hidden | QDir::System);
     while (it.hasNext()) {
         it.next();
-        // Only regular files are stamps: reading a pipe of that name would wait forever.
+        // Only regular files named as stamps are: reading a pipe of that name would wait forever,
+        // and a drawing unpacked as "plan.stp" holds no time.
         const QFileInfo entry = it.fileInfo();
-        if (!entry.isFile() || entry.isSymLink())
+        if (!entry.isFile() || entry.isSymLink() || !questionnaire::IsStampName(it.fileName()))
             continue;
         if (it.fileName().compare(ownStamp, Qt::CaseInsensitive) == 0)
             QFile::remove(it.filePath());

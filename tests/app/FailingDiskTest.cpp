@@ -134,10 +134,12 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     QFile::setPermissions(path, mode);
     const QString link = Path(u"link."_s + Type());
     ASSERT_TRUE(QFile::link(path, link));
-    const Outcome linked = RunProgram(tool, {u"convert"_s, example, link});
+    const Outcome linked = RunProgram(tool, {u"bigsave"_s, link, u"10"_s, u"through the link"_s});
     EXPECT_EQ(linked.status, 0) << linked.err.toStdString();
     EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(Load(path), old);
+    const CQuestionnaire saved = Load(path);
+    EXPECT_NE(saved, old);
+    EXPECT_EQ(saved, Load(link));
     EXPECT_EQ(QFile::permissions(path) & 0x7077, mode); // the owner's, group's and others' bits
     QFile::setPermissions(locked, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }

@@ -173,18 +173,20 @@ TEST_F(WorkingFolderTest, OwnStampAloneLetsTheWholeFolderGo) {
     ASSERT_TRUE(QDir(m_folder).mkdir(u"folder.stp"_s));
     ASSERT_TRUE(testutil::WriteAll(m_folder + u"media/images/a.png"_s, "png"));
     ASSERT_TRUE(testutil::WriteAll(m_folder + u"questionnaire.xml"_s, "<q/>"));
-    ASSERT_TRUE(testutil::WriteAll(m_folder + u"old.stp"_s,
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"stamp4.stp"_s,
                                    StampBytes(util::ToOleDate(kNoon.addDays(-1)))));
+    // Only stamps are read: a drawing of the media that reads as a young stamp is no stamp.
+    ASSERT_TRUE(testutil::WriteAll(m_folder + u"plan.stp"_s, StampBytes(util::ToOleDate(kNoon))));
     ASSERT_TRUE(QFile::setPermissions(m_folder + u"questionnaire.xml"_s,
                                       QFileDevice::ReadOwner | QFileDevice::ReadUser));
     ASSERT_TRUE(QFile::setPermissions(m_folder + u"media"_s,
                                       QFileDevice::ReadOwner | QFileDevice::ExeOwner));
 #ifdef Q_OS_UNIX
     // A stamp that cannot be read protects nothing.
-    ASSERT_TRUE(QFile::link(m_dir.filePath(u"nowhere"_s), m_folder + u"broken.stp"_s));
+    ASSERT_TRUE(QFile::link(m_dir.filePath(u"nowhere"_s), m_folder + u"stamp5.stp"_s));
     // Only regular files are stamps: opening a pipe would wait for a writer forever. Should the
     // clean-up wait all the same, a writer that comes and goes lets it go on.
-    const QByteArray pipe = QFile::encodeName(m_folder + u"pipe.stp"_s);
+    const QByteArray pipe = QFile::encodeName(m_folder + u"stamp6.stp"_s);
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
 #endif
     auto cleaning = std::async(std::launch::async, [this] {

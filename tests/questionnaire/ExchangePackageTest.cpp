@@ -329,14 +329,16 @@ TEST_F(ExchangePackageTest, ProgramsSharingAWorkingFolderWaitForEachOther) {
         EXPECT_EQ(QFileInfo::exists(marker), save);
         EXPECT_EQ(Unzip(qex).size(), save ? 2 : 1);
     }
-    // Another opening that fails part-way leaves the folder as it was: the next save still
-    // packs the media.
-    CQuestionnaire failing;
-    EXPECT_FALSE(failing.ReadFromExchangeFormat(
-        WritePackage(RawZip(
-            {{"questionnaire.xml", SampleXml()}, {"big.bin", QByteArray(200000, 'b'), 100}})),
-        Work()));
-    EXPECT_TRUE(QFileInfo::exists(marker));
+    // Another opening that fails part-way, or whose questionnaire cannot be read, leaves the
+    // folder as it was: the next save still packs the media.
+    for (const QByteArray& package :
+         {RawZip({{"questionnaire.xml", SampleXml()}, {"big.bin", QByteArray(200000, 'b'), 100}}),
+          RawZip({{"questionnaire.xml", "<questionnaire"}, {"media/other.png", "png"}})}) {
+        CQuestionnaire failing;
+        EXPECT_FALSE(failing.ReadFromExchangeFormat(WritePackage(package), Work()));
+        EXPECT_TRUE(QFileInfo::exists(marker));
+        EXPECT_FALSE(QFileInfo::exists(Work() + u"media/other.png"_s));
+    }
     ASSERT_TRUE(open.SaveToExchangeFormat(qex, QString(), -1));
     EXPECT_EQ(Unzip(qex).size(), 2);
     ExpectOutsideUntouched();
@@ -410,7 +412,6 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
     Put(Work() + u"stamp1.stp"_s, "stamp");
     ASSERT_TRUE(QFile::link(Outside(), Work() + u"stamp2.stp"_s));
     const QStringList kept = {u"stamp1.stp"_s, u"stamp2.stp"_s};
-    const QStringList unpacked = QStringList{u"questionnaire.xml"_s} + kept;
     // A working folder that is itself a link: unpacking would empty what it points to.
     const QString linked = Path(u"linked"_s);
     ASSERT_TRUE(QFile::link(Outside(), linked));
@@ -432,12 +433,14 @@ TEST_F(ExchangePackageTest, UnreadableInputsAreRefusedWithAMessage) {
          Work(),
          "holds a questionnaire.xml that cannot be read",
          {},
-         unpacked},
-        // Found only while unpacking: the folder stays as the case above left it.
+         kept},
+        // Found only while unpacking or putting the files in place.
         {RawZip({{"questionnaire.xml", xml}, {"big.bin", QByteArray(200000, 'b'), 100}}), Work(),
-         "more bytes than the 100 it declares", u"'big.bin'"_s, unpacked},
+         "more bytes than the 100 it declares", u"'big.bin'"_s, kept},
         {RawZip({{"questionnaire.xml", xml}, {"stamp2.stp/photo.png", "evil"}}), Work(),
-         "is a symbolic link", Work() + u"stamp2.stp"_s, unpacked},
+         "is a symbolic link", Work() + u"stamp2.stp"_s, kept},
+        {RawZip({{"questionnaire.xml", xml}, {"stamp1.stp/photo.png", "odd"}}), Work(),
+         "Cannot create the folder", Work() + u"stamp1.stp"_s, kept},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);

@@ -3,6 +3,7 @@
 #include "questionnaire/CaptionAccess.h"
 #include "questionnaire/formats/QesDatabase.h"
 #include "questionnaire/formats/QesSchema.h"
+#include "util/SqlConnection.h"
 
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -61,6 +62,20 @@ TEST_F(QesTest, WholeFileWriteReplacesTheFileAndAFailedOneLeavesIt) {
     EXPECT_FALSE(failed.Reason().isEmpty());
     EXPECT_EQ(testutil::ReadAll(Path()), before);
     EXPECT_EQ(QDir(m_dir.path()).entryList(QDir::Files), QStringList{u"survey.qes"_s});
+}
+
+// Reading takes no lock that another program's save holds: the file reads as that save found it.
+TEST_F(QesTest, ReadsTheLastSaveWhileAnotherIsUnderWay) {
+    const CQuestionnaire sample = testutil::MakeSample();
+    const QString path = WriteSample(sample);
+    util::sql::Connection other;
+    ASSERT_TRUE(other.Open(path));
+    util::sql::Transaction saving(other);
+    ASSERT_TRUE(saving.Begin());
+    ASSERT_TRUE(other.Exec(u"DELETE FROM question_captions"_s));
+    CQuestionnaire read;
+    ASSERT_TRUE(ReadAll(path, read)) << read.GetLastError().toStdString();
+    EXPECT_EQ(read, sample);
 }
 
 TEST_F(QesTest, SavingCaptionsTouchesOnlyCaptionRows) {

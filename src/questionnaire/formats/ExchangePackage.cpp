@@ -33,28 +33,12 @@ QByteArray ZipPath(const QString& path) {
 #endif
 }
 
-std::filesystem::path FileSystemPath(const QString& path) {
-#ifdef Q_OS_WIN
-    return std::filesystem::path(path.toStdWString());
-#else
-    return std::filesystem::path(QFile::encodeName(path).toStdString());
-#endif
-}
-
 QString ZipErrorText(int code) {
     zip_error_t error;
     zip_error_init_with_code(&error, code);
     const QString text = QString::fromUtf8(zip_error_strerror(&error));
     zip_error_fini(&error);
     return text;
-}
-
-bool IsStampName(const QString& name) {
-    // "stamp" and a number: a model or a drawing of the questionnaire's media may end in ".stp"
-    // too, and is packed as any other file.
-    static const QRegularExpression stamp(QStringLiteral("^stamp-?[0-9]+\\.stp$"),
-                                          QRegularExpression::CaseInsensitiveOption);
-    return stamp.match(name).hasMatch();
 }
 
 } // namespace questionnaire::package
@@ -90,6 +74,14 @@ bool WriteXmlCopy(const CQuestionnaire& q, const QString& path, qint32 flags,
 
 } // namespace
 
+bool questionnaire::IsStampName(const QString& name) {
+    // "stamp" and a number: a model or a drawing of the questionnaire's media may end in ".stp"
+    // too, and is packed as any other file.
+    static const QRegularExpression stamp(QStringLiteral("^stamp-?[0-9]+\\.stp$"),
+                                          QRegularExpression::CaseInsensitiveOption);
+    return stamp.match(name).hasMatch();
+}
+
 bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& workingFolder,
                                             util::Progress* progress) {
     if (workingFolder.isEmpty()) {
@@ -116,12 +108,18 @@ bool CQuestionnaire::ReadFromExchangeFormat(const QString& path, const QString& 
         m_lastError = reader.Error();
         return false;
     }
+    // Read before the unpacked files take the folder's place: a questionnaire that cannot be
+    // read leaves the folder to the program that has it open.
     const util::Outcome read =
-        ReadXmlFile(folder + QLatin1Char('/') + QLatin1String(kPackageXmlName), *this, progress);
+        ReadXmlFile(reader.UnpackedFolder() + QLatin1Char('/') + QLatin1String(kPackageXmlName),
+                    *this, progress);
     if (!read) {
-        m_exchangeFolder.clear();
         m_lastError = Tr(strings::kPackageHoldsCannotRead)
                           .arg(path, QLatin1String(kPackageXmlName), read.Reason());
+        return false;
+    }
+    if (!reader.PutInPlace()) {
+        m_lastError = reader.Error();
         return false;
     }
     m_exchangeFolder = workingFolder;

@@ -236,20 +236,22 @@ bool PackageReader::CheckLayout() {
 bool PackageReader::Unpack(util::Progress* progress) {
     if (!CheckFolder()) // again: it may have been replaced since Open
         return false;
-    // Unpacked aside first: a package that fails or is stopped part-way leaves the folder as it
-    // was, for another program with the package open may pack it at its next save.
-    QTemporaryDir aside(m_folder + QLatin1Char('/') + QLatin1String(kUnpackingPrefix) +
-                        QStringLiteral("XXXXXX"));
-    if (!aside.isValid())
-        return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(aside.path(), m_path));
-    m_root = aside.path();
+    // Unpacked aside first: a package that fails or is stopped part-way, or whose questionnaire
+    // cannot be read, leaves the folder as it was, for another program with the package open
+    // may pack it at its next save.
+    const QString aside =
+        m_folder + QLatin1Char('/') + QLatin1String(kUnpackingPrefix) + QStringLiteral("XXXXXX");
+    m_aside = std::make_unique<QTemporaryDir>(aside);
+    if (!m_aside->isValid())
+        return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(aside, m_path));
+    m_root = m_aside->path();
     quint64 total = 0;
     for (const Entry& entry : m_entries)
         total += entry.size;
     util::ProgressScope scope(progress, Tr(strings::kUnpackingQuestionnaire), qint64(total));
     m_progress = &scope;
     m_unpacked = 0;
-    return UnpackEntries() && MoveIntoFolder();
+    return UnpackEntries();
 }
 
 bool PackageReader::UnpackEntries() {
@@ -264,14 +266,18 @@ bool PackageReader::UnpackEntries() {
     return true;
 }
 
-// The unpacked files take the place of what the folder held, stamps apart.
-bool PackageReader::MoveIntoFolder() {
+bool PackageReader::PutInPlace() {
     const QFileInfoList items = FolderItems(m_root);
-    // Emptying keeps stamps, and so links with a stamp's name: nothing moves through them.
-    for (const QFileInfo& item : items)
-        if (const QString target = m_folder + QLatin1Char('/') + item.fileName();
-            QFileInfo(target).isSymLink() && IsStampName(item.fileName()))
+    // Emptying keeps stamps (and links of a stamp's name): a package folder of such a name could
+    // not take its place, and is refused before anything changes.
+    for (const QFileInfo& item : items) {
+        const QString target = m_folder + QLatin1Char('/') + item.fileName();
+        const QFileInfo there(target);
+        if (there.isSymLink() && IsStampName(item.fileName()))
             return RefuseLink(target);
+        if (there.exists() && IsStampName(item.fileName()))
+            return Fail(Tr(strings::kCannotCreateFolderWhileUnpacking).arg(target, m_path));
+    }
     QString failed;
     if (!EmptyFolder(m_folder, failed, QFileInfo(m_root).fileName()))
         return Fail(Tr(strings::kCannotEmptyWorkingFolder).arg(m_folder, failed));

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QString>
+#include <QTemporaryDir>
 
 class QFile;
 
+#include <memory>
 #include <vector>
 
 struct zip;
@@ -30,7 +32,13 @@ public:
 
     bool Open();
     bool CheckEntries();
+    // Unpacks into a new folder inside the working folder, which stays as it was.
     bool Unpack(util::Progress* progress = nullptr);
+    // Where Unpack put the files.
+    const QString& UnpackedFolder() const { return m_root; }
+    // The unpacked files take the place of what the working folder held, stamps apart. Until
+    // then (or when the reader goes without it) a failure leaves the folder as it was.
+    bool PutInPlace();
     const QString& Error() const { return m_error; }
 
 private:
@@ -51,14 +59,14 @@ private:
     bool CannotWrite(const QFile& target);
     bool CheckLayout();
     bool UnpackEntries();
-    bool MoveIntoFolder();
     bool MakeFolders(const QString& relative);
     bool WriteEntry(const Entry& entry);
     bool RefuseLink(const QString& path);
 
     QString m_path;
-    QString m_folder; // cleaned, no trailing separator
-    QString m_root;   // where entries are unpacked: a new folder inside m_folder
+    QString m_folder;                       // cleaned, no trailing separator
+    std::unique_ptr<QTemporaryDir> m_aside; // removed with the reader unless put in place
+    QString m_root;                         // m_aside's path
     zip* m_zip = nullptr;
     std::vector<Entry> m_entries;
     util::ProgressScope* m_progress = nullptr; // while unpacking

@@ -370,7 +370,7 @@ bool CQuestionnaire::Read(const QString& path, bool withCaptions, bool withRespo
     }
     QesReader reader(db, *this, progress);
     // One read transaction: another program saving meanwhile cannot show us half its work.
-    util::sql::Transaction transaction(db);
+    util::sql::Transaction transaction(db, util::sql::Transaction::Kind::Read);
     if (ok) {
         const util::Outcome begun = transaction.Begin();
         if (!begun) {
