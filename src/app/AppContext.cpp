@@ -103,11 +103,12 @@ void AppContext::EnterWorkingFolder(const QString& questionnairePath) {
 }
 
 void AppContext::LeaveWorkingFolder(const QString& questionnairePath) {
-    const auto it = m_workingFolderUsers.find(FolderKey(questionnairePath));
-    if (it != m_workingFolderUsers.end() && --*it > 0)
-        return;
-    if (it != m_workingFolderUsers.end())
+    if (const auto it = m_workingFolderUsers.find(FolderKey(questionnairePath));
+        it != m_workingFolderUsers.end()) {
+        if (--*it > 0)
+            return;
         m_workingFolderUsers.erase(it);
+    }
     exchange::CleanWorkingFolder(stamps, questionnairePath);
 }
 

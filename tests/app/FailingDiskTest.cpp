@@ -105,24 +105,21 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadOther);
     QFile::setPermissions(locked,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
-    const QStringList convert = {u"convert"_s, example, path};
-    const Outcome denied =
-        ::geteuid() == 0
-            ? RunProgram(u"setpriv"_s, QStringList{u"--reuid=65534"_s, u"--regid=65534"_s,
-                                                   u"--clear-groups"_s, tool} +
-                                           convert)
-            : RunProgram(tool, convert);
+    const auto convertUnprivileged = [&] {
+        const QStringList convert = {u"convert"_s, example, path};
+        return ::geteuid() == 0
+                   ? RunProgram(u"setpriv"_s, QStringList{u"--reuid=65534"_s, u"--regid=65534"_s,
+                                                          u"--clear-groups"_s, tool} +
+                                                  convert)
+                   : RunProgram(tool, convert);
+    };
+    const Outcome denied = convertUnprivileged();
     EXPECT_NE(denied.status, 0);
     keptTheOldFile(denied);
 
     // A write-protected file in a folder the user may write to: a rename would replace it.
     QFile::setPermissions(locked, QFileDevice::Permissions(0x7777));
-    const Outcome protectedFile =
-        ::geteuid() == 0
-            ? RunProgram(u"setpriv"_s, QStringList{u"--reuid=65534"_s, u"--regid=65534"_s,
-                                                   u"--clear-groups"_s, tool} +
-                                           convert)
-            : RunProgram(tool, convert);
+    const Outcome protectedFile = convertUnprivileged();
     EXPECT_NE(protectedFile.status, 0);
     keptTheOldFile(protectedFile);
 
