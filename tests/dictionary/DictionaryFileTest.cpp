@@ -9,6 +9,8 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Little-endian pieces of a hand-made file.
@@ -37,58 +39,50 @@ using testutil::Unprivileged;
 
 class DictionaryFileTest : public ::testing::Test {
 protected:
-    QString Path(const QString& name = QStringLiteral("Translator.dic")) const {
-        return m_dir.filePath(name);
-    }
+    QString Path(const QString& name = u"Translator.dic"_s) const { return m_dir.filePath(name); }
     QTemporaryDir m_dir;
     util::RecordedMessages m_messages;
 };
 
 TEST_F(DictionaryFileTest, ReadsEveryStringLengthFormEightBitStringsAndRepeatedLanguages) {
-    const QString s254 = QStringLiteral("a").repeated(254),
-                  s255 = QStringLiteral("b").repeated(255);
-    const QString s65534 = QStringLiteral("c").repeated(65534);
-    const QString s65535 = QStringLiteral("d").repeated(65535);
+    const QString s254 = u"a"_s.repeated(254), s255 = u"b"_s.repeated(255),
+                  s65534 = u"c"_s.repeated(65534), s65535 = u"d"_s.repeated(65535);
     QByteArray file = I32(7) + I32(3); // a version other than 101 loads like any other
     file += I32(4) + I32(1033) + Wide(s254) + I32(1036) + Wide(s255) + I32(1031) + Wide(s65534) +
             I32(1040) + Wide(s65535);
     // An 8-bit string: the length prefix without the wide marker, bytes in the ANSI code page.
-    file +=
-        I32(2) + I32(1033) + QByteArray(1, 5) + "Caf\xe9s" + I32(1036) + Wide(QStringLiteral("x"));
-    file += I32(2) + I32(1033) + Wide(QStringLiteral("first")) + I32(1033) +
-            Wide(QStringLiteral("second"));
+    file += I32(2) + I32(1033) + QByteArray(1, 5) + "Caf\xe9s" + I32(1036) + Wide(u"x"_s);
+    file += I32(2) + I32(1033) + Wide(u"first"_s) + I32(1033) + Wide(u"second"_s);
     ASSERT_TRUE(testutil::WriteAll(Path(), file));
     util::AnsiCodePage::SetCurrent(1252);
     CDictionary dictionary;
     ASSERT_TRUE(dictionary.Load(Path(), m_messages));
     util::AnsiCodePage::Reset();
     ASSERT_EQ(dictionary.GetEntryCount(), 3);
-    EXPECT_EQ(dictionary.GetEntry(0).GetText(1033), s254);
-    EXPECT_EQ(dictionary.GetEntry(0).GetText(1036), s255);
-    EXPECT_EQ(dictionary.GetEntry(0).GetText(1031), s65534);
-    EXPECT_EQ(dictionary.GetEntry(0).GetText(1040), s65535);
-    EXPECT_EQ(dictionary.GetEntry(1).GetText(1033), QStringLiteral("Cafés"));
-    EXPECT_EQ(dictionary.GetEntry(2).m_texts, (CDicEntry::Texts{{1033, QStringLiteral("second")}}));
+    EXPECT_EQ(dictionary.GetEntry(0).m_texts,
+              (CDicEntry::Texts{{1033, s254}, {1036, s255}, {1031, s65534}, {1040, s65535}}));
+    EXPECT_EQ(dictionary.GetEntry(1).GetText(1033), u"Cafés"_s);
+    EXPECT_EQ(dictionary.GetEntry(2).m_texts, (CDicEntry::Texts{{1033, u"second"_s}}));
     EXPECT_FALSE(dictionary.IsModified());
     // Languages in order of first appearance, an entry's in ascending order.
     ASSERT_EQ(dictionary.GetLanguageCount(), 4);
     EXPECT_EQ(dictionary.GetLanguage(0).m_id, 1031u);
     EXPECT_EQ(dictionary.GetLanguage(3).m_id, 1040u);
-    EXPECT_EQ(dictionary.GetLanguage(1).m_abbreviation, QStringLiteral("ENU"));
+    EXPECT_EQ(dictionary.GetLanguage(1).m_abbreviation, u"ENU"_s);
 }
 
 TEST_F(DictionaryFileTest, SaveWritesTheFormatLeavesDeletedEntriesOutAndMakesTheFolders) {
     CDictionary dictionary;
-    dictionary.AddEntry({{1036, QStringLiteral("Oui")}, {1033, QStringLiteral("Yes")}});
-    dictionary.AddEntry({{1033, QStringLiteral("gone")}});
-    dictionary.AddEntry({{1031, QStringLiteral("x").repeated(300)}});
+    dictionary.AddEntry({{1036, u"Oui"_s}, {1033, u"Yes"_s}});
+    dictionary.AddEntry({{1033, u"gone"_s}});
+    dictionary.AddEntry({{1031, u"x"_s.repeated(300)}});
     dictionary.DeleteEntry(1);
     // The missing folders are made.
-    const QString path = Path(QStringLiteral("Varnel/Translator/Translator.dic"));
+    const QString path = Path(u"Varnel/Translator/Translator.dic"_s);
     ASSERT_TRUE(dictionary.Save(path, m_messages));
-    const QByteArray expected =
-        I32(101) + I32(2) + I32(2) + I32(1033) + Wide(QStringLiteral("Yes")) + I32(1036) +
-        Wide(QStringLiteral("Oui")) + I32(1) + I32(1031) + Wide(QStringLiteral("x").repeated(300));
+    const QByteArray expected = I32(101) + I32(2) + I32(2) + I32(1033) + Wide(u"Yes"_s) +
+                                I32(1036) + Wide(u"Oui"_s) + I32(1) + I32(1031) +
+                                Wide(u"x"_s.repeated(300));
     EXPECT_EQ(testutil::ReadAll(path), expected);
     EXPECT_TRUE(dictionary.IsModified()); // saving leaves the flag to the caller
 
@@ -100,9 +94,9 @@ TEST_F(DictionaryFileTest, SaveWritesTheFormatLeavesDeletedEntriesOutAndMakesThe
     EXPECT_EQ(reloaded.GetEntry(1).GetText(1031).size(), 300);
 
     // A folder that cannot be made: a file stands where it should be.
-    ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("blocker")), "x"));
-    EXPECT_FALSE(dictionary.Save(Path(QStringLiteral("blocker/Translator.dic")), m_messages));
-    EXPECT_EQ(m_messages.messages.last(), QStringLiteral("Cannot create directory!"));
+    ASSERT_TRUE(testutil::WriteAll(Path(u"blocker"_s), "x"));
+    EXPECT_FALSE(dictionary.Save(Path(u"blocker/Translator.dic"_s), m_messages));
+    EXPECT_EQ(m_messages.messages.last(), u"Cannot create directory!"_s);
 }
 
 // A file that is there but was not read whole keeps what was read and is kept as a backup before
@@ -110,8 +104,8 @@ TEST_F(DictionaryFileTest, SaveWritesTheFormatLeavesDeletedEntriesOutAndMakesThe
 // file, and a count below one, which reads no entries and is no fault of the file, leave nothing
 // to keep.
 TEST_F(DictionaryFileTest, FilesNotReadWholeAreKeptBeforeASave) {
-    const QByteArray kept = I32(1) + I32(1033) + Wide(QStringLiteral("kept"));
-    QByteArray cut = I32(101) + I32(3) + kept + I32(2) + I32(1033) + Wide(QStringLiteral("cut"));
+    const QByteArray kept = I32(1) + I32(1033) + Wide(u"kept"_s);
+    QByteArray cut = I32(101) + I32(3) + kept + I32(2) + I32(1033) + Wide(u"cut"_s);
     cut.chop(2);
     const struct {
         const char* name;
@@ -157,7 +151,7 @@ TEST_F(DictionaryFileTest, FilesNotReadWholeAreKeptBeforeASave) {
                 texts << dictionary.GetEntry(n).GetText(1033);
             EXPECT_EQ(texts, c.texts);
             EXPECT_FALSE(dictionary.IsModified());
-            dictionary.AddEntry({{1033, QStringLiteral("new")}});
+            dictionary.AddEntry({{1033, u"new"_s}});
             ASSERT_TRUE(dictionary.Save(path, messages));
         }
         const bool damaged = !c.loads && !c.bytes.isNull();
@@ -173,11 +167,11 @@ TEST_F(DictionaryFileTest, FilesNotReadWholeAreKeptBeforeASave) {
     }
 
     // Every length of a good file: a clean refusal or the whole dictionary, never a crash.
-    const QByteArray good = testutil::ReadAll(Path(QStringLiteral("cut short.dic")));
+    const QByteArray good = testutil::ReadAll(Path(u"cut short.dic"_s));
     for (qsizetype length = 0; length < good.size(); ++length) {
-        ASSERT_TRUE(testutil::WriteAll(Path(QStringLiteral("cut.dic")), good.left(length)));
+        ASSERT_TRUE(testutil::WriteAll(Path(u"cut.dic"_s), good.left(length)));
         CDictionary cut;
-        EXPECT_FALSE(cut.Load(Path(QStringLiteral("cut.dic")), m_messages)) << length;
+        EXPECT_FALSE(cut.Load(Path(u"cut.dic"_s), m_messages)) << length;
         EXPECT_LT(cut.GetEntryCount(), 2) << length;
     }
 }
