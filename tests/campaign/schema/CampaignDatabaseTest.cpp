@@ -1,7 +1,6 @@
 #include "campaign/schema/CampaignDatabase.h"
 #include "CatalogueTestUtil.h"
 #include "campaign/schema/Migrations.h"
-#include "common/PostgresServer.h"
 #include "common/TestUtil.h"
 
 #include <QDir>
@@ -271,27 +270,12 @@ campaign::Schema BrokenSchema() {
 }
 
 // Every test runs on an SQLite file and on a PostgreSQL server of its own.
-class DatabaseTest : public ::testing::TestWithParam<Dialect> {
+class DatabaseTest : public testutil::EachEngineTest {
 protected:
-    static void SetUpTestSuite() {
-        s_server = std::make_unique<testutil::PostgresServer>();
-        s_serverStarted = s_server->Start();
-    }
-    static void TearDownTestSuite() { s_server.reset(); }
-
-    bool Sqlite() const { return GetParam() == Dialect::Sqlite; }
-
     // A database of its own made with `schema`, open in `db` with relations checked.
     void Make(Connection& db, const campaign::Schema& schema, QString* location = nullptr) {
-        QString made;
-        const QString name = QStringLiteral("campaign%1").arg(++m_count);
-        if (Sqlite()) {
-            made = m_dir.filePath(name + QLatin1String(".qew"));
-        } else {
-            ASSERT_TRUE(s_serverStarted) << s_server->Error().toStdString();
-            made = s_server->CreateDatabase(name);
-            ASSERT_FALSE(made.isEmpty()) << s_server->Error().toStdString();
-        }
+        const QString made = NewLocation(QStringLiteral("campaign%1").arg(++m_count));
+        ASSERT_FALSE(made.isEmpty());
         const util::Outcome created = CreateDatabase(made, schema);
         ASSERT_TRUE(created) << created.Reason().toStdString();
         const util::Outcome opened = db.Open(made);
@@ -307,15 +291,8 @@ protected:
                         : (value ? QStringLiteral("true") : QStringLiteral("false"));
     }
 
-    static inline std::unique_ptr<testutil::PostgresServer> s_server;
-    static inline bool s_serverStarted = false;
-    QTemporaryDir m_dir;
     int m_count = 0;
 };
-
-std::string DialectName(const ::testing::TestParamInfo<Dialect>& info) {
-    return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
-}
 
 // --- a database made with the current schema ---
 
@@ -783,9 +760,8 @@ TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
     }
 }
 
-const auto kDialects = ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql);
-INSTANTIATE_TEST_SUITE_P(Each, CampaignDatabaseTest, kDialects, DialectName);
-INSTANTIATE_TEST_SUITE_P(Each, MigrationsTest, kDialects, DialectName);
+INSTANTIATE_TEST_SUITE_P(Each, CampaignDatabaseTest, testutil::kEngines, testutil::EngineName);
+INSTANTIATE_TEST_SUITE_P(Each, MigrationsTest, testutil::kEngines, testutil::EngineName);
 
 // --- a database file ---
 

@@ -2,7 +2,6 @@
 #include "campaign/CampaignBuilder.h"
 #include "campaign/schema/CampaignDatabase.h"
 #include "campaign/schema/CatalogueTestUtil.h"
-#include "common/PostgresServer.h"
 #include "common/TestUtil.h"
 
 #include <QFileInfo>
@@ -95,22 +94,11 @@ std::string Load(const QString& location) {
     return Describe(loaded);
 }
 
-class CampaignStoreTest : public ::testing::TestWithParam<Dialect> {
+class CampaignStoreTest : public testutil::EachEngineTest {
 protected:
-    static void SetUpTestSuite() {
-        s_server = std::make_unique<testutil::PostgresServer>();
-        s_serverStarted = s_server->Start();
-    }
-    static void TearDownTestSuite() { s_server.reset(); }
-
     void SetUp() override {
-        if (GetParam() == Dialect::Sqlite) {
-            m_location = m_dir.filePath(QStringLiteral("campaign.qew"));
-        } else {
-            ASSERT_TRUE(s_serverStarted) << s_server->Error().toStdString();
-            m_location = s_server->CreateDatabase(QStringLiteral("campaign"));
-            ASSERT_FALSE(m_location.isEmpty()) << s_server->Error().toStdString();
-        }
+        m_location = NewLocation(QStringLiteral("campaign"));
+        ASSERT_FALSE(m_location.isEmpty());
         const util::Outcome created = campaign::CreateDatabase(m_location);
         ASSERT_TRUE(created) << created.Reason().toStdString();
     }
@@ -127,9 +115,6 @@ protected:
         return testutil::Rows(db, QLatin1String(sql));
     }
 
-    static inline std::unique_ptr<testutil::PostgresServer> s_server;
-    static inline bool s_serverStarted = false;
-    QTemporaryDir m_dir;
     QString m_location;
 };
 
@@ -166,7 +151,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
               QStringList{"1|1|4|2"});
     // Caption rows of owners the campaign lacks, which no relation would let in, are skipped.
     QStringList statements;
-    if (GetParam() == Dialect::PostgreSql)
+    if (!Sqlite())
         statements.append(QStringLiteral("SET session_replication_role = replica"));
     statements.append(QStringLiteral("INSERT INTO \"QuestionCaptions\" (\"QuestionID\", "
                                      "\"LanguageID\", \"LongCaption\") VALUES (999, 1033, 'x')"));
@@ -184,7 +169,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     question.m_captions[0]->m_longCaption = QStringLiteral("Your age?");
     auto germanQuestion = QuestionCaption(100, 1031, "Wie alt sind Sie?", "Alter");
     // A first U+FEFF is a character: SQLite would take it for a byte order mark and drop it.
-    if (GetParam() == Dialect::Sqlite)
+    if (Sqlite())
         germanQuestion->m_shortCaption.prepend(QChar(0xFEFF));
     const QString germanShort = germanQuestion->m_shortCaption;
     question.AddCaption(std::move(germanQuestion));
@@ -288,10 +273,7 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
     }
 }
 
-const auto kDialects = ::testing::Values(Dialect::Sqlite, Dialect::PostgreSql);
-INSTANTIATE_TEST_SUITE_P(Each, CampaignStoreTest, kDialects, [](const auto& info) {
-    return info.param == Dialect::Sqlite ? "Sqlite" : "PostgreSql";
-});
+INSTANTIATE_TEST_SUITE_P(Each, CampaignStoreTest, testutil::kEngines, testutil::EngineName);
 
 TEST(CampaignStoreClosed, ReadsAndSavesWithoutADatabaseFailUnderTheirNames) {
     Connection closed;
