@@ -85,7 +85,7 @@ protected:
     QString m_folder;
 };
 
-TEST_F(WorkingFolderTest, PrepareCreatesTheFolderAndWritesTheStamp) {
+TEST_F(WorkingFolderTest, PrepareMakesTheFolderOfThePathCutAtItsLastDotAndStampsIt) {
     const QString folder = exchange::PrepareWorkingFolder(
         Owner(7, QDateTime(QDate(2026, 11, 22), QTime(12, 0))), m_path);
     EXPECT_EQ(folder, m_dir.filePath(u"survey.tmp/"_s));
@@ -98,9 +98,8 @@ TEST_F(WorkingFolderTest, PrepareCreatesTheFolderAndWritesTheStamp) {
     EXPECT_EQ(testutil::ReadAll(Stamp(7)), StampBytes(util::ToOleDate(kNoon)));
     EXPECT_EQ(testutil::ReadAll(m_folder + u"content.xml"_s), "<q/>");
     EXPECT_EQ(QDir(m_folder).entryList(QDir::Files | QDir::Hidden).size(), 2);
-}
 
-TEST_F(WorkingFolderTest, TheFolderIsThePathCutAtItsLastDot) {
+    // The folder is the path cut at its last dot.
     const struct {
         QString path;
         QString folder;
@@ -126,7 +125,7 @@ TEST_F(WorkingFolderTest, TheFolderIsThePathCutAtItsLastDot) {
     const QStringList entries = QDir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     const QStringList inside = QDir(u"noext.tmp"_s).entryList(QDir::Files);
     QDir::setCurrent(previous);
-    EXPECT_EQ(entries, QStringList{u"noext.tmp"_s});
+    EXPECT_EQ(entries, (QStringList{u"noext.tmp"_s, u"survey.tmp"_s})); // no new entry
     EXPECT_EQ(inside, QStringList{u"stamp1.stp"_s});
 }
 
@@ -248,17 +247,6 @@ TEST_F(WorkingFolderTest, OnlyAFolderOfItsOwnIsStampedOrCleaned) {
     EXPECT_FALSE(QFileInfo::exists(real + u"/survey.tmp"_s));
 }
 
-// The stamps in the order the file system lists them, which is the order the clean-up meets them.
-QStringList StampsInListingOrder(const QString& folder) {
-    QStringList names;
-    QDirIterator it(folder, {u"*.stp"_s}, QDir::Files);
-    while (it.hasNext()) {
-        it.next();
-        names.append(it.fileName());
-    }
-    return names;
-}
-
 TEST_F(WorkingFolderTest, YoungForeignStampStopsTheCleanUpWhereItIsMet) {
     // Whether this run's stamp is met first depends on the file system, so folders are tried
     // with varied names and creation orders until both cases have been seen.
@@ -271,7 +259,8 @@ TEST_F(WorkingFolderTest, YoungForeignStampStopsTheCleanUpWhereItIsMet) {
         exchange::PrepareWorkingFolder(i % 2 ? own : foreign, path);
         const QString folder = exchange::PrepareWorkingFolder(i % 2 ? foreign : own, path);
         ASSERT_TRUE(testutil::WriteAll(folder + u"data.xml"_s, "<q/>"));
-        const QStringList order = StampsInListingOrder(folder);
+        // Unsorted: in the order the file system lists them, which the clean-up follows.
+        const QStringList order = QDir(folder).entryList({u"*.stp"_s}, QDir::Files, QDir::Unsorted);
         ASSERT_EQ(order.size(), 2);
         const bool ownFirst = order.first() == exchange::StampFileName(1);
 
