@@ -30,24 +30,26 @@
 #include <unistd.h>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 using testutil::Utf16Le;
 using util::AnsiCodePage;
 
 namespace {
 
 QStringList Shell(const char* script) {
-    return {QStringLiteral("sh"), QStringLiteral("-c"), QString::fromUtf8(script)};
+    return {u"sh"_s, u"-c"_s, QString::fromUtf8(script)};
 }
 
 bool MakeScript(const QString& path, const QString& body) {
-    return testutil::WriteAll(path, (QStringLiteral("#!/bin/sh\n") + body).toUtf8()) &&
+    return testutil::WriteAll(path, (u"#!/bin/sh\n"_s + body).toUtf8()) &&
            QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::ExeOwner |
                                            QFileDevice::ExeUser);
 }
 
 // Gone, or a zombie nobody has reaped yet: either way no longer running.
 bool ProcessGone(qint64 pid) {
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile stat(u"/proc/%1/stat"_s.arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
         return true;
     const QByteArray line = stat.readAll();
@@ -59,18 +61,17 @@ bool ProcessGone(qint64 pid) {
 // could not start or crashed is told apart.
 TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart) {
     QTemporaryDir dir;
-    const QString notExecutable = dir.filePath(QStringLiteral("plain.txt"));
+    const QString notExecutable = dir.filePath(u"plain.txt"_s);
     ASSERT_TRUE(testutil::WriteAll(notExecutable, "echo hi\n"));
     const QString pwd = QFileInfo(dir.path()).canonicalFilePath();
-    const QString file = dir.filePath(QStringLiteral("bytes"));
-    const QStringList cat = {QStringLiteral("cat"), file};
-    const QString french = QStringLiteral(u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0");
-    const QString russian = QStringLiteral(u"\u041F\u0440\u0438\u0432\u0435\u0442");
+    const QString file = dir.filePath(u"bytes"_s);
+    const QStringList cat = {u"cat"_s, file};
+    const QString french = u"Qu'en pensez-vous ? \u00C9t\u00E9, d\u00E9j\u00E0"_s;
+    const QString russian = u"\u041F\u0440\u0438\u0432\u0435\u0442"_s;
     QString longText;
     for (int i = 0; i < 300; ++i)
-        longText += QStringLiteral(u"ligne %1 \u00E9t\u00E9\n").arg(i);
-    QByteArray french1252;
-    QByteArray long1252;
+        longText += u"ligne %1 \u00E9t\u00E9\n"_s.arg(i);
+    QByteArray french1252, long1252;
     ASSERT_TRUE(AnsiCodePage::FromUnicode(french, 1252, french1252));
     ASSERT_TRUE(AnsiCodePage::FromUnicode(longText, 1252, long1252));
     // Opened the way careless code does, without O_CLOEXEC; none of them may reach a program.
@@ -87,17 +88,15 @@ TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart)
         QByteArray bytes = QByteArray(); // the file cat prints
         quint32 codePage = 1252;
     } cases[] = {
-        {"success", Shell("exit 0"), {}, 0},
-        {"failure", Shell("exit 3"), {}, 3},
         {"highest code", Shell("exit 255"), {}, 255},
         {"both streams", Shell("pwd; echo err >&2; exit 5"), {}, 5, dir.path(), pwd + "\nerr\n"},
-        {"command line", {}, QStringLiteral("sh -c \"exit 42\""), 42},
-        {"command line with quoted blanks", {}, QStringLiteral("sh -c \"test 'a b' = 'a b'\""), 0},
-        {"unknown program", {QStringLiteral("/nonexistent/program")}, {}, util::kStartFailed},
-        {"program not in PATH", {QStringLiteral("no-such-program-here")}, {}, util::kStartFailed},
+        {"command line", {}, u"sh -c \"exit 42\""_s, 42},
+        {"command line with quoted blanks", {}, u"sh -c \"test 'a b' = 'a b'\""_s, 0},
+        {"unknown program", {u"/nonexistent/program"_s}, {}, util::kStartFailed},
+        {"program not in PATH", {u"no-such-program-here"_s}, {}, util::kStartFailed},
         {"not executable", {notExecutable}, {}, util::kStartFailed},
         {"empty command", {}, QString(), util::kStartFailed},
-        {"no such folder", Shell("pwd"), {}, util::kStartFailed, pwd + QStringLiteral("/none")},
+        {"no such folder", Shell("pwd"), {}, util::kStartFailed, pwd + u"/none"_s},
         {"signal SEGV", Shell("ulimit -c 0; kill -SEGV $$"), {}, util::kCrashed},
         {"signal ABRT", Shell("ulimit -c 0; kill -ABRT $$"), {}, util::kCrashed},
         {"killed", Shell("kill -KILL $$"), {}, util::kCrashed},
@@ -115,7 +114,7 @@ TEST(RunProgramTest, PassesExitCodesAndOutputThroughAndReportsWhatCouldNotStart)
         SCOPED_TRACE(c.name);
         AnsiCodePage::SetCurrent(c.codePage);
         ASSERT_TRUE(testutil::WriteAll(file, c.bytes));
-        QString output = QStringLiteral("stale");
+        QString output = u"stale"_s;
         const int code = c.command.isEmpty()
                              ? util::RunProgram(c.commandLine, c.folder, output, 10000)
                              : util::RunProgram(c.command, c.folder, output, 10000);
@@ -178,7 +177,7 @@ TEST(CloseProcessTest, AsksFirstKillsOnlyWhenForcedAndRefusesWhatIsNoProcess) {
     };
     for (const auto& c : cases) {
         QProcess child; // killed when it goes, should CloseProcess have left it running
-        child.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromUtf8(c.script)});
+        child.start(u"sh"_s, {u"-c"_s, QString::fromUtf8(c.script)});
         ASSERT_TRUE(child.waitForStarted() && child.waitForReadyRead(10000)) << c.name;
         EXPECT_EQ(util::CloseProcess(child.processId(), c.force, c.timeoutMs), c.closed) << c.name;
         if (c.closed) {
@@ -227,20 +226,19 @@ TEST(WaitForObjectTest, ReturnsWhenSignalledOrWhenTheTimeRunsOut) {
 
 TEST(ShowInFileManagerTest, StartsTheLauncherOnTheFilesFolder) {
     QTemporaryDir dir;
-    const QString launcher = dir.filePath(QStringLiteral("launcher"));
-    const QString record = dir.filePath(QStringLiteral("record"));
-    ASSERT_TRUE(MakeScript(launcher, QStringLiteral("echo \"$1\" > '%1'\n").arg(record)));
-    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub folder")));
-    const QString file = dir.filePath(QStringLiteral("sub folder/survey.qes"));
+    const QString launcher = dir.filePath(u"launcher"_s);
+    const QString record = dir.filePath(u"record"_s);
+    ASSERT_TRUE(MakeScript(launcher, u"echo \"$1\" > '%1'\n"_s.arg(record)));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(u"sub folder"_s));
+    const QString file = dir.filePath(u"sub folder/survey.qes"_s);
     ASSERT_TRUE(testutil::WriteAll(file, "x"));
 
     ASSERT_TRUE(util::ShowInFileManager(file, launcher));
     EXPECT_TRUE(util::WaitForObject([&] { return QFileInfo(record).size() > 0; }, 10));
-    EXPECT_EQ(testutil::ReadAll(record),
-              dir.filePath(QStringLiteral("sub folder")).toUtf8() + "\n");
+    EXPECT_EQ(testutil::ReadAll(record), dir.filePath(u"sub folder"_s).toUtf8() + "\n");
 
-    EXPECT_FALSE(util::ShowInFileManager(file, dir.filePath(QStringLiteral("no-launcher"))));
-    EXPECT_FALSE(util::ShowInFileManager(dir.filePath(QStringLiteral("gone/file.txt")), launcher));
+    EXPECT_FALSE(util::ShowInFileManager(file, dir.filePath(u"no-launcher"_s)));
+    EXPECT_FALSE(util::ShowInFileManager(dir.filePath(u"gone/file.txt"_s), launcher));
     EXPECT_FALSE(util::ShowInFileManager(QString(), launcher));
 }
 
@@ -271,7 +269,7 @@ private:
 
 // Without handling events, so that nothing posted meanwhile is delivered.
 bool WaitForThreadEnd(qint64 tid) {
-    const QString task = QStringLiteral("/proc/self/task/%1").arg(tid);
+    const QString task = u"/proc/self/task/%1"_s.arg(tid);
     for (int i = 0; i < 3000 && QFileInfo::exists(task); ++i)
         QThread::msleep(10);
     return tid > 0 && !QFileInfo::exists(task);
@@ -293,23 +291,21 @@ TEST(RunProgramOnThreadTest, DeliversOnTheReceiversThreadOrDropsTheResultOnceItI
         }
         QTemporaryDir dir;
         // Slow enough for the receiver to go before the result is posted.
-        const QString script =
-            (kind == GoneBeforeThePost ? QStringLiteral("sleep 0.3; ") : QString()) +
-            QStringLiteral("touch ran; echo hello; exit 3");
+        const QString script = (kind == GoneBeforeThePost ? u"sleep 0.3; "_s : QString()) +
+                               u"touch ran; echo hello; exit 3"_s;
         struct Delivered {
             std::atomic<int> calls{0};
             std::atomic<QThread*> thread{nullptr};
             util::ProgramResult result;
         };
         auto delivered = std::make_shared<Delivered>();
-        const qint64 tid =
-            util::RunProgramOnThread({QStringLiteral("sh"), QStringLiteral("-c"), script},
-                                     dir.path(), kind == None ? nullptr : receiver.get(),
-                                     [delivered](const util::ProgramResult& result) {
-                                         delivered->result = result;
-                                         delivered->thread = QThread::currentThread();
-                                         ++delivered->calls;
-                                     });
+        const qint64 tid = util::RunProgramOnThread(
+            {u"sh"_s, u"-c"_s, script}, dir.path(), kind == None ? nullptr : receiver.get(),
+            [delivered](const util::ProgramResult& result) {
+                delivered->result = result;
+                delivered->thread = QThread::currentThread();
+                ++delivered->calls;
+            });
         if (kind == GoneBeforeThePost)
             receiver.reset();
         ASSERT_TRUE(WaitForThreadEnd(tid));
@@ -317,70 +313,56 @@ TEST(RunProgramOnThreadTest, DeliversOnTheReceiversThreadOrDropsTheResultOnceItI
             ASSERT_TRUE(util::WaitForObject([&] { return delivered->calls > 0; }, 30));
             EXPECT_EQ(delivered->thread.load(), expected);
             EXPECT_EQ(delivered->result.exitCode, 3);
-            EXPECT_EQ(delivered->result.output, QStringLiteral("hello\n"));
+            EXPECT_EQ(delivered->result.output, u"hello\n"_s);
         } else {
             receiver.reset(); // posted by now, not yet delivered
             QCoreApplication::sendPostedEvents();
             QCoreApplication::processEvents();
         }
         EXPECT_EQ(delivered->calls, kind == OnMainThread || kind == OnOwnThread ? 1 : 0);
-        EXPECT_TRUE(QFileInfo::exists(dir.filePath(QStringLiteral("ran")))); // it ran all the same
-        EXPECT_EQ(log.Lines(),
-                  QStringList(QStringLiteral("RunProgram (Thread ID %1): RunProgramOnThreadFnct "
-                                             "Cmd sh -c %2 - Workdir: %3")
-                                  .arg(tid)
-                                  .arg(script, dir.path())));
+        EXPECT_TRUE(QFileInfo::exists(dir.filePath(u"ran"_s))); // it ran all the same
+        EXPECT_EQ(log.Lines(), QStringList(u"RunProgram (Thread ID %1): RunProgramOnThreadFnct "
+                                           "Cmd sh -c %2 - Workdir: %3"_s.arg(tid)
+                                               .arg(script, dir.path())));
         receiverThread.quit();
         receiverThread.wait();
     }
 }
 
-// xdg-mime and the applications folder as a desktop would have them, made up by the test: the
-// same entry at the top and in a subfolder.
-class FakeDesktop {
-public:
-    FakeDesktop(const QString& answer, const QByteArray& entry) {
-        const QString bin = m_dir.filePath(QStringLiteral("bin"));
-        const QString apps = QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation);
-        m_entries = QStringList{apps + QStringLiteral("/fake-editor.desktop"),
-                                apps + QStringLiteral("/fake/nested.desktop")};
-        m_ok = QDir().mkpath(bin) && QDir().mkpath(apps + QStringLiteral("/fake")) &&
-               MakeScript(
-                   bin + QStringLiteral("/xdg-mime"),
-                   QStringLiteral("echo \"$@\" > '%1'\necho '%2'\n").arg(QueryRecord(), answer)) &&
-               testutil::WriteAll(m_entries[0], entry) && testutil::WriteAll(m_entries[1], entry);
-        m_oldPath = qgetenv("PATH");
-        qputenv("PATH", QFile::encodeName(bin) + ':' + m_oldPath);
+// Puts a folder first in PATH while it lives.
+struct PathFirst {
+    explicit PathFirst(const QString& folder) : old(qgetenv("PATH")) {
+        qputenv("PATH", QFile::encodeName(folder) + ':' + old);
     }
-    ~FakeDesktop() {
-        qputenv("PATH", m_oldPath);
-        for (const QString& entry : m_entries)
-            QFile::remove(entry);
-    }
-    bool Ok() const { return m_ok; }
-    QString QueryRecord() const { return m_dir.filePath(QStringLiteral("query")); }
-
-private:
-    QTemporaryDir m_dir;
-    QByteArray m_oldPath;
-    QStringList m_entries;
-    bool m_ok = false;
+    ~PathFirst() { qputenv("PATH", old); }
+    const QByteArray old;
 };
 
 // The file's path comes after the script's own name, as "$1".
 QStringList ShellEditor(const char* script) {
-    return Shell(script) << QStringLiteral("sh");
+    return Shell(script) << u"sh"_s;
 }
 
 TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
     QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("notes.txt"));
+    const QString file = dir.filePath(u"notes.txt"_s);
     const QByteArray first = "first line\n";
-    // The desktop's choice runs the entry's own Exec line, not an action's.
-    const QString editor = dir.filePath(QStringLiteral("my editor"));
-    ASSERT_TRUE(MakeScript(editor, QStringLiteral("echo \"$1 $2\" >> \"$2\"\n")));
-    const QByteArray entry = "[Desktop Entry]\nName=Fake\nExec=\"" + editor.toUtf8() +
-                             "\" --edit %f\n[Desktop Action new]\nExec=wrong %f\n";
+    const QString editor = dir.filePath(u"my editor"_s);
+    ASSERT_TRUE(MakeScript(editor, u"echo \"$1 $2\" >> \"$2\"\n"_s));
+    const QByteArray entry = "[Desktop Entry]\nExec=\"" + editor.toUtf8() + "\" --edit %f\n";
+    const QByteArray edited = first + "--edit " + file.toUtf8() + "\n";
+    // xdg-mime and the applications folder as a desktop would have them, made up by the test:
+    // the same entry at the top and in a subfolder; xdg-mime records what it was asked and names
+    // the row's entry.
+    const QString bin = dir.filePath(u"bin"_s), query = dir.filePath(u"query"_s),
+                  answer = dir.filePath(u"answer"_s),
+                  apps = QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation);
+    ASSERT_TRUE(QDir().mkpath(bin) && QDir().mkpath(apps + u"/fake"_s));
+    ASSERT_TRUE(
+        MakeScript(bin + u"/xdg-mime"_s, u"echo \"$@\" > '%1'\ncat '%2'\n"_s.arg(query, answer)));
+    ASSERT_TRUE(testutil::WriteAll(apps + u"/fake-editor.desktop"_s, entry) &&
+                testutil::WriteAll(apps + u"/fake/nested.desktop"_s, entry));
+    const PathFirst path(bin);
     const struct {
         const char* name;
         std::optional<QStringList> editor; // the path is added at the end; none: ask the desktop
@@ -396,14 +378,12 @@ TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
         {"deletes it", ShellEditor("rm \"$1\""), "", util::kFileChanged, {}},
         {"runs in the file's folder", ShellEditor("pwd > \"$1\""), "", util::kFileChanged,
          QFileInfo(dir.path()).canonicalFilePath().toUtf8() + "\n"},
-        {"cannot start", QStringList{dir.filePath(QStringLiteral("no-editor"))}, "",
-         util::kStartFailed, first},
+        {"cannot start", QStringList{dir.filePath(u"no-editor"_s)}, "", util::kStartFailed, first},
         {"none given", QStringList(), "", util::kNoAssociatedProgram, first},
-        {"associated", std::nullopt, "fake-editor.desktop", util::kFileChanged,
-         first + "--edit " + file.toUtf8() + "\n"},
+        {"associated", std::nullopt, "fake-editor.desktop", util::kFileChanged, edited},
         // An id's dashes may stand for subfolders; a slash in it names no entry.
         {"associated, in a subfolder", std::nullopt, "fake-nested.desktop", util::kFileChanged,
-         first + "--edit " + file.toUtf8() + "\n"},
+         edited},
         {"id with a slash", std::nullopt, "fake/nested.desktop", util::kNoAssociatedProgram, first},
         {"nothing associated", std::nullopt, "", util::kNoAssociatedProgram, first},
         {"entry missing", std::nullopt, "missing.desktop", util::kNoAssociatedProgram, first},
@@ -411,8 +391,8 @@ TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         ASSERT_TRUE(testutil::WriteAll(file, first));
-        FakeDesktop desktop(QString::fromUtf8(c.associated), entry);
-        ASSERT_TRUE(desktop.Ok());
+        ASSERT_TRUE(testutil::WriteAll(answer, c.associated + QByteArray("\n")));
+        QFile::remove(query);
         LogCapture log;
         QObject receiver;
         auto result = std::make_shared<std::atomic<int>>(-100);
@@ -424,63 +404,59 @@ TEST(EditFileOnThreadTest, ReportsWhetherTheEditorChangedTheFile) {
         EXPECT_EQ(*result, c.expected);
         EXPECT_EQ(testutil::ReadAll(file), c.content);
         // The desktop is asked only when no editor is given.
-        EXPECT_EQ(testutil::ReadAll(desktop.QueryRecord()),
-                  c.editor ? "" : "query default text/plain\n");
-        EXPECT_EQ(log.Lines(), QStringList(QStringLiteral("EditFile (Thread ID %1): "
-                                                          "EditFileThreadFnct file %2")
-                                               .arg(tid)
-                                               .arg(file)));
+        EXPECT_EQ(testutil::ReadAll(query), c.editor ? "" : "query default text/plain\n");
+        EXPECT_EQ(log.Lines(),
+                  QStringList(
+                      u"EditFile (Thread ID %1): EditFileThreadFnct file %2"_s.arg(tid).arg(file)));
     }
 }
 
+// Every entry is read below a comment and another group with an Exec key of its own.
 TEST(DesktopEntryTest, ExpandsTheExecLine) {
+    const QByteArray head = "# made by hand\n[Other]\nExec=wrong\n[Desktop Entry]\n";
     const struct {
         const char* name;
-        QByteArray entry;
+        QByteArray entry;    // after the head
         QStringList command; // "<path>" and "<entry>" stand for the file and the entry file
     } cases[] = {
-        {"file list", "[Desktop Entry]\nExec=gedit %U\n", {"gedit", "<path>"}},
+        {"file list", "Exec=gedit %U\n", {"gedit", "<path>"}},
         {"quoted program",
-         "[Desktop Entry]\nExec=\"/opt/my app/edit\" --new %f\n",
+         "Exec=\"/opt/my app/edit\" --new %f\n",
          {"/opt/my app/edit", "--new", "<path>"}},
-        {"no file code", "[Desktop Entry]\nExec=edit  -w\n", {"edit", "-w", "<path>"}},
+        {"no file code", "Exec=edit  -w\n", {"edit", "-w", "<path>"}},
         {"name, icon and entry",
-         "[Desktop Entry]\nName=Editor\nIcon=ed\nExec=edit --title=%c %i %k %F\n",
+         "Name=Editor\nIcon=ed\nExec=edit --title=%c %i %k %F\n",
          {"edit", "--title=Editor", "--icon", "ed", "<entry>", "<path>"}},
-        {"icon code without an icon", "[Desktop Entry]\nExec=edit %i %f\n", {"edit", "<path>"}},
-        {"percent and deprecated codes",
-         "[Desktop Entry]\nExec=edit 100%% %d %m %f\n",
-         {"edit", "100%", "<path>"}},
+        {"icon code without an icon", "Exec=edit %i %f\n", {"edit", "<path>"}},
+        {"percent and deprecated codes", "Exec=edit 100%% %d %m %f\n", {"edit", "100%", "<path>"}},
         {"escapes of values and of quoting",
-         "[Desktop Entry]\nExec=printf \"a\\\\\\\\b\\\\\"c\\\\$\" %f\n",
+         "Exec=printf \"a\\\\\\\\b\\\\\"c\\\\$\" %f\n",
          {"printf", "a\\b\"c$", "<path>"}},
-        {"blank as an escape", "[Desktop Entry]\nExec=\"my\\sedit\" %f\n", {"my edit", "<path>"}},
+        {"blank as an escape", "Exec=\"my\\sedit\" %f\n", {"my edit", "<path>"}},
         {"comments, spaces and other groups",
-         "# made by hand\n[Other]\nExec=wrong\n[Desktop Entry]\n# Exec=commented\n"
-         "Exec[de]=falsch %f\nExec = right %u\n[Desktop Action x]\nExec=action\n",
+         "# Exec=commented\nExec[de]=falsch %f\nExec = right %u\n[Desktop Action x]\nExec=action\n",
          {"right", "<path>"}},
-        {"no exec key", "[Desktop Entry]\nName=Nothing\n", {}},
-        {"needs a terminal", "[Desktop Entry]\nExec=vim %f\nTerminal=true\n", {}},
+        {"no exec key", "Name=Nothing\n", {}},
+        {"needs a terminal", "Exec=vim %f\nTerminal=true\n", {}},
     };
     QTemporaryDir dir;
-    const QString entry = dir.filePath(QStringLiteral("app.desktop"));
-    const QString path = QStringLiteral("/home/u/my survey.qes");
+    const QString entry = dir.filePath(u"app.desktop"_s);
+    const QString path = u"/home/u/my survey.qes"_s;
     for (const auto& c : cases) {
-        ASSERT_TRUE(testutil::WriteAll(entry, c.entry));
+        ASSERT_TRUE(testutil::WriteAll(entry, head + c.entry));
         QStringList expected = c.command;
-        expected.replaceInStrings(QStringLiteral("<path>"), path);
-        expected.replaceInStrings(QStringLiteral("<entry>"), entry);
+        expected.replaceInStrings(u"<path>"_s, path);
+        expected.replaceInStrings(u"<entry>"_s, entry);
         EXPECT_EQ(util::DesktopEntryCommand(entry, path), expected) << c.name;
     }
-    EXPECT_EQ(util::DesktopEntryCommand(dir.filePath(QStringLiteral("none.desktop")), path),
-              QStringList());
+    EXPECT_EQ(util::DesktopEntryCommand(dir.filePath(u"none.desktop"_s), path), QStringList());
 }
 
 TEST(ThreadLogTest, PassesOnOnlyWhatDiffersFromTheThreadsLastMessage) {
     LogCapture log;
     util::ThreadLog& threadLog = util::ThreadLog::Instance();
     const QString main = util::ThreadLog::CurrentThreadLabel();
-    EXPECT_EQ(main, QStringLiteral("Thread ID %1").arg(util::ThreadLog::CurrentThreadId()));
+    EXPECT_EQ(main, u"Thread ID %1"_s.arg(util::ThreadLog::CurrentThreadId()));
 
     for (const char* message : {"one", "one", "two", "", "two", "two"})
         threadLog.Log(QString::fromUtf8(message));
@@ -491,16 +467,16 @@ TEST(ThreadLogTest, PassesOnOnlyWhatDiffersFromTheThreadsLastMessage) {
     std::unique_ptr<QThread> worker(QThread::create([&] {
         workerLabel = util::ThreadLog::CurrentThreadLabel();
         workerId = util::ThreadLog::CurrentThreadId();
-        for (const QString& message : {QStringLiteral("two"), QStringLiteral("two"), QString()})
+        for (const QString& message : {u"two"_s, u"two"_s, QString()})
             util::ThreadLog::Instance().Log(message);
     }));
-    worker->setObjectName(QStringLiteral("Named"));
+    worker->setObjectName(u"Named"_s);
     worker->start();
     ASSERT_TRUE(worker->wait(30000));
     threadLog.Log(QString());
 
     EXPECT_NE(workerId, util::ThreadLog::CurrentThreadId());
-    EXPECT_EQ(workerLabel, QStringLiteral("Named (Thread ID %1)").arg(workerId));
+    EXPECT_EQ(workerLabel, u"Named (Thread ID %1)"_s.arg(workerId));
     EXPECT_EQ(log.Lines(),
               QStringList({main + ": one", main + ": two", main + ": two", workerLabel + ": two"}));
 }
