@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using util::AnsiCodePage;
 
 namespace {
@@ -16,13 +18,11 @@ namespace {
 class AnsiCodePageTest : public ::testing::Test {
 protected:
     void TearDown() override {
-        QSettings(QStringLiteral("Halvard Quist"), QStringLiteral("Translator"))
-            .remove(QStringLiteral("Settings/AnsiCodePage"));
+        QSettings(u"Halvard Quist"_s, u"Translator"_s).remove(u"Settings/AnsiCodePage"_s);
         AnsiCodePage::Reset();
     }
     static void SetSetting(const QVariant& value) {
-        QSettings(QStringLiteral("Halvard Quist"), QStringLiteral("Translator"))
-            .setValue(QStringLiteral("Settings/AnsiCodePage"), value);
+        QSettings(u"Halvard Quist"_s, u"Translator"_s).setValue(u"Settings/AnsiCodePage"_s, value);
         AnsiCodePage::Reset();
     }
 };
@@ -34,22 +34,22 @@ struct Sample {
 };
 
 const Sample kSamples[] = {
-    {874, QStringLiteral(u"ก"), "\xA1"},
-    {932, QStringLiteral(u"日本"), "\x93\xFA\x96\x7B"},
+    {874, u"ก"_s, "\xA1"},
+    {932, u"日本"_s, "\x93\xFA\x96\x7B"},
     // Long enough to cross the conversion's chunks.
     {932, QString(70000, QChar(0x65E5)), QByteArray("\x93\xFA").repeated(70000)},
-    {936, QStringLiteral(u"中文"), "\xD6\xD0\xCE\xC4"},
-    {949, QStringLiteral(u"한"), "\xC7\xD1"},
-    {950, QStringLiteral(u"中"), "\xA4\xA4"},
-    {1250, QStringLiteral(u"ř"), "\xF8"},
-    {1251, QStringLiteral(u"Ж"), "\xC6"},
-    {1252, QStringLiteral(u"€é"), "\x80\xE9"},
-    {1253, QStringLiteral(u"Ω"), "\xD9"},
-    {1254, QStringLiteral(u"ş"), "\xFE"},
-    {1255, QStringLiteral(u"א"), "\xE0"},
-    {1256, QStringLiteral(u"ع"), "\xDA"},
-    {1257, QStringLiteral(u"ą"), "\xE0"},
-    {1258, QStringLiteral(u"₫"), "\xFE"},
+    {936, u"中文"_s, "\xD6\xD0\xCE\xC4"},
+    {949, u"한"_s, "\xC7\xD1"},
+    {950, u"中"_s, "\xA4\xA4"},
+    {1250, u"ř"_s, "\xF8"},
+    {1251, u"Ж"_s, "\xC6"},
+    {1252, u"€é"_s, "\x80\xE9"},
+    {1253, u"Ω"_s, "\xD9"},
+    {1254, u"ş"_s, "\xFE"},
+    {1255, u"א"_s, "\xE0"},
+    {1256, u"ع"_s, "\xDA"},
+    {1257, u"ą"_s, "\xE0"},
+    {1258, u"₫"_s, "\xFE"},
 };
 
 TEST_F(AnsiCodePageTest, ConvertsBothWaysAndMarksUnmappablesInEveryCodePage) {
@@ -73,12 +73,12 @@ TEST_F(AnsiCodePageTest, ConvertsBothWaysAndMarksUnmappablesInEveryCodePage) {
         EXPECT_FALSE(AnsiCodePage::IcuName(quint32(codePage)).isEmpty());
         QByteArray bytes;
         // A Deseret letter (one code point, two UTF-16 units) exists in no ANSI code page.
-        ASSERT_TRUE(AnsiCodePage::FromUnicode(QStringLiteral(u"a\U00010400b"), codePage, bytes));
+        ASSERT_TRUE(AnsiCodePage::FromUnicode(u"a\U00010400b"_s, codePage, bytes));
         EXPECT_EQ(bytes, QByteArray("a#b"));
     }
     QByteArray bytes;
     EXPECT_TRUE(AnsiCodePage::IcuName(4711).isEmpty());
-    EXPECT_FALSE(AnsiCodePage::FromUnicode(QStringLiteral("a"), 4711, bytes));
+    EXPECT_FALSE(AnsiCodePage::FromUnicode(u"a"_s, 4711, bytes));
 }
 
 TEST_F(AnsiCodePageTest, OverrideBeatsSettingWhichBeatsLocale) {
@@ -94,12 +94,12 @@ TEST_F(AnsiCodePageTest, OverrideBeatsSettingWhichBeatsLocale) {
     EXPECT_EQ(AnsiCodePage::Current(), 932u);
     EXPECT_EQ(AnsiCodePage::IcuName(AnsiCodePage::kSystem), AnsiCodePage::IcuName(932));
     QByteArray bytes;
-    ASSERT_TRUE(AnsiCodePage::FromUnicode(QStringLiteral(u"日"), AnsiCodePage::kSystem, bytes));
+    ASSERT_TRUE(AnsiCodePage::FromUnicode(u"日"_s, AnsiCodePage::kSystem, bytes));
     EXPECT_EQ(bytes, QByteArray("\x93\xFA"));
 
     AnsiCodePage::Reset();
     EXPECT_EQ(AnsiCodePage::Current(), 1251u);
-    for (const QVariant& unusable : {QVariant(QStringLiteral("cyrillic")), QVariant(4711)}) {
+    for (const QVariant& unusable : {QVariant(u"cyrillic"_s), QVariant(4711)}) {
         SetSetting(unusable);
         EXPECT_EQ(AnsiCodePage::Current(), fromLocale);
     }

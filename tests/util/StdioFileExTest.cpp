@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using testutil::Utf16Le;
 using util::AnsiCodePage;
 
@@ -23,13 +25,13 @@ protected:
     void TearDown() override { AnsiCodePage::Reset(); }
 
     QString Write(const QByteArray& bytes) {
-        const QString path = m_dir.filePath(QStringLiteral("f%1.txt").arg(++m_count));
+        const QString path = m_dir.filePath(u"f%1.txt"_s.arg(++m_count));
         EXPECT_TRUE(testutil::WriteAll(path, bytes));
         return path;
     }
-    static QStringList ReadLines(const QString& path, quint32 flags = CStdioFileEx::typeText) {
+    static QStringList ReadLines(const QString& path) {
         CStdioFileEx file;
-        EXPECT_TRUE(file.Open(path, flags));
+        EXPECT_TRUE(file.Open(path, CStdioFileEx::typeText));
         QStringList lines;
         QString line;
         while (file.ReadString(line))
@@ -55,17 +57,12 @@ TEST_F(StdioFileExTest, ReadStringCutsLineEnds) {
         {"ansi lf, no end", "one\ntwo", {"one", "two"}},
         {"ansi lone cr", "a\rb\nlast\r", {"a\rb", "last"}},
         {"ansi empty lines", "\n\nx\n", {"", "", "x"}},
-        {"ansi code page", "caf\xE9\r\n", {QStringLiteral(u"café")}},
-        {"ansi double-byte code page",
-         "\x93\xFA\x96\x7B\r\n\x93\xFA",
-         {QStringLiteral(u"日本"), QStringLiteral(u"日")},
-         932},
-        {"utf16 crlf", Utf16Le(QStringLiteral("one\r\ntwo\r\n")), {"one", "two"}},
-        {"utf16 lf and lone cr", Utf16Le(QStringLiteral("a\rb\n\nlast\r")), {"a\rb", "", "last"}},
+        {"ansi code page", "caf\xE9\r\n", {u"café"_s}},
+        {"ansi double-byte code page", "\x93\xFA\x96\x7B\r\n\x93\xFA", {u"日本"_s, u"日"_s}, 932},
+        {"utf16 crlf", Utf16Le(u"one\r\ntwo\r\n"_s), {"one", "two"}},
+        {"utf16 lf and lone cr", Utf16Le(u"a\rb\n\nlast\r"_s), {"a\rb", "", "last"}},
         // Units whose low or high byte is 0x0A are not line ends.
-        {"utf16 0x0A bytes",
-         Utf16Le(QStringLiteral(u"\u010A\u0A41\r\nz")),
-         {QStringLiteral(u"\u010A\u0A41"), "z"}},
+        {"utf16 0x0A bytes", Utf16Le(u"\u010A\u0A41\r\nz"_s), {u"\u010A\u0A41"_s, "z"}},
         {"utf16 long", Utf16Le(longLine + "\r\nend"), {longLine, "end"}},
         {"mark only", "\xFF\xFE", {}},
         {"empty", "", {}},
@@ -79,7 +76,7 @@ TEST_F(StdioFileExTest, ReadStringCutsLineEnds) {
 
 TEST_F(StdioFileExTest, OnlyTextReadingWithoutCreateLooksForTheMark) {
     using F = CStdioFileEx;
-    const QByteArray marked = Utf16Le(QStringLiteral("ab"));
+    const QByteArray marked = Utf16Le(u"ab"_s);
     const struct {
         QByteArray bytes;
         quint32 flags;
@@ -105,25 +102,25 @@ TEST_F(StdioFileExTest, OnlyTextReadingWithoutCreateLooksForTheMark) {
         EXPECT_EQ(file.m_openFlags, c.finalFlags);
         EXPECT_EQ(file.CountCharacters(), c.unicode ? (c.bytes.size() - 2) / 2 : c.bytes.size());
     }
-    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(m_dir.filePath(QStringLiteral("missing"))));
+    EXPECT_FALSE(CStdioFileEx::HasUtf16Mark(m_dir.filePath(u"missing"_s)));
     EXPECT_EQ(CStdioFileEx().CountCharacters(), 0);
 }
 
 TEST_F(StdioFileExTest, WritesUtf16WithOneMarkAndAnsiWithOneBytePerCharacter) {
     using F = CStdioFileEx;
-    const QString unicode = m_dir.filePath(QStringLiteral("out.txt"));
+    const QString unicode = m_dir.filePath(u"out.txt"_s);
     {
         CStdioFileEx file(unicode, F::modeCreate | F::modeWrite | F::modeUnicodeWrite);
-        file.WriteString(QStringLiteral("a\u00E9"));
-        file.WriteString(QStringLiteral("\r\n"));
+        file.WriteString(u"a\u00E9"_s);
+        file.WriteString(u"\r\n"_s);
     }
     {
         CStdioFileEx file(unicode, F::modeWrite | F::modeUnicodeWrite);
         ASSERT_TRUE(file.SeekToEnd());
-        file.WriteString(QStringLiteral("z"));
+        file.WriteString(u"z"_s);
     }
-    EXPECT_EQ(testutil::ReadAll(unicode), Utf16Le(QStringLiteral("a\u00E9\r\nz")));
-    EXPECT_EQ(ReadLines(unicode), QStringList({QStringLiteral(u"aé"), QStringLiteral("z")}));
+    EXPECT_EQ(testutil::ReadAll(unicode), Utf16Le(u"a\u00E9\r\nz"_s));
+    EXPECT_EQ(ReadLines(unicode), QStringList({u"aé"_s, u"z"_s}));
 
     // ANSI text takes one byte per character.
     struct {
@@ -131,9 +128,9 @@ TEST_F(StdioFileExTest, WritesUtf16WithOneMarkAndAnsiWithOneBytePerCharacter) {
         QString text;
         QByteArray bytes;
     } const cases[] = {
-        {1252, QStringLiteral(u"café 日本\n"), "caf\xE9 ##\n"},
-        {1252, QStringLiteral(u"e\u0301!"), "\xE9!"},     // composed first, never padded
-        {932, QStringLiteral(u"日本語"), "\x93\xFA\x96"}, // cut at the character count
+        {1252, u"café 日本\n"_s, "caf\xE9 ##\n"},
+        {1252, u"e\u0301!"_s, "\xE9!"},     // composed first, never padded
+        {932, u"日本語"_s, "\x93\xFA\x96"}, // cut at the character count
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.codePage);
@@ -150,17 +147,15 @@ TEST_F(StdioFileExTest, WritesUtf16WithOneMarkAndAnsiWithOneBytePerCharacter) {
 // A missing file, folder or path fails with the reason, and the loader reports it only when
 // asked; opening for writing without create neither creates nor empties a file.
 TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
-    const QString missing = m_dir.filePath(QStringLiteral("missing.txt"));
+    const QString missing = m_dir.filePath(u"missing.txt"_s);
     CStdioFileEx file;
     QString notFound;
     EXPECT_FALSE(file.Open(missing, CStdioFileEx::modeWrite, &notFound));
-    EXPECT_TRUE(notFound.contains(QStringLiteral("missing.txt was not found")))
-        << notFound.toStdString();
+    EXPECT_TRUE(notFound.contains(u"missing.txt was not found"_s)) << notFound.toStdString();
     EXPECT_FALSE(QFile::exists(missing));
     QString error;
-    EXPECT_FALSE(file.Open(m_dir.filePath(QStringLiteral("no/such/dir.txt")),
-                           CStdioFileEx::modeRead, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("incorrect path"))) << error.toStdString();
+    EXPECT_FALSE(file.Open(m_dir.filePath(u"no/such/dir.txt"_s), CStdioFileEx::modeRead, &error));
+    EXPECT_TRUE(error.contains(u"incorrect path"_s)) << error.toStdString();
     EXPECT_THROW(CStdioFileEx(missing, CStdioFileEx::typeText), CFileException);
 
     util::RecordedMessages sink;
@@ -182,12 +177,12 @@ TEST_F(StdioFileExTest, OpenFailuresAndAccess) {
 
     // A null path is refused, an empty one taken.
     EXPECT_THROW(file.SetFilePath(QString()), std::invalid_argument);
-    file.SetFilePath(QStringLiteral(""));
+    file.SetFilePath(u""_s);
     EXPECT_TRUE(file.GetFilePath().isEmpty());
 }
 
 TEST_F(StdioFileExTest, StaticConvertersIncludeTheTerminator) {
-    const QString text = QStringLiteral(u"Ωa");
+    const QString text = u"Ωa"_s;
     char bytes[8] = {};
     EXPECT_EQ(CStdioFileEx::WideToAnsi(text.constData(), bytes, 8, 1253), 3);
     EXPECT_EQ(QByteArray(bytes, 3), QByteArray("\xD9\x61", 3));
@@ -200,7 +195,7 @@ TEST_F(StdioFileExTest, StaticConvertersIncludeTheTerminator) {
     AnsiCodePage::SetCurrent(1251);
     QChar wide[4] = {};
     ASSERT_TRUE(CStdioFileEx::AnsiToWide("\xC6z", wide, 4, AnsiCodePage::kSystem));
-    EXPECT_EQ(QString(wide), QStringLiteral(u"Жz"));
+    EXPECT_EQ(QString(wide), u"Жz"_s);
     EXPECT_EQ(wide[2], QChar(0));
     EXPECT_FALSE(CStdioFileEx::AnsiToWide("\xC6z", wide, 2, 1251));
     EXPECT_FALSE(CStdioFileEx::AnsiToWide("a", nullptr, 4, 1251));
@@ -223,15 +218,14 @@ QByteArray Unmarked(int bytes) {
 TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
     const QString body(60, QLatin1Char('x'));
     const LoadCase cases[] = {
-        {"marked utf16", Utf16Le(QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body), true,
-         QStringLiteral(u"h\u00E9llo \u65E5\r\n") + body},
-        {"marked, zero early", Utf16Le(QStringLiteral("ab") + QChar(0) + body), false, "ab"},
+        {"marked utf16", Utf16Le(u"h\u00E9llo \u65E5\r\n"_s + body), true,
+         u"h\u00E9llo \u65E5\r\n"_s + body},
+        {"marked, zero early", Utf16Le(u"ab"_s + QChar(0) + body), false, "ab"},
         {"marked, odd length", QByteArray("\xFF\xFE\x41\x00\x42", 5), true, "AB"},
-        {"marked, zero near the end", Utf16Le(body + QChar(0) + QStringLiteral("tail")), true,
-         body},
+        {"marked, zero near the end", Utf16Le(body + QChar(0) + u"tail"_s), true, body},
         {"mark only", "\xFF\xFE", true, ""},
-        {"ansi", QByteArray("caf\xE9 ") + body.toLatin1(), true, QStringLiteral(u"café ") + body},
-        {"ansi, current code page", "\xD6\xD0\xCE\xC4", true, QStringLiteral(u"中文"), 936},
+        {"ansi", QByteArray("caf\xE9 ") + body.toLatin1(), true, u"café "_s + body},
+        {"ansi, current code page", "\xD6\xD0\xCE\xC4", true, u"中文"_s, 936},
         {"empty", "", true, ""},
         // Each unmarked file reads as "a"; it needs (bytes / 2) - 20 characters.
         {"unmarked 38 bytes", Unmarked(38), true, "a"},
@@ -244,7 +238,7 @@ TEST_F(TextFileTest, DecodesAndJudgesPlausibility) {
         SCOPED_TRACE(c.name);
         AnsiCodePage::SetCurrent(c.codePage);
         const QString path = Write(c.bytes);
-        QString text = QStringLiteral("stale");
+        QString text = u"stale"_s;
         EXPECT_EQ(util::LoadTextFile(path, text, false), c.plausible);
         EXPECT_EQ(text, c.text);
         // The reader that streams large files gives the same answer and, read in small
