@@ -24,6 +24,7 @@ using campaign::MigrateDatabase;
 using campaign::ParseVersion;
 using campaign::Version;
 using testutil::Rows;
+using util::sql::ColumnType;
 using util::sql::Connection;
 using util::sql::Dialect;
 
@@ -104,14 +105,14 @@ QString EngineType(const QString& code, Dialect dialect) {
                : QString::fromLatin1(server).replace(QLatin1String("%1"), code.mid(1));
 }
 
-int Count(Connection& db, const QString& table) {
-    const QStringList rows =
-        Rows(db, QStringLiteral("SELECT COUNT(*) FROM %1").arg(db.Quote(table)));
-    return rows.isEmpty() ? -1 : rows[0].toInt();
+QString Value(Connection& db, const QString& sql) {
+    return Rows(db, sql).value(0);
 }
-
 QString Value(Connection& db, const char* sql) {
-    return Rows(db, QLatin1String(sql)).value(0);
+    return Value(db, QLatin1String(sql));
+}
+int Count(Connection& db, const QString& table) {
+    return Value(db, QStringLiteral("SELECT COUNT(*) FROM %1").arg(db.Quote(table))).toInt();
 }
 
 // `columns` separated by spaces, names as the engine spells them; a failure is returned rather
@@ -138,39 +139,28 @@ void Exec(Connection& db, const QString& sql) {
 // A wave and two volumes; in volume 1 question 10 with a caption and a matching and response 100
 // with a caption, a matching and a merging into response 200 of question 20 in volume 2. Every
 // version's tables take these rows.
+const char* const kCampaignRows[] = {
+    R"(INSERT INTO "Waves" ("WaveID", "WaveOrder") VALUES (1, 1))",
+    R"(INSERT INTO "Volumes" ("VolumeID", "WaveID", "CaseData") VALUES (1, 1, 'cases'), )"
+    R"((2, 1, NULL))",
+    R"(INSERT INTO "Questions" ("QuestionID", "Order", "QuestionClassID", )"
+    R"("AppearanceVolumeID", "Versions") VALUES (10, 1, 0, 1, 'v1'), (20, 2, 0, 2, NULL))",
+    R"(INSERT INTO "QuestionCaptions" ("QuestionID", "LanguageID", "LongCaption", )"
+    R"("ShortCaption") VALUES (10, 1033, 'Long', 'Short'), (20, 1033, NULL, NULL))",
+    R"(INSERT INTO "QuestionMatchings" ("QuestionID", "VolumeID") VALUES (10, 1), (20, 2))",
+    R"(INSERT INTO "Modalities" ("ModalityID", "QuestionID", "ModalityOrder", )"
+    R"("AppearanceVolumeID") VALUES (100, 10, 1, 1), (200, 20, 1, 2))",
+    R"(INSERT INTO "ModalityCaptions" ("ModalityID", "LanguageID") VALUES (100, 1033), )"
+    R"((200, 1033))",
+    R"(INSERT INTO "ModalityMatchings" ("ModalityID", "QuestionID", "VolumeID") VALUES )"
+    R"((100, 10, 1), (200, 20, 2))",
+    R"(INSERT INTO "ModalityMergings" ("MasterModalityID", "ChildModalityID", )"
+    R"("MergeVolumeID") VALUES (200, 100, 2))",
+    R"(INSERT INTO "Versions" ("VersionID", "ShortCaption") VALUES (1, 'v1'))",
+};
 void InsertCampaign(Connection& db) {
-    const struct {
-        const char* table;
-        const char* columns;
-        QVariantList values;
-    } rows[] = {
-        {"Waves", "WaveID WaveOrder", {1, 1}},
-        {"Volumes", "VolumeID WaveID CaseData", {1, 1, "cases"}},
-        {"Volumes", "VolumeID WaveID", {2, 1}},
-        {"Questions",
-         "QuestionID Order QuestionClassID AppearanceVolumeID Versions",
-         {10, 1, 0, 1, "v1"}},
-        {"Questions", "QuestionID Order QuestionClassID AppearanceVolumeID", {20, 2, 0, 2}},
-        {"QuestionCaptions",
-         "QuestionID LanguageID LongCaption ShortCaption",
-         {10, 1033, "Long", "Short"}},
-        {"QuestionCaptions", "QuestionID LanguageID", {20, 1033}},
-        {"QuestionMatchings", "QuestionID VolumeID", {10, 1}},
-        {"QuestionMatchings", "QuestionID VolumeID", {20, 2}},
-        {"Modalities", "ModalityID QuestionID ModalityOrder AppearanceVolumeID", {100, 10, 1, 1}},
-        {"Modalities", "ModalityID QuestionID ModalityOrder AppearanceVolumeID", {200, 20, 1, 2}},
-        {"ModalityCaptions", "ModalityID LanguageID", {100, 1033}},
-        {"ModalityCaptions", "ModalityID LanguageID", {200, 1033}},
-        {"ModalityMatchings", "ModalityID QuestionID VolumeID", {100, 10, 1}},
-        {"ModalityMatchings", "ModalityID QuestionID VolumeID", {200, 20, 2}},
-        {"ModalityMergings", "MasterModalityID ChildModalityID MergeVolumeID", {200, 100, 2}},
-        {"Versions", "VersionID ShortCaption", {1, "v1"}},
-    };
-    for (const auto& row : rows) {
-        const util::Outcome inserted =
-            Insert(db, QLatin1String(row.table), QLatin1String(row.columns), row.values);
-        ASSERT_TRUE(inserted) << row.table << ": " << inserted.Reason().toStdString();
-    }
+    for (const char* sql : kCampaignRows)
+        Exec(db, QLatin1String(sql));
 }
 
 // The texts a new database lets be empty.
@@ -200,8 +190,7 @@ void ExpectTextRules(Connection& db, const QStringList& alsoEmpty = {}) {
         {"ModalityCaptions", {"LanguageID ModalityID", {7, 100}}},
         {"Languages", {"LanguageID", {7}}},
         {"Versions", {"VersionID", {7}}},
-        {"Tags", {"TagId", {7}}},
-    };
+        {"Tags", {"TagId", {7}}}};
     int texts = 0;
     for (const ExpectedTable& table : kExpected) {
         const QString name = QLatin1String(table.name);
@@ -229,13 +218,12 @@ void ExpectTextRules(Connection& db, const QStringList& alsoEmpty = {}) {
                 EXPECT_EQ(inserted, t.accepted)
                     << named.toStdString() << " with "
                     << (t.text.isNull() ? -1 : t.text.toString().size()) << " characters";
-                if (inserted && !values.isEmpty()) { // the key is free for the next case
-                    Exec(db, QStringLiteral("DELETE FROM %1 WHERE %2 = %3")
-                                 .arg(db.Quote(name), db.Quote(columns.section(' ', 0, 0)),
-                                      values[0].toString()));
-                } else if (inserted) {
-                    Exec(db, QStringLiteral("DELETE FROM %1").arg(db.Quote(name)));
-                }
+                if (inserted) // every key is 7: free it for the next case
+                    Exec(db, QStringLiteral("DELETE FROM %1 WHERE %2")
+                                 .arg(db.Quote(name),
+                                      values.isEmpty()
+                                          ? QStringLiteral("1 = 1")
+                                          : db.Quote(columns.section(' ', 0, 0)) + " = 7"));
             }
         }
     }
@@ -256,6 +244,14 @@ std::string Catalogue(Connection& db) {
         catalogue += testutil::IndexCatalogue(db, table);
     }
     return Lines(catalogue + testutil::RelationCatalogue(db));
+}
+
+// The reason names the failing step, then gives the database's.
+void ExpectFailedIn(const util::Outcome& failed, const char* step) {
+    const QString prefix = QStringLiteral("ADO error %1 - ").arg(QLatin1String(step));
+    EXPECT_FALSE(failed) << step;
+    EXPECT_TRUE(failed.Reason().startsWith(prefix)) << failed.Reason().toStdString();
+    EXPECT_GT(failed.Reason().size(), prefix.size() + 5) << failed.Reason().toStdString();
 }
 
 // The campaign's tables and one more with a column declared twice: the last table fails, after
@@ -287,8 +283,7 @@ protected:
     }
 
     QString Bool(bool value) const {
-        return Sqlite() ? QString::number(value ? 1 : 0)
-                        : (value ? QStringLiteral("true") : QStringLiteral("false"));
+        return Sqlite() ? QString::number(int(value)) : QVariant(value).toString();
     }
 
     int m_count = 0;
@@ -428,9 +423,7 @@ TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNot
     InsertCampaign(m_db);
     // Every table was dropped and made again before the last statement failed; the failure is
     // told under the name of the table's step.
-    const util::Outcome broken = CreateDatabase(m_db, BrokenSchema());
-    EXPECT_TRUE(broken.Reason().startsWith(u"ADO error CBrokenRSAdo::CreateTable - "))
-        << broken.Reason().toStdString();
+    ExpectFailedIn(CreateDatabase(m_db, BrokenSchema()), "CBrokenRSAdo::CreateTable");
     EXPECT_FALSE(m_db.HasTable(QStringLiteral("Broken")));
     EXPECT_EQ(Count(m_db, QStringLiteral("Modalities")), 2);
     EXPECT_EQ(Count(m_db, QStringLiteral("ModalityMergings")), 1);
@@ -464,6 +457,33 @@ TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNot
     ASSERT_TRUE(m_db.Open(m_location));
     for (const ExpectedTable& table : kExpected)
         EXPECT_EQ(Count(m_db, QLatin1String(table.name)), 0) << table.name;
+}
+
+// --- the schema as data ---
+
+TEST(CampaignSchema, TypeCodesMapToColumnKinds) {
+    const struct {
+        int code;
+        ColumnType type;
+    } cases[] = {
+        {1, ColumnType::Boolean}, {3, ColumnType::Integer},  {4, ColumnType::Integer},
+        {7, ColumnType::Real},    {8, ColumnType::DateTime}, {10, ColumnType::Text},
+        {11, ColumnType::Blob},   {12, ColumnType::Text},    {15, ColumnType::Text},
+        {17, ColumnType::Blob},   {0, ColumnType::Integer},  {2, ColumnType::Integer},
+        {9, ColumnType::Integer}, {99, ColumnType::Integer}, {-1, ColumnType::Integer},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(campaign::ColumnTypeOf(c.code), c.type) << "code " << c.code;
+}
+
+TEST(CampaignSchema, NamesAreFoundWithoutRegardToCase) {
+    const campaign::Table* tags = campaign::CampaignSchema().FindTable(QStringLiteral("tags"));
+    ASSERT_NE(tags, nullptr);
+    EXPECT_EQ(tags->name, QStringLiteral("Tags"));
+    // The key is declared "TagId" and its index says "TagID".
+    EXPECT_EQ(tags->ResolveColumn(QStringLiteral("TagID")), QStringLiteral("TagId"));
+    EXPECT_TRUE(tags->ResolveColumn(QStringLiteral("Tag")).isEmpty());
+    EXPECT_EQ(campaign::CampaignSchema().FindTable(QStringLiteral("Tag")), nullptr);
 }
 
 // --- version texts and the steps they plan ---
@@ -666,20 +686,12 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
     }
 }
 
-// The reason names the failing step, then gives the database's.
-void ExpectFailedIn(const util::Outcome& failed, const char* step) {
-    const QString prefix = QStringLiteral("ADO error %1 - ").arg(QLatin1String(step));
-    EXPECT_FALSE(failed) << step;
-    EXPECT_TRUE(failed.Reason().startsWith(prefix)) << failed.Reason().toStdString();
-    EXPECT_GT(failed.Reason().size(), prefix.size() + 5) << failed.Reason().toStdString();
-}
-
 TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
     Connection db;
     Make(db, campaign::SchemaAt(V(5, 2, 3, 6)));
     // Two waves in one place: the unique wave order cannot be made.
-    Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (1, 1)"));
-    Exec(db, QStringLiteral("INSERT INTO \"Waves\" (\"WaveID\", \"WaveOrder\") VALUES (2, 1)"));
+    Exec(db,
+         QStringLiteral(R"(INSERT INTO "Waves" ("WaveID", "WaveOrder") VALUES (1, 1), (2, 1))"));
     ExpectFailedIn(MigrateDatabase(db, QStringLiteral("5.2.3.6")), "CWavesRSAdo::MoveTo5_3_0_1");
     EXPECT_TRUE(db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("AddNoNewQuestions")));
     EXPECT_TRUE(
@@ -769,10 +781,7 @@ TEST(CampaignDatabaseFile, ReplacesAnExistingFileOrLeavesItWholeAndRefusesPlaces
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("old.qew"));
     ASSERT_TRUE(testutil::WriteAll(path, "not a campaign yet"));
-    const util::Outcome failed = CreateDatabase(path, BrokenSchema());
-    EXPECT_FALSE(failed);
-    EXPECT_TRUE(failed.Reason().startsWith(u"ADO error CBrokenRSAdo::CreateTable - "))
-        << failed.Reason().toStdString();
+    ExpectFailedIn(CreateDatabase(path, BrokenSchema()), "CBrokenRSAdo::CreateTable");
     EXPECT_EQ(testutil::ReadAll(path), QByteArray("not a campaign yet"));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("old.qew")})
         << "nothing is left behind";
