@@ -178,20 +178,12 @@ TEST_F(BatchProcessTest, RunsEndWithTheirResultAndWriteOnlyWhatTheyShould) {
         if (r.keeps) {
             EXPECT_EQ(testutil::ReadAll(arguments[0]), before);
         }
-        if (!r.file)
-            continue;
-        const QString file = Path(QLatin1String(r.file));
-        if (!r.holds) {
-            EXPECT_FALSE(QFileInfo::exists(file));
-            continue;
-        }
-        EXPECT_TRUE(testutil::ReadAll(file).contains(r.holds));
-        if (file.endsWith(QLatin1String(".tmx")))
-            EXPECT_EQ(testutil::ReadTmxWithToolkit(file), QString());
-        else
-            EXPECT_EQ(
-                testutil::ValidateXliff(file, arguments.contains("xliff:2.0") ? "2.0" : "1.2"),
-                QString());
+        // The files themselves are checked against the other programs by the XLIFF and TMX
+        // tests; here, that the run chose the right writer.
+        if (r.file && r.holds)
+            EXPECT_TRUE(testutil::ReadAll(Path(QLatin1String(r.file))).contains(r.holds));
+        else if (r.file)
+            EXPECT_FALSE(QFileInfo::exists(Path(QLatin1String(r.file))));
     }
     // What the import and the added languages saved.
     CQuestionnaire q;
@@ -201,12 +193,10 @@ TEST_F(BatchProcessTest, RunsEndWithTheirResultAndWriteOnlyWhatTheyShould) {
     EXPECT_EQ(q.GetLanguage(3).m_id, 3082);
     EXPECT_EQ(q.GetLanguage(4).m_id, 1040);
 
-    ProcessRun run = Translator({u"--help"_s});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(run.out.contains(QLatin1String("importunchanged")));
-    run = Translator({u"--version"_s});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(run.out.startsWith(QLatin1String("Translator ")));
+    // --version is checked on the installed program by the packaging test.
+    const ProcessRun help = Translator({u"--help"_s});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.contains(QLatin1String("importunchanged")));
 }
 
 TEST_F(BatchProcessTest, DictionaryOptions) {

@@ -97,7 +97,6 @@ TEST_P(FailingDiskTest, SaveThatCannotBeCompletedKeepsTheOldFile) {
     const Outcome limited =
         RunProgram(tool, {u"limit"_s, u"1000000"_s, tool, u"bigsave"_s, path, kBigSave});
     EXPECT_EQ(limited.status, 2) << limited.out.toStdString() << limited.err.toStdString();
-    EXPECT_TRUE(limited.out.contains(QLatin1String("failed")));
     keptTheOldFile(limited);
     EXPECT_EQ(QDir(locked).entryList(QDir::Files | QDir::Hidden), filesBefore)
         << "a temporary file was left behind";
@@ -199,10 +198,9 @@ TEST_P(FailingDiskTest, TwoProgramsSavingAtOnceLeaveOneWholeSave) {
     ASSERT_TRUE(first.waitForFinished(120000));
     ASSERT_TRUE(second.waitForFinished(120000));
     QSet<QString> saved;
-    if (first.readAllStandardOutput().contains("saved"))
-        saved.insert(u"first"_s);
-    if (second.readAllStandardOutput().contains("saved"))
-        saved.insert(u"second"_s);
+    for (QProcess* child : {&first, &second})
+        if (child->readAllStandardOutput().contains("saved"))
+            saved.insert(child->arguments().last());
     const CQuestionnaire q = Load(path);
     // Every short caption comes from the same save: one that reported success, or, when the two
     // got in each other's way (packages share their working folder) and both failed, the old
