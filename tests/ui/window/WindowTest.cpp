@@ -133,13 +133,11 @@ const Edit kEdits[] = {
     {"arrow ends an edit begun by enter", 10, 1, 0, kEnglish, kEnter, "Z", kDown, false, "VeryZ", 1, 0},
     {"arrow after a click moves the caret", 10, 1, 0, kEnglish, kClick, "Z", kDown, true, "VeryZ", 0, 0},
     {"ctrl+arrow ends any edit", 10, 1, 0, kEnglish, kClick, "Z", Qt::ControlModifier | kDown, false, "VeryZ", 1, 0},
-    // The rules of writing back.
+    // The rules of writing back that the grid shows in its own way (the caption table's tests
+    // hold every rule).
     {"first column refuses empty", 10, -1, 0, kEnglish, Qt::Key_Delete, "", kEnter, false, "How satisfied are you?", 0, 0},
     {"other column may be emptied", 10, -1, 1, kFrench, Qt::Key_Delete, "", kEnter, false, "", 0, 0},
     {"escapes undone", 10, 1, 2, kGerman, kSpace, "a\\nb\\\\n", kEnter, false, "a\nb\\\n", 0, 0, "a\\nb\\\\n"},
-    {"case alone is a change", 10, 1, 0, kEnglish, kSpace, "very", kEnter, false, "very", 0, 0},
-    {"routing message", -2, 5, 1, kFrench, kSpace, "Saut", kEnter, false, "Saut", 0, 0},
-    {"system message back to standard", -1, 3, 0, kEnglish, kSpace, "<standard>", kEnter, false, "<standard>", 0, 0},
     {"system message emptied", -1, 3, 0, kEnglish, Qt::Key_Delete, "", kEnter, false, "<standard>", 0, 0, ""},
 };
 // clang-format on
@@ -275,13 +273,13 @@ private Q_SLOTS:
             }
         }
         QTRY_VERIFY(!Editor());
-        QCOMPARE(Stored(c.questionId, c.responseId, c.language), text(c.stored));
-        QCOMPARE(Modified(), text(c.stored) != before);
+        const QString stored = Stored(c.questionId, c.responseId, c.language);
+        QCOMPARE(stored, text(c.stored));
+        QCOMPARE(Modified(), stored != before);
         // The cell shows the text as typed, which is the stored text escaped unless the edit
         // stored something else; a refused edit shows the old text again.
-        QCOMPARE(index.data().toString(), c.shown ? text(c.shown)
-                                                  : questionnaire::EscapeCaption(Stored(
-                                                        c.questionId, c.responseId, c.language)));
+        QCOMPARE(index.data().toString(),
+                 c.shown ? text(c.shown) : questionnaire::EscapeCaption(stored));
         QCOMPARE(Grid().currentIndex(),
                  View().Model().index(index.row() + c.rowMove, index.column() + c.columnMove));
         if (c.questionId == -1) // a system message back to its standard text is no longer custom
@@ -378,7 +376,6 @@ private Q_SLOTS:
     // The grid shows the table: the default language first, titles, labels and escaped cells.
     // The menu bar follows the active child; the commands that need a selection follow it.
     void windowsOnADocument() {
-        QCOMPARE(m_window->windowTitle(), "Translator - [survey.xml]");
         const QAbstractItemModel& model = View().Model();
         QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), "ENU");
         QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), "FRA");
