@@ -119,7 +119,9 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     const BatchRun returned = Batch({server, QStringLiteral("saveas:") + back});
     ASSERT_EQ(returned.exitCode, 0) << returned.messages.toStdString();
     EXPECT_EQ(Export(back, dir.filePath(QStringLiteral("back.txt"))), fromFile);
-    // What the questionnaire does not show made the trip too.
+    // What the questionnaire does not show made the trip too; the deleted response stays only if
+    // the store kept it beside the questionnaire. (The campaign questionnaire test checks that it
+    // is written back whole.)
     const vw::CCampaign round = Load(back);
     EXPECT_EQ(round.m_versionNumber, QStringLiteral("5,6,1,0"));
     ASSERT_NE(round.FindModality(12), nullptr);
@@ -193,13 +195,6 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     EXPECT_EQ(saved.FindQuestion(10)->m_userData, QStringLiteral("kept as is"));
     ASSERT_NE(saved.FindLanguage(kGerman), nullptr);
     EXPECT_TRUE(saved.FindLanguage(kEnglish)->m_isDefault);
-    // The deleted response is back as the other program wrote it.
-    const vw::CModality* pear = saved.FindModality(12);
-    ASSERT_NE(pear, nullptr);
-    EXPECT_TRUE(pear->m_isDeleted);
-    EXPECT_EQ(pear->m_userData, QStringLiteral("data 12"));
-    EXPECT_EQ(ResponseCaption(saved, 12, kEnglish), QStringLiteral("Pear"));
-    EXPECT_EQ(ResponseCaption(saved, 12, kFrench), QStringLiteral("Poire"));
 }
 
 // The state a failed "Save As" must leave: the file's bytes, or the server database's tables and

@@ -150,14 +150,13 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
                    "(SELECT COUNT(*) FROM \"QuestionMatchings\")"),
               QStringList{"1|1|4|2"});
     // Caption rows of owners the campaign lacks, which no relation would let in, are skipped.
-    QStringList statements;
+    QStringList statements{
+        QStringLiteral("INSERT INTO \"QuestionCaptions\" (\"QuestionID\", \"LanguageID\", "
+                       "\"LongCaption\") VALUES (999, 1033, 'x')"),
+        QStringLiteral("INSERT INTO \"ModalityCaptions\" (\"ModalityID\", \"QuestionID\", "
+                       "\"LanguageID\", \"ShortCaption\") VALUES (9999, 100, 1033, 'y')")};
     if (!Sqlite())
-        statements.append(QStringLiteral("SET session_replication_role = replica"));
-    statements.append(QStringLiteral("INSERT INTO \"QuestionCaptions\" (\"QuestionID\", "
-                                     "\"LanguageID\", \"LongCaption\") VALUES (999, 1033, 'x')"));
-    statements.append(QStringLiteral("INSERT INTO \"ModalityCaptions\" (\"ModalityID\", "
-                                     "\"QuestionID\", \"LanguageID\", \"ShortCaption\") VALUES "
-                                     "(9999, 100, 1033, 'y')"));
+        statements.prepend(QStringLiteral("SET session_replication_role = replica"));
     ASSERT_TRUE(testutil::Sql(m_location, statements));
     EXPECT_EQ(Load(m_location), Describe(*smaller));
 
