@@ -12,12 +12,7 @@ using testutil::kGerman;
 
 namespace {
 
-struct Row {
-    qint32 q;
-    qint32 r;
-    QString label;
-    bool operator==(const Row&) const = default;
-};
+using Row = std::tuple<qint32, qint32, QString>; // question id, response id, label
 
 std::vector<Row> Rows(const CQuestionnaire& q) {
     CaptionList list;
@@ -172,48 +167,37 @@ TEST(KindFilter, EachSwitchRemovesItsRowsOnly) {
 TEST(VisibilityFilter, WalksForwardThroughHiddenDescendants) {
     const struct {
         const char* name;
-        // id, visible, parent (0 = none), onScreen, onPaper
-        std::vector<std::array<qint32, 5>> questions;
-        std::vector<bool> kept;
+        // id, visible, parent (0 = none), shown (1 on screen, 2 on paper, 3 both)
+        std::vector<std::array<qint32, 4>> questions;
+        const char* kept; // one digit a question
     } cases[] = {
-        {"visible question, shown somewhere", {{1, 1, 0, 1, 0}, {2, 1, 0, 0, 1}}, {true, true}},
-        {"visible but on neither screen nor paper", {{1, 1, 0, 0, 0}}, {false}},
-        {"hidden parent with a visible child", {{1, 0, 0, 1, 1}, {2, 1, 1, 1, 1}}, {true, true}},
-        {"hidden parent without visible child", {{1, 0, 0, 1, 1}, {2, 0, 1, 1, 1}}, {false, false}},
-        {"visible grandchild through a hidden child",
-         {{1, 0, 0, 1, 1}, {2, 0, 1, 1, 1}, {3, 1, 2, 1, 1}},
-         {true, true, true}},
-        {"child placed before its parent does not count",
-         {{2, 1, 1, 1, 1}, {1, 0, 0, 1, 1}},
-         {true, false}},
-        {"grandchild placed before the hidden child is never reached",
-         {{1, 0, 0, 1, 1}, {3, 1, 2, 1, 1}, {2, 0, 1, 1, 1}},
-         {false, true, false}},
-        {"a visible child stops the chain: its children do not matter",
-         {{1, 0, 0, 1, 1}, {2, 1, 1, 1, 1}, {3, 0, 2, 1, 1}},
-         {true, true, false}},
-        {"hidden parent with a visible child still needs screen or paper",
-         {{1, 0, 0, 0, 0}, {2, 1, 1, 1, 1}},
-         {false, true}},
-        {"unrelated visible question later does not help",
-         {{1, 0, 0, 1, 1}, {2, 1, 0, 1, 1}},
-         {false, true}},
-        {"parent id naming no question", {{2, 0, 7, 1, 1}, {3, 1, 2, 1, 1}}, {true, true}},
+        {"visible question, shown somewhere", {{1, 1, 0, 1}, {2, 1, 0, 2}}, "11"},
+        {"visible but on neither screen nor paper", {{1, 1, 0, 0}}, "0"},
+        {"hidden parent with a visible child", {{1, 0, 0, 3}, {2, 1, 1, 3}}, "11"},
+        {"hidden parent without visible child", {{1, 0, 0, 3}, {2, 0, 1, 3}}, "00"},
+        {"grandchild through a hidden child", {{1, 0, 0, 3}, {2, 0, 1, 3}, {3, 1, 2, 3}}, "111"},
+        {"child placed before its parent does not count", {{2, 1, 1, 3}, {1, 0, 0, 3}}, "10"},
+        {"grandchild before the hidden child", {{1, 0, 0, 3}, {3, 1, 2, 3}, {2, 0, 1, 3}}, "010"},
+        {"a visible child ends the chain", {{1, 0, 0, 3}, {2, 1, 1, 3}, {3, 0, 2, 3}}, "110"},
+        {"hidden parent on neither screen nor paper", {{1, 0, 0, 0}, {2, 1, 1, 3}}, "01"},
+        {"unrelated visible question later does not help", {{1, 0, 0, 3}, {2, 1, 0, 3}}, "01"},
+        {"parent id naming no question", {{2, 0, 7, 3}, {3, 1, 2, 3}}, "11"},
     };
     for (const auto& c : cases) {
         CQuestionnaire q;
-        for (const auto& [id, visible, parent, screen, paper] : c.questions) {
+        for (const auto& [id, visible, parent, shown] : c.questions) {
             auto question = std::make_unique<CQuestion>(id, QString::number(id));
             question->m_visible = visible;
             question->m_hasParent = parent != 0;
             question->m_parentId = parent;
-            question->m_shownOnScreen = screen;
-            question->m_shownOnPaper = paper;
+            question->m_shownOnScreen = shown & 1;
+            question->m_shownOnPaper = shown >> 1;
             q.AddQuestion(std::move(question));
         }
         const VisibilityFilter filter(q);
-        for (size_t i = 0; i < c.kept.size(); ++i)
-            EXPECT_EQ(filter.IsKept(int(i)), c.kept[i]) << c.name << ", question index " << i;
+        for (size_t i = 0; i < c.questions.size(); ++i)
+            EXPECT_EQ(filter.IsKept(int(i)), c.kept[i] == '1')
+                << c.name << ", question index " << i;
     }
 }
 
