@@ -10,6 +10,8 @@
 // questionnaire tests.
 namespace varnel_wave::campaigntest {
 
+using namespace Qt::StringLiterals;
+
 inline std::unique_ptr<CQuestionCaption> QuestionCaption(qint32 question, qint32 language,
                                                          const char* longCaption,
                                                          const char* shortCaption) {
@@ -28,15 +30,15 @@ inline std::unique_ptr<CModality> Response(qint32 id, qint32 question, qint32 or
     m->m_questionID = question;
     m->m_modalityOrder = order;
     m->m_value = order + 0.5;
-    m->m_entryCode = QStringLiteral("E%1").arg(id);
+    m->m_entryCode = u"E%1"_s.arg(id);
     m->m_isExclusive = order == 2;
     m->m_rotationBehaviour = 3;
-    m->m_userData = QStringLiteral("data of %1").arg(id);
+    m->m_userData = u"data of %1"_s.arg(id);
     m->m_appearanceVolumeID = 11;
     m->m_deletionWaveID = id % 2 ? 0 : 2;
     m->m_isDeleted = id % 2 == 0;
     m->m_baseType = -7;
-    m->m_tags = QStringLiteral("t%1").arg(id);
+    m->m_tags = u"t%1"_s.arg(id);
     for (const auto& [language, text] : {std::pair{1033, en}, std::pair{1036, fr}}) {
         auto caption = std::make_unique<CModalityCaption>();
         caption->m_modalityID = id;
@@ -49,7 +51,7 @@ inline std::unique_ptr<CModality> Response(qint32 id, qint32 question, qint32 or
     matching->m_modalityID = id;
     matching->m_questionID = question;
     matching->m_volumeID = 11;
-    matching->m_modalitySourceID = QStringLiteral("S%1").arg(id);
+    matching->m_modalitySourceID = u"S%1"_s.arg(id);
     matching->m_startVolumeID = 11;
     matching->m_endVolumeID = 999999999;
     m->AddMatching(std::move(matching));
@@ -60,7 +62,7 @@ inline std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volum
     auto q = std::make_unique<CQuestion>();
     q->m_questionID = id;
     q->m_order = order;
-    q->m_shortcut = QStringLiteral("Q%1").arg(id);
+    q->m_shortcut = u"Q%1"_s.arg(id);
     q->m_indent = 1;
     q->m_elementType = 2;
     q->m_questionType = 3;
@@ -75,18 +77,18 @@ inline std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volum
     q->m_linkQuestionID = 7;
     q->m_dateType = 5;
     q->m_questionClassID = 1;
-    q->m_versions = QStringLiteral("1;2");
+    q->m_versions = u"1;2"_s;
     q->m_isDevelopLevels = id != 200;
     q->m_appearanceVolumeID = volume;
     q->m_isVisibleInAnalyse = id != 200;
-    q->m_tags = QStringLiteral("a,b");
+    q->m_tags = u"a,b"_s;
     // Languages in id order, as they come back.
     q->AddCaption(QuestionCaption(id, 1033, "How old are you?", "Age"));
     q->AddCaption(QuestionCaption(id, 1036, "Quel \xC3\xA2ge avez-vous ?", ""));
     auto matching = std::make_unique<CQuestionMatching>();
     matching->m_questionID = id;
     matching->m_volumeID = volume;
-    matching->m_sourceID = QStringLiteral("SRC%1").arg(id);
+    matching->m_sourceID = u"SRC%1"_s.arg(id);
     matching->m_startVolumeID = volume;
     matching->m_endVolumeID = 999999999;
     q->AddMatching(std::move(matching));
@@ -100,16 +102,16 @@ inline std::unique_ptr<CQuestion> Question(qint32 id, qint32 order, qint32 volum
 // and the captions and responses of question 100 are in the reverse of it.
 inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true, bool sorted = true) {
     auto c = std::make_unique<CCampaign>();
-    c->m_name = QStringLiteral("Panel");
+    c->m_name = u"Panel"_s;
     // A first U+FEFF is a character, which neither engine may take for a byte order mark.
-    c->m_description = QChar(0xFEFF) + QStringLiteral("A panel\nin two waves");
-    c->m_versionNumber = QStringLiteral("5,6,1,0");
+    c->m_description = QChar(0xFEFF) + u"A panel\nin two waves"_s;
+    c->m_versionNumber = u"5,6,1,0"_s;
     for (qint32 w : full || !sorted ? std::vector{1, 2} : std::vector{2, 1}) {
         auto wave = std::make_unique<CWave>();
         wave->m_waveID = w;
         wave->m_waveOrder = full ? w : 3 - w;
-        wave->m_name = QStringLiteral("Wave %1").arg(w);
-        wave->m_description = w == 1 ? QStringLiteral("first") : QString();
+        wave->m_name = u"Wave %1"_s.arg(w);
+        wave->m_description = w == 1 ? u"first"_s : QString();
         wave->m_waveStart = 45000.25 + w;
         wave->m_waveEnd = 45030.5 + w;
         wave->m_waveMidpoint = 45015.75 + w;
@@ -120,23 +122,23 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true, bool sorted = 
                              : std::vector{12, 11, 21}) {
         auto volume = std::make_unique<CVolume>();
         volume->m_volumeID = v;
-        volume->m_name = QStringLiteral("Volume %1").arg(v);
+        volume->m_name = u"Volume %1"_s.arg(v);
         volume->m_waveID = v / 10;
         volume->m_inheritsFromVolumeID = v == 21 ? 11 : 0;
         volume->m_sourceType = 2;
-        volume->m_metaData = QStringLiteral("meta %1").arg(v);
-        volume->m_caseData = QStringLiteral("cases %1").arg(v);
+        volume->m_metaData = u"meta %1"_s.arg(v);
+        volume->m_caseData = u"cases %1"_s.arg(v);
         volume->m_isMatchingStrict = v == 12;
-        volume->m_questionMatchingMethods = QStringLiteral("name");
+        volume->m_questionMatchingMethods = u"name"_s;
         volume->m_isMainVolume = v == 11;
         volume->m_interviewMergeMethod = 1;
         volume->m_mainVolumeLinkQuestionID = 100;
-        volume->m_thisVolumeLinkQuestionID = QStringLiteral("ID");
+        volume->m_thisVolumeLinkQuestionID = u"ID"_s;
         volume->m_status = 4;
         volume->m_caseSensitiveMatching = true;
         volume->m_matchUsingAncestorValues = true;
         volume->m_addNoNewQuestions = true;
-        volume->m_reconciliationSourceQuestionIDs = QStringLiteral("1,2");
+        volume->m_reconciliationSourceQuestionIDs = u"1,2"_s;
         c->AddVolume(std::move(volume));
     }
     auto first = Question(100, full ? 1 : 2, 11);
@@ -166,7 +168,7 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true, bool sorted = 
         c->AddQuestion(Question(300, 3, 12));
     auto questionClass = std::make_unique<CQuestionClass>();
     questionClass->m_questionClassID = 1;
-    questionClass->m_caption = QStringLiteral("Demography");
+    questionClass->m_caption = u"Demography"_s;
     c->AddQuestionClass(std::move(questionClass));
     for (const auto& [id, name] : {std::pair{1033, "English"}, std::pair{1036, "French"}}) {
         auto language = std::make_unique<CLanguage>();
@@ -177,14 +179,14 @@ inline std::unique_ptr<CCampaign> BuildCampaign(bool full = true, bool sorted = 
     }
     auto version = std::make_unique<CVersion>();
     version->m_versionID = 1;
-    version->m_longCaption = QStringLiteral("Long");
-    version->m_shortCaption = QStringLiteral("L");
+    version->m_longCaption = u"Long"_s;
+    version->m_shortCaption = u"L"_s;
     c->AddVersion(std::move(version));
     for (qint32 t = 1; t <= (full ? 2 : 1); ++t) {
         auto tag = std::make_unique<CQuelSurveyTag>();
         tag->m_tagID = t;
-        tag->m_caption = QStringLiteral("tag %1").arg(t);
-        tag->m_description = QStringLiteral("about %1").arg(t);
+        tag->m_caption = u"tag %1"_s.arg(t);
+        tag->m_description = u"about %1"_s.arg(t);
         c->AddTag(std::move(tag));
     }
     return c;

@@ -12,6 +12,7 @@
 
 #include <bit>
 
+using namespace Qt::StringLiterals;
 using namespace varnel_wave;
 
 namespace {
@@ -52,20 +53,19 @@ VolumeSourceInfo SampleInfo() {
     VolumeSourceInfo info;
     info.m_infoVersion = 7;
     info.m_sourceType = 3;
-    info.m_location = QStringLiteral("wave1.qes");
+    info.m_location = u"wave1.qes"_s;
     info.m_codePage = 1252;
     info.m_options = -5;
     return info;
 }
-const QByteArray kInfoBytes =
-    I32(7) + I32(3) + Wide(QStringLiteral("wave1.qes")) + I32(1252) + I32(-5);
+const QByteArray kInfoBytes = I32(7) + I32(3) + Wide(u"wave1.qes"_s) + I32(1252) + I32(-5);
 
 CWave SampleWave() {
     CWave wave;
     wave.m_waveID = 12;
     wave.m_waveOrder = 2;
-    wave.m_name = QStringLiteral("Spring");
-    wave.m_description = QStringLiteral("2nd");
+    wave.m_name = u"Spring"_s;
+    wave.m_description = u"2nd"_s;
     wave.m_waveStart = 45000.5;
     wave.m_waveEnd = 45010.25;
     wave.m_waveMidpoint = 45005.375;
@@ -73,9 +73,8 @@ CWave SampleWave() {
     return wave;
 }
 QByteArray WaveBytes(qint32 firstId, const QByteArray& volumes) {
-    return I32(firstId) + I32(12) + I32(2) + Wide(QStringLiteral("Spring")) +
-           Wide(QStringLiteral("2nd")) + Date(45000.5) + Date(45010.25) + Date(45005.375) +
-           volumes + I32(77);
+    return I32(firstId) + I32(12) + I32(2) + Wide(u"Spring"_s) + Wide(u"2nd"_s) + Date(45000.5) +
+           Date(45010.25) + Date(45005.375) + volumes + I32(77);
 }
 
 TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
@@ -93,13 +92,13 @@ TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
     EXPECT_EQ(Store(wave), WaveBytes(12, I32(0)));
     CVolume first;
     first.m_volumeID = 100;
-    first.m_name = QStringLiteral("A");
+    first.m_name = u"A"_s;
     first.m_isMainVolume = true;
     first.m_sourceInfo = SampleInfo();
     first.m_sourceInfo.m_infoVersion = 0; // a loaded info keeps its own, which is 0 here
     CVolume second;
     second.m_volumeID = 101;
-    second.m_reconciliationSourceQuestionIDs = QStringLiteral("1;2");
+    second.m_reconciliationSourceQuestionIDs = u"1;2"_s;
     wave.AddVolume(&first);
     wave.AddVolume(&second);
     const QByteArray volumes = I32(2) + Store(first) + Store(second);
@@ -128,7 +127,7 @@ TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
 TEST(ArchiveLayoutTest, EveryShortBufferEndsAtEndOfFile) {
     CVolume volume;
     volume.m_volumeID = 3;
-    volume.m_name = QStringLiteral("V");
+    volume.m_name = u"V"_s;
     CWave wave = SampleWave();
     wave.AddVolume(&volume);
     const QByteArray waveBytes = Store(wave);
@@ -159,7 +158,7 @@ TEST(ArchiveLayoutTest, MisuseReportsItsCauseAndTheFirstOneStays) {
 
     // Strings check the direction themselves.
     CArchiveVersion misused(kInfoBytes);
-    misused.WriteString(QStringLiteral("wave1.qes"));
+    misused.WriteString(u"wave1.qes"_s);
     EXPECT_EQ(misused.GetCause(), CArchiveVersion::kReadOnly);
 }
 
@@ -275,11 +274,10 @@ TEST(CampaignTest, EndVolumeRepair) {
         EXPECT_EQ(inOtherVolume->m_endVolumeID, kOpen) << c.what;
         QStringList expectedTraces;
         if (c.expectedEnd != c.responseEnd)
-            expectedTraces << QStringLiteral("Changing modality matching end volume ID:\n"
-                                             "\tModality ID: 42\n\tQuestion ID: %1\n"
-                                             "\tOld modality matching end volume ID: %2\n"
-                                             "\tQuestion matching end volume ID: %3\n")
-                                  .arg(c.question)
+            expectedTraces << u"Changing modality matching end volume ID:\n"
+                              "\tModality ID: 42\n\tQuestion ID: %1\n"
+                              "\tOld modality matching end volume ID: %2\n"
+                              "\tQuestion matching end volume ID: %3\n"_s.arg(c.question)
                                   .arg(c.responseEnd)
                                   .arg(c.questionEnd);
         EXPECT_EQ(traces, expectedTraces) << c.what;
@@ -355,8 +353,8 @@ TEST(CampaignTest, CopyAndArchiveRoundTripRebuildEveryLink) {
     ExpectLinked(copy, "copy");
     EXPECT_NE(copy.FindVolume(11), original->FindVolume(11));
     EXPECT_EQ(Store(copy), bytes);
-    copy.FindQuestion(100)->m_shortcut = QStringLiteral("changed");
-    EXPECT_EQ(original->FindQuestion(100)->m_shortcut, QStringLiteral("Q100"));
+    copy.FindQuestion(100)->m_shortcut = u"changed"_s;
+    EXPECT_EQ(original->FindQuestion(100)->m_shortcut, u"Q100"_s);
 
     CCampaign loaded;
     AddQuestion(loaded, 77); // replaced by the load

@@ -19,6 +19,7 @@
 #include <memory>
 #include <thread>
 
+using namespace Qt::StringLiterals;
 using campaign::CreateDatabase;
 using campaign::MigrateDatabase;
 using campaign::ParseVersion;
@@ -32,7 +33,7 @@ namespace {
 
 // One entry a line, so that a failed comparison shows what differs.
 std::string Lines(const QStringList& entries) {
-    return entries.join(QLatin1Char('\n')).toStdString();
+    return entries.join(u'\n').toStdString();
 }
 
 QStringList Split(const char* text, char separator) {
@@ -100,9 +101,8 @@ QString EngineType(const QString& code, Dialect dialect) {
         {'T', {"TEXT", "character varying(%1)"}},
     };
     const auto& [file, server] = types.at(code.at(0).toLatin1());
-    return dialect == Dialect::Sqlite
-               ? QString::fromLatin1(file)
-               : QString::fromLatin1(server).replace(QLatin1String("%1"), code.mid(1));
+    return dialect == Dialect::Sqlite ? QString::fromLatin1(file)
+                                      : QString::fromLatin1(server).replace("%1"_L1, code.mid(1));
 }
 
 QString Value(Connection& db, const QString& sql) {
@@ -112,7 +112,7 @@ QString Value(Connection& db, const char* sql) {
     return Value(db, QLatin1String(sql));
 }
 int Count(Connection& db, const QString& table) {
-    return Value(db, QStringLiteral("SELECT COUNT(*) FROM %1").arg(db.Quote(table))).toInt();
+    return Value(db, u"SELECT COUNT(*) FROM %1"_s.arg(db.Quote(table))).toInt();
 }
 
 // `columns` separated by spaces, names as the engine spells them; a failure is returned rather
@@ -120,12 +120,11 @@ int Count(Connection& db, const QString& table) {
 util::Outcome Insert(Connection& db, const QString& table, const QString& columns,
                      const QVariantList& values) {
     QStringList quoted;
-    for (const QString& column : columns.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+    for (const QString& column : columns.split(u' ', Qt::SkipEmptyParts))
         quoted.append(db.Quote(column));
     QSqlQuery query(db.Database());
-    query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
-                      .arg(db.Quote(table), quoted.join(QLatin1Char(',')),
-                           QStringList(values.size(), QStringLiteral("?")).join(QLatin1Char(','))));
+    query.prepare(u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(
+        db.Quote(table), quoted.join(u','), QStringList(values.size(), u"?"_s).join(u',')));
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values[i]);
     return query.exec() ? util::Outcome() : util::Outcome::Failure(query.lastError().text());
@@ -195,35 +194,33 @@ void ExpectTextRules(Connection& db, const QStringList& alsoEmpty = {}) {
     for (const ExpectedTable& table : kExpected) {
         const QString name = QLatin1String(table.name);
         for (const QString& column : Split(table.columns, ',')) {
-            const QStringList parts = column.split(QLatin1Char(' '));
-            if (!parts[1].startsWith(QLatin1Char('T')) && parts[1] != QLatin1String("M"))
+            const QStringList parts = column.split(u' ');
+            if (!parts[1].startsWith(u'T') && parts[1] != "M"_L1)
                 continue;
             ++texts;
             const auto& [columns, values] = rows.at(name);
-            const QString named = name + QLatin1Char('.') + parts[0];
+            const QString named = name + u'.' + parts[0];
             const int size = parts[1].mid(1).toInt();
             const struct {
                 QVariant text;
                 bool accepted;
             } tries[] = {
                 {QVariant(), true},
-                {QString(QLatin1String("")),
-                 kEmptyAllowed.contains(named) || alsoEmpty.contains(named)},
-                {QString(size ? size : 300, QLatin1Char('x')), true},
-                {QString(size + 1, QLatin1Char('x')), size == 0},
+                {QString(""_L1), kEmptyAllowed.contains(named) || alsoEmpty.contains(named)},
+                {QString(size ? size : 300, u'x'), true},
+                {QString(size + 1, u'x'), size == 0},
             };
             for (const auto& t : tries) {
-                const bool inserted = bool(Insert(db, name, columns + QLatin1Char(' ') + parts[0],
-                                                  QVariantList(values) << t.text));
+                const bool inserted = bool(
+                    Insert(db, name, columns + u' ' + parts[0], QVariantList(values) << t.text));
                 EXPECT_EQ(inserted, t.accepted)
                     << named.toStdString() << " with "
                     << (t.text.isNull() ? -1 : t.text.toString().size()) << " characters";
                 if (inserted) // every key is 7: free it for the next case
-                    Exec(db, QStringLiteral("DELETE FROM %1 WHERE %2")
-                                 .arg(db.Quote(name),
-                                      values.isEmpty()
-                                          ? QStringLiteral("1 = 1")
-                                          : db.Quote(columns.section(' ', 0, 0)) + " = 7"));
+                    Exec(db, u"DELETE FROM %1 WHERE %2"_s.arg(
+                                 db.Quote(name),
+                                 values.isEmpty() ? u"1 = 1"_s
+                                                  : db.Quote(columns.section(' ', 0, 0)) + " = 7"));
             }
         }
     }
@@ -240,7 +237,7 @@ std::string Catalogue(Connection& db) {
         QStringList columns = testutil::ColumnCatalogue(db, table);
         columns.sort();
         for (const QString& column : columns)
-            catalogue.append(table + QLatin1Char('.') + column);
+            catalogue.append(table + u'.' + column);
         catalogue += testutil::IndexCatalogue(db, table);
     }
     return Lines(catalogue + testutil::RelationCatalogue(db));
@@ -248,7 +245,7 @@ std::string Catalogue(Connection& db) {
 
 // The reason names the failing step, then gives the database's.
 void ExpectFailedIn(const util::Outcome& failed, const char* step) {
-    const QString prefix = QStringLiteral("ADO error %1 - ").arg(QLatin1String(step));
+    const QString prefix = u"ADO error %1 - "_s.arg(QLatin1String(step));
     EXPECT_FALSE(failed) << step;
     EXPECT_TRUE(failed.Reason().startsWith(prefix)) << failed.Reason().toStdString();
     EXPECT_GT(failed.Reason().size(), prefix.size() + 5) << failed.Reason().toStdString();
@@ -258,10 +255,10 @@ void ExpectFailedIn(const util::Outcome& failed, const char* step) {
 // every other table was made. (SQLite would take a quoted missing column for a string.)
 campaign::Schema BrokenSchema() {
     campaign::Schema broken = campaign::CampaignSchema();
-    broken.tables.push_back({QStringLiteral("Broken"),
-                             {{QStringLiteral("Id"), campaign::kLong, 0, false},
-                              {QStringLiteral("Id"), campaign::kLong, 0, false}},
-                             {}});
+    broken.tables.push_back(
+        {u"Broken"_s,
+         {{u"Id"_s, campaign::kLong, 0, false}, {u"Id"_s, campaign::kLong, 0, false}},
+         {}});
     return broken;
 }
 
@@ -270,7 +267,7 @@ class DatabaseTest : public testutil::EachEngineTest {
 protected:
     // A database of its own made with `schema`, open in `db` with relations checked.
     void Make(Connection& db, const campaign::Schema& schema, QString* location = nullptr) {
-        const QString made = NewLocation(QStringLiteral("campaign%1").arg(++m_count));
+        const QString made = NewLocation(u"campaign%1"_s.arg(++m_count));
         ASSERT_FALSE(made.isEmpty());
         const util::Outcome created = CreateDatabase(made, schema);
         ASSERT_TRUE(created) << created.Reason().toStdString();
@@ -306,22 +303,20 @@ TEST_P(CampaignDatabaseTest, CatalogueHoldsEveryTableColumnIndexAndRelation) {
         QStringList indexed;
         QStringList indexes;
         for (const QString& index : Split(table.indexes, ';')) {
-            const QStringList parts = index.split(QLatin1Char(' '));
+            const QStringList parts = index.split(u' ');
             indexed += parts.mid(2);
             indexes.append(
-                QStringLiteral("%1_%2 %3 %4")
-                    .arg(tables.last(), parts[0], parts[1], parts.mid(2).join(QLatin1Char(','))));
+                u"%1_%2 %3 %4"_s.arg(tables.last(), parts[0], parts[1], parts.mid(2).join(u',')));
         }
         indexes.sort();
         // Columns of an index refuse nulls, and on a server so do Yes/No columns.
         QStringList columns;
         for (const QString& column : Split(table.columns, ',')) {
-            const QStringList parts = column.split(QLatin1Char(' '));
+            const QStringList parts = column.split(u' ');
             const bool notNull = indexed.contains(parts[0], Qt::CaseInsensitive) ||
-                                 (!Sqlite() && parts[1] == QLatin1String("B"));
-            columns.append(QStringLiteral("%1|%2|%3")
-                               .arg(parts[0], EngineType(parts[1], GetParam()),
-                                    notNull ? "not null" : "null"));
+                                 (!Sqlite() && parts[1] == "B"_L1);
+            columns.append(u"%1|%2|%3"_s.arg(parts[0], EngineType(parts[1], GetParam()),
+                                             notNull ? "not null" : "null"));
         }
         EXPECT_EQ(Lines(testutil::ColumnCatalogue(m_db, tables.last())), Lines(columns))
             << table.name;
@@ -368,33 +363,31 @@ TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefusedAndChangedKeysAndDe
         EXPECT_FALSE(Insert(m_db, QLatin1String(c.table), QLatin1String(c.columns), c.values))
             << c.why;
     // The tag key answers to the name its index gives it.
-    const QString tagId = campaign::CampaignSchema()
-                              .FindTable(QStringLiteral("Tags"))
-                              ->ResolveColumn(QStringLiteral("TagID"));
-    ASSERT_TRUE(Insert(m_db, QStringLiteral("Tags"), tagId, {7}));
-    EXPECT_FALSE(Insert(m_db, QStringLiteral("Tags"), tagId, {7}));
-    Exec(m_db, QStringLiteral("DELETE FROM \"Tags\""));
+    const QString tagId =
+        campaign::CampaignSchema().FindTable(u"Tags"_s)->ResolveColumn(u"TagID"_s);
+    ASSERT_TRUE(Insert(m_db, u"Tags"_s, tagId, {7}));
+    EXPECT_FALSE(Insert(m_db, u"Tags"_s, tagId, {7}));
+    Exec(m_db, u"DELETE FROM \"Tags\""_s);
 
     ExpectTextRules(m_db);
 
     // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
     EXPECT_EQ(Value(m_db, "SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\" "
                           "WHERE \"VolumeID\" = 1"),
-              Sqlite() ? QStringLiteral("1|") : QStringLiteral("false|false"));
-    Exec(m_db, QStringLiteral("UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"));
-    Exec(m_db, QStringLiteral(
-                   "UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"));
+              Sqlite() ? u"1|"_s : u"false|false"_s);
+    Exec(m_db, u"UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"_s);
+    Exec(m_db, u"UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"_s);
     EXPECT_EQ(Value(m_db, "SELECT \"MasterModalityID\", \"ChildModalityID\", \"MergeVolumeID\" "
                           "FROM \"ModalityMergings\""),
-              QStringLiteral("200|101|5"));
+              u"200|101|5"_s);
     EXPECT_EQ(Value(m_db, "SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
                           "\"QuestionID\" = 20"),
-              QStringLiteral("5"));
-    EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
-                                        "BY 1")),
-              (QStringList{QStringLiteral("101"), QStringLiteral("200")}));
+              u"5"_s);
+    EXPECT_EQ(Rows(m_db, u"SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
+                         "BY 1"_s),
+              (QStringList{u"101"_s, u"200"_s}));
 
-    Exec(m_db, QStringLiteral("DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"));
+    Exec(m_db, u"DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"_s);
     const struct {
         const char* table;
         const char* rows; // what is left is volume 5's
@@ -412,8 +405,7 @@ TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefusedAndChangedKeysAndDe
         const campaign::Table* table = campaign::CampaignSchema().FindTable(QLatin1String(c.table));
         ASSERT_NE(table, nullptr);
         const QString key = m_db.Quote(table->columns[0].name);
-        EXPECT_EQ(Rows(m_db, QStringLiteral("SELECT %1 FROM %2").arg(key, m_db.Quote(table->name)))
-                      .join(QLatin1Char(',')),
+        EXPECT_EQ(Rows(m_db, u"SELECT %1 FROM %2"_s.arg(key, m_db.Quote(table->name))).join(u','),
                   QLatin1String(c.rows))
             << c.table;
     }
@@ -424,20 +416,20 @@ TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNot
     // Every table was dropped and made again before the last statement failed; the failure is
     // told under the name of the table's step.
     ExpectFailedIn(CreateDatabase(m_db, BrokenSchema()), "CBrokenRSAdo::CreateTable");
-    EXPECT_FALSE(m_db.HasTable(QStringLiteral("Broken")));
-    EXPECT_EQ(Count(m_db, QStringLiteral("Modalities")), 2);
-    EXPECT_EQ(Count(m_db, QStringLiteral("ModalityMergings")), 1);
+    EXPECT_FALSE(m_db.HasTable(u"Broken"_s));
+    EXPECT_EQ(Count(m_db, u"Modalities"_s), 2);
+    EXPECT_EQ(Count(m_db, u"ModalityMergings"_s), 1);
     // Schemas that name what is not there are refused before anything is touched.
     const struct {
         std::function<void(campaign::Schema&)> change;
         const char* named;
     } cases[] = {
         {[](auto& s) { s.tables[1].indexes[1].columns = QStringList{"WaveRank"}; }, "WaveRank"},
-        {[](auto& s) { s.relations.back().primaryTable = QStringLiteral("Volume"); }, "Volume"},
-        {[](auto& s) { s.relations.front().foreignColumn = QStringLiteral("Wave"); }, "Wave"},
+        {[](auto& s) { s.relations.back().primaryTable = u"Volume"_s; }, "Volume"},
+        {[](auto& s) { s.relations.front().foreignColumn = u"Wave"_s; }, "Wave"},
         {[](auto& s) {
              s.tables.push_back(s.tables.front());
-             s.tables.back().name = QStringLiteral("CAMPAIGNS");
+             s.tables.back().name = u"CAMPAIGNS"_s;
          },
          "CAMPAIGNS"},
     };
@@ -448,7 +440,7 @@ TEST_P(CampaignDatabaseTest, CreatingAgainReplacesTheTablesButAFailureChangesNot
         EXPECT_FALSE(refused) << c.named;
         EXPECT_TRUE(refused.Reason().contains(QLatin1String(c.named)))
             << refused.Reason().toStdString();
-        EXPECT_EQ(Count(m_db, QStringLiteral("Volumes")), 2) << c.named;
+        EXPECT_EQ(Count(m_db, u"Volumes"_s), 2) << c.named;
     }
 
     m_db.Close();
@@ -477,13 +469,13 @@ TEST(CampaignSchema, TypeCodesMapToColumnKinds) {
 }
 
 TEST(CampaignSchema, NamesAreFoundWithoutRegardToCase) {
-    const campaign::Table* tags = campaign::CampaignSchema().FindTable(QStringLiteral("tags"));
+    const campaign::Table* tags = campaign::CampaignSchema().FindTable(u"tags"_s);
     ASSERT_NE(tags, nullptr);
-    EXPECT_EQ(tags->name, QStringLiteral("Tags"));
+    EXPECT_EQ(tags->name, u"Tags"_s);
     // The key is declared "TagId" and its index says "TagID".
-    EXPECT_EQ(tags->ResolveColumn(QStringLiteral("TagID")), QStringLiteral("TagId"));
-    EXPECT_TRUE(tags->ResolveColumn(QStringLiteral("Tag")).isEmpty());
-    EXPECT_EQ(campaign::CampaignSchema().FindTable(QStringLiteral("Tag")), nullptr);
+    EXPECT_EQ(tags->ResolveColumn(u"TagID"_s), u"TagId"_s);
+    EXPECT_TRUE(tags->ResolveColumn(u"Tag"_s).isEmpty());
+    EXPECT_EQ(campaign::CampaignSchema().FindTable(u"Tag"_s), nullptr);
 }
 
 // --- version texts and the steps they plan ---
@@ -546,7 +538,7 @@ TEST(SchemaVersion, ComparesNumberByNumberAndKnownVersionsRiseToTheCurrentOne) {
 
     const QStringList& known = campaign::KnownVersions();
     ASSERT_EQ(known.size(), 77);
-    EXPECT_EQ(known.front(), QStringLiteral("5.1.6.15"));
+    EXPECT_EQ(known.front(), u"5.1.6.15"_s);
     for (qsizetype i = 1; i < known.size(); ++i)
         EXPECT_TRUE(
             campaign::IsOlder(ParseVersion(known[i - 1]).version, ParseVersion(known[i]).version))
@@ -560,18 +552,17 @@ QStringList PlannedNames(const char* from) {
     QStringList names;
     for (const campaign::MigrationStep* step :
          campaign::PlannedSteps(ParseVersion(QLatin1String(from)).version))
-        names.append(step->threshold + QLatin1Char(' ') + step->name);
+        names.append(step->threshold + u' ' + step->name);
     return names;
 }
 
 TEST(SchemaVersion, EachThresholdRunsItsStepsForOlderDatabasesOnly) {
     const QStringList all = PlannedNames("");
     EXPECT_EQ(all.size(), static_cast<qsizetype>(campaign::MigrationSteps().size()));
-    EXPECT_EQ(all.mid(22),
-              (QStringList{QStringLiteral("5.6.1.0 CSurveyTagsRSAdo::MoveTo5_6_1_0"),
-                           QStringLiteral("5.6.1.0 CModalitiesRSAdo::MoveTo5_6_1_0"),
-                           QStringLiteral("5.6.1.0 CQuestionCaptionsRSAdo::MoveTo5_6_1_0"),
-                           QStringLiteral("5.6.1.0 CVersionsRSAdo::MoveTo5_6_1_0")}));
+    EXPECT_EQ(all.mid(22), (QStringList{u"5.6.1.0 CSurveyTagsRSAdo::MoveTo5_6_1_0"_s,
+                                        u"5.6.1.0 CModalitiesRSAdo::MoveTo5_6_1_0"_s,
+                                        u"5.6.1.0 CQuestionCaptionsRSAdo::MoveTo5_6_1_0"_s,
+                                        u"5.6.1.0 CVersionsRSAdo::MoveTo5_6_1_0"_s}));
     const struct {
         const char* from;
         int steps;         // how many run
@@ -606,18 +597,17 @@ TEST(SchemaVersion, EachThresholdRunsItsStepsForOlderDatabasesOnly) {
 TEST(SchemaVersion, OlderSchemasLackWhatLaterStepsAdd) {
     const campaign::Schema old = campaign::SchemaAt(V(5, 1, 0, 0));
     EXPECT_EQ(old.tables.size(), 13u) << "no tags yet";
-    EXPECT_EQ(old.FindTable(QStringLiteral("Tags")), nullptr);
+    EXPECT_EQ(old.FindTable(u"Tags"_s), nullptr);
     EXPECT_EQ(old.relations.size(), 10u);
-    const campaign::Table* volumes = old.FindTable(QStringLiteral("Volumes"));
+    const campaign::Table* volumes = old.FindTable(u"Volumes"_s);
     ASSERT_NE(volumes, nullptr);
-    EXPECT_EQ(volumes->FindColumn(QStringLiteral("MatchUsingAncestorValues")), nullptr);
-    EXPECT_EQ(volumes->FindColumn(QStringLiteral("CaseData"))->type, campaign::kText);
-    EXPECT_EQ(old.FindTable(QStringLiteral("Waves"))->indexes.size(), 1u);
+    EXPECT_EQ(volumes->FindColumn(u"MatchUsingAncestorValues"_s), nullptr);
+    EXPECT_EQ(volumes->FindColumn(u"CaseData"_s)->type, campaign::kText);
+    EXPECT_EQ(old.FindTable(u"Waves"_s)->indexes.size(), 1u);
     // A version at a threshold has what that threshold's steps made.
     const campaign::Schema at = campaign::SchemaAt(V(5, 5, 2, 4));
-    ASSERT_NE(at.FindTable(QStringLiteral("Tags")), nullptr);
-    EXPECT_EQ(at.FindTable(QStringLiteral("Tags"))->FindColumn(QStringLiteral("Caption"))->size,
-              50);
+    ASSERT_NE(at.FindTable(u"Tags"_s), nullptr);
+    EXPECT_EQ(at.FindTable(u"Tags"_s)->FindColumn(u"Caption"_s)->size, 50);
     const campaign::Schema current = campaign::SchemaAt(campaign::CurrentVersion());
     EXPECT_EQ(campaign::CreateStatements(current, Connection()),
               campaign::CreateStatements(campaign::CampaignSchema(), Connection()));
@@ -635,14 +625,13 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
         << "14 tables, 104 columns, 20 indexes, 10 relations";
     // A version text older than the tables: every step finds its work done, fills included.
     InsertCampaign(fresh);
-    Exec(fresh, QStringLiteral("UPDATE \"Questions\" SET \"IsDevelopLevels\" = %1, "
-                               "\"IsVisibleInAnalyse\" = %1")
-                    .arg(Bool(false)));
-    const util::Outcome skipped = MigrateDatabase(fresh, QStringLiteral("5.0"));
+    Exec(fresh, u"UPDATE \"Questions\" SET \"IsDevelopLevels\" = %1, "
+                "\"IsVisibleInAnalyse\" = %1"_s.arg(Bool(false)));
+    const util::Outcome skipped = MigrateDatabase(fresh, u"5.0"_s);
     ASSERT_TRUE(skipped) << skipped.Reason().toStdString();
     EXPECT_EQ(Catalogue(fresh), expected);
     EXPECT_EQ(Value(fresh, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM \"Questions\""),
-              QStringLiteral("%1|%1").arg(Bool(false)));
+              u"%1|%1"_s.arg(Bool(false)));
     // Besides what a new database allows, the oldest one allows empty texts where steps let it.
     const QStringList alsoEmpty =
         Split("Questions.Versions Questions.UserData Modalities.Versions "
@@ -665,24 +654,24 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
         EXPECT_EQ(Value(db, "SELECT \"CaseData\", \"Versions\", \"LongCaption\", \"ShortCaption\" "
                             "FROM \"Volumes\", \"Questions\" q, \"QuestionCaptions\" c WHERE "
                             "\"VolumeID\" = 1 AND q.\"QuestionID\" = 10 AND c.\"QuestionID\" = 10"),
-                  QStringLiteral("cases|v1|Long|Short"));
+                  u"cases|v1|Long|Short"_s);
         if (Sqlite()) {
-            EXPECT_EQ(Value(db, "PRAGMA foreign_keys"), QStringLiteral("1"));
+            EXPECT_EQ(Value(db, "PRAGMA foreign_keys"), u"1"_s);
         }
         if (*from == '\0') {
             EXPECT_EQ(Value(db, "SELECT \"MatchUsingAncestorValues\", \"CaseSensitiveMatching\", "
                                 "\"AddNoNewQuestions\", \"ReconciliationSourceQuestionIDs\" "
                                 "FROM \"Volumes\""),
-                      QStringLiteral("%1|%1|%1|").arg(Bool(false)));
+                      u"%1|%1|%1|"_s.arg(Bool(false)));
             EXPECT_EQ(Value(db, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM "
                                 "\"Questions\""),
-                      QStringLiteral("%1|%1").arg(Bool(true)));
-            EXPECT_EQ(Value(db, "SELECT \"BaseType\" FROM \"Modalities\""), QStringLiteral("0"));
+                      u"%1|%1"_s.arg(Bool(true)));
+            EXPECT_EQ(Value(db, "SELECT \"BaseType\" FROM \"Modalities\""), u"0"_s);
             ExpectTextRules(db, alsoEmpty);
         }
-        Exec(db, QStringLiteral("DELETE FROM \"Volumes\""));
-        EXPECT_EQ(Count(db, QStringLiteral("QuestionCaptions")), 0);
-        EXPECT_EQ(Count(db, QStringLiteral("Modalities")), 0);
+        Exec(db, u"DELETE FROM \"Volumes\""_s);
+        EXPECT_EQ(Count(db, u"QuestionCaptions"_s), 0);
+        EXPECT_EQ(Count(db, u"Modalities"_s), 0);
     }
 }
 
@@ -690,23 +679,20 @@ TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
     Connection db;
     Make(db, campaign::SchemaAt(V(5, 2, 3, 6)));
     // Two waves in one place: the unique wave order cannot be made.
-    Exec(db,
-         QStringLiteral(R"(INSERT INTO "Waves" ("WaveID", "WaveOrder") VALUES (1, 1), (2, 1))"));
-    ExpectFailedIn(MigrateDatabase(db, QStringLiteral("5.2.3.6")), "CWavesRSAdo::MoveTo5_3_0_1");
-    EXPECT_TRUE(db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("AddNoNewQuestions")));
-    EXPECT_TRUE(
-        db.HasColumn(QStringLiteral("Volumes"), QStringLiteral("ReconciliationSourceQuestionIDs")));
-    EXPECT_FALSE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("IsVisibleInAnalyse")));
-    EXPECT_FALSE(db.HasTable(QStringLiteral("Tags")));
+    Exec(db, uR"(INSERT INTO "Waves" ("WaveID", "WaveOrder") VALUES (1, 1), (2, 1))"_s);
+    ExpectFailedIn(MigrateDatabase(db, u"5.2.3.6"_s), "CWavesRSAdo::MoveTo5_3_0_1");
+    EXPECT_TRUE(db.HasColumn(u"Volumes"_s, u"AddNoNewQuestions"_s));
+    EXPECT_TRUE(db.HasColumn(u"Volumes"_s, u"ReconciliationSourceQuestionIDs"_s));
+    EXPECT_FALSE(db.HasColumn(u"Questions"_s, u"IsVisibleInAnalyse"_s));
+    EXPECT_FALSE(db.HasTable(u"Tags"_s));
     // Once the cause is gone the same version text migrates: what was done is not done twice.
-    Exec(db, QStringLiteral("DELETE FROM \"Waves\" WHERE \"WaveID\" = 2"));
-    Exec(db, QStringLiteral("INSERT INTO \"Volumes\" (\"VolumeID\", \"WaveID\", "
-                            "\"AddNoNewQuestions\") VALUES (1, 1, %1)")
-                 .arg(Bool(true)));
-    const util::Outcome again = MigrateDatabase(db, QStringLiteral("5.2.3.6"));
+    Exec(db, u"DELETE FROM \"Waves\" WHERE \"WaveID\" = 2"_s);
+    Exec(db, u"INSERT INTO \"Volumes\" (\"VolumeID\", \"WaveID\", "
+             "\"AddNoNewQuestions\") VALUES (1, 1, %1)"_s.arg(Bool(true)));
+    const util::Outcome again = MigrateDatabase(db, u"5.2.3.6"_s);
     ASSERT_TRUE(again) << again.Reason().toStdString();
     EXPECT_EQ(Value(db, "SELECT \"AddNoNewQuestions\" FROM \"Volumes\""), Bool(true));
-    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasTable(u"Tags"_s));
 }
 
 TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
@@ -714,14 +700,13 @@ TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
     Make(db, campaign::SchemaAt(V(5, 6, 0, 0)));
     InsertCampaign(db);
     // Too long for the Text(255) that the last step makes of it.
-    const QString longText(300, QLatin1Char('x'));
-    Exec(db, QStringLiteral("UPDATE \"Versions\" SET \"ShortCaption\" = '%1'").arg(longText));
-    ExpectFailedIn(MigrateDatabase(db, QStringLiteral("5,6,0,0")), "CVersionsRSAdo::MoveTo5_6_1_0");
+    const QString longText(300, u'x');
+    Exec(db, u"UPDATE \"Versions\" SET \"ShortCaption\" = '%1'"_s.arg(longText));
+    ExpectFailedIn(MigrateDatabase(db, u"5,6,0,0"_s), "CVersionsRSAdo::MoveTo5_6_1_0");
     // The step before it stays applied.
-    EXPECT_TRUE(db.Exec(QStringLiteral("UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''")));
+    EXPECT_TRUE(db.Exec(u"UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''"_s));
     // Its own first change, the long caption becoming a memo, is undone with it.
-    EXPECT_FALSE(
-        db.Exec(QStringLiteral("UPDATE \"Versions\" SET \"LongCaption\" = '%1'").arg(longText)));
+    EXPECT_FALSE(db.Exec(u"UPDATE \"Versions\" SET \"LongCaption\" = '%1'"_s.arg(longText)));
     EXPECT_EQ(Value(db, "SELECT \"ShortCaption\" FROM \"Versions\""), longText);
     EXPECT_EQ(testutil::TableNames(db).size(), 14);
 }
@@ -737,14 +722,14 @@ TEST_P(MigrationsTest, AnotherProgramWritingIsWaitedFor) {
         Connection writer;
         util::sql::Transaction transaction(writer);
         EXPECT_TRUE(writer.Open(location) && transaction.Begin() &&
-                    writer.Exec(QStringLiteral("DELETE FROM \"Questions\" WHERE 1 = 0")));
+                    writer.Exec(u"DELETE FROM \"Questions\" WHERE 1 = 0"_s));
         holding = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(1500));
         EXPECT_TRUE(transaction.Commit());
     });
     while (!holding)
         std::this_thread::yield();
-    const util::Outcome migrated = MigrateDatabase(db, QStringLiteral("5,2,0,0"));
+    const util::Outcome migrated = MigrateDatabase(db, u"5,2,0,0"_s);
     other.join();
     EXPECT_TRUE(migrated) << migrated.Reason().toStdString();
 }
@@ -754,8 +739,7 @@ TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
     campaign::Schema broken = campaign::SchemaAt(V(5, 3, 5, 1));
     for (campaign::Table& table : broken.tables)
         for (campaign::Column& column : table.columns)
-            if (table.name == QLatin1String("Questions") &&
-                column.name == QLatin1String("Versions"))
+            if (table.name == "Questions"_L1 && column.name == "Versions"_L1)
                 column.allowZeroLength = false;
     const struct {
         const char* from;
@@ -766,8 +750,7 @@ TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
         Make(db, broken);
         InsertCampaign(db);
         ASSERT_TRUE(MigrateDatabase(db, QLatin1String(c.from))) << c.from;
-        EXPECT_EQ(bool(db.Exec(QStringLiteral("UPDATE \"Questions\" SET \"Versions\" = ''"))),
-                  c.repaired)
+        EXPECT_EQ(bool(db.Exec(u"UPDATE \"Questions\" SET \"Versions\" = ''"_s)), c.repaired)
             << c.from;
     }
 }
@@ -779,11 +762,11 @@ INSTANTIATE_TEST_SUITE_P(Each, MigrationsTest, testutil::kEngines, testutil::Eng
 
 TEST(CampaignDatabaseFile, ReplacesAnExistingFileOrLeavesItWholeAndRefusesPlacesThatCannotHoldIt) {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("old.qew"));
+    const QString path = dir.filePath(u"old.qew"_s);
     ASSERT_TRUE(testutil::WriteAll(path, "not a campaign yet"));
     ExpectFailedIn(CreateDatabase(path, BrokenSchema()), "CBrokenRSAdo::CreateTable");
     EXPECT_EQ(testutil::ReadAll(path), QByteArray("not a campaign yet"));
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("old.qew")})
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{u"old.qew"_s})
         << "nothing is left behind";
 
     ASSERT_TRUE(CreateDatabase(path));
@@ -791,16 +774,16 @@ TEST(CampaignDatabaseFile, ReplacesAnExistingFileOrLeavesItWholeAndRefusesPlaces
     ASSERT_TRUE(db.Open(path));
     EXPECT_EQ(db.Tables().size(), 14);
     db.Close();
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("old.qew")});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{u"old.qew"_s});
 
     // Neither a folder where the file should go nor a missing folder can hold it.
-    const QString folder = dir.filePath(QStringLiteral("folder.qew"));
-    ASSERT_TRUE(QDir().mkpath(folder + QLatin1String("/inside")));
+    const QString folder = dir.filePath(u"folder.qew"_s);
+    ASSERT_TRUE(QDir().mkpath(folder + "/inside"_L1));
     EXPECT_FALSE(CreateDatabase(folder));
-    EXPECT_TRUE(QFileInfo(folder + QLatin1String("/inside")).isDir());
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("old.qew")});
-    EXPECT_FALSE(CreateDatabase(dir.filePath(QStringLiteral("missing/new.qew"))));
-    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("missing"))));
+    EXPECT_TRUE(QFileInfo(folder + "/inside"_L1).isDir());
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{u"old.qew"_s});
+    EXPECT_FALSE(CreateDatabase(dir.filePath(u"missing/new.qew"_s)));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(u"missing"_s)));
 }
 
 } // namespace

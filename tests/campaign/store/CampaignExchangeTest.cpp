@@ -21,6 +21,7 @@
 #include <memory>
 #include <thread>
 
+using namespace Qt::StringLiterals;
 namespace vw = varnel_wave;
 
 namespace {
@@ -40,16 +41,15 @@ BatchRun Batch(const QStringList& arguments) {
     BatchRun run;
     QString listing;
     QTextStream out(&listing);
-    EXPECT_TRUE(
-        app::RunBatch(app, QStringList{QStringLiteral("translator")} + arguments, messages, out));
+    EXPECT_TRUE(app::RunBatch(app, QStringList{u"translator"_s} + arguments, messages, out));
     run.exitCode = app.exitCode;
-    run.messages = messages.messages.join(QLatin1Char('\n'));
+    run.messages = messages.messages.join(u'\n');
     return run;
 }
 
 // The bytes of the tab-separated export of the campaign at `location`, written to `path`.
 QByteArray Export(const QString& location, const QString& path) {
-    const BatchRun run = Batch({location, QStringLiteral("export:") + path});
+    const BatchRun run = Batch({location, u"export:"_s + path});
     EXPECT_EQ(run.exitCode, -20) << run.messages.toStdString();
     return testutil::ReadAll(path);
 }
@@ -57,8 +57,7 @@ QByteArray Export(const QString& location, const QString& path) {
 // Writes the campaign the way another program would (Python's sqlite3, version 5.5.0.0).
 void WriteWithPython(const QString& path) {
     QProcess python;
-    python.start(QStringLiteral("python3"),
-                 {testutil::DataPath(QStringLiteral("campaign/independent_writer.py")), path});
+    python.start(u"python3"_s, {testutil::DataPath(u"campaign/independent_writer.py"_s), path});
     ASSERT_TRUE(python.waitForFinished(60000));
     ASSERT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
 }
@@ -73,13 +72,13 @@ vw::CCampaign Load(const QString& location) {
 // The long caption of question 10.
 QString QuestionCaption(const vw::CCampaign& c, qint32 language) {
     const vw::CQuestionCaption* caption = c.FindQuestion(10)->FindCaption(language);
-    return caption ? caption->m_longCaption : QStringLiteral("<none>");
+    return caption ? caption->m_longCaption : u"<none>"_s;
 }
 
 QString ResponseCaption(const vw::CCampaign& c, qint32 response, qint32 language) {
     const vw::CModality* modality = c.FindModality(response);
     const vw::CModalityCaption* caption = modality ? modality->FindCaption(language) : nullptr;
-    return caption ? caption->m_shortCaption : QStringLiteral("<none>");
+    return caption ? caption->m_shortCaption : u"<none>"_s;
 }
 
 // One campaign another program wrote: exported, moved to a server and back with the same export,
@@ -89,53 +88,52 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     testutil::PostgresServer postgres;
     ASSERT_TRUE(postgres.Start()) << postgres.Error().toStdString();
     QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("panel.qew"));
+    const QString file = dir.filePath(u"panel.qew"_s);
     WriteWithPython(file);
-    const QString exported = dir.filePath(QStringLiteral("file.txt"));
+    const QString exported = dir.filePath(u"file.txt"_s);
     const QByteArray fromFile = Export(file, exported);
     const QString text = QStringDecoder(QStringDecoder::Utf16)(fromFile);
     // The deleted response (12, "Pear") stays out; empty captions are not passed on.
-    EXPECT_TRUE(text.startsWith(QStringLiteral("QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n")))
+    EXPECT_TRUE(text.startsWith(u"QuestionId\tResponseId\t1033(ENU)\t1036(FRA)\r\n"_s))
         << text.toStdString();
     QString translated = text; // imported at the end
     for (const auto& [row, french] :
          {std::pair{"10\t-1\tWhich fruit do you like?\t", "Quel fruit aimez-vous ?"},
           std::pair{"10\t13\tPlum\t", "Prune"}}) {
-        const QString line = QLatin1String(row) + QStringLiteral("\r\n");
+        const QString line = QLatin1String(row) + u"\r\n"_s;
         EXPECT_TRUE(text.contains(line)) << row;
-        translated.replace(line,
-                           QLatin1String(row) + QLatin1String(french) + QStringLiteral("\r\n"));
+        translated.replace(line, QLatin1String(row) + QLatin1String(french) + u"\r\n"_s);
     }
-    EXPECT_FALSE(text.contains(QStringLiteral("Pear")));
+    EXPECT_FALSE(text.contains(u"Pear"_s));
 
-    const QString server = postgres.CreateDatabase(QStringLiteral("moved"));
+    const QString server = postgres.CreateDatabase(u"moved"_s);
     ASSERT_FALSE(server.isEmpty()) << postgres.Error().toStdString();
-    const BatchRun moved = Batch({file, QStringLiteral("saveas:") + server});
+    const BatchRun moved = Batch({file, u"saveas:"_s + server});
     ASSERT_EQ(moved.exitCode, 0) << moved.messages.toStdString();
-    EXPECT_EQ(Export(server, dir.filePath(QStringLiteral("server.txt"))), fromFile);
+    EXPECT_EQ(Export(server, dir.filePath(u"server.txt"_s)), fromFile);
 
     // An upper-case ending names a campaign too, to save into and to open.
-    const QString back = dir.filePath(QStringLiteral("back.QEW"));
-    const BatchRun returned = Batch({server, QStringLiteral("saveas:") + back});
+    const QString back = dir.filePath(u"back.QEW"_s);
+    const BatchRun returned = Batch({server, u"saveas:"_s + back});
     ASSERT_EQ(returned.exitCode, 0) << returned.messages.toStdString();
-    EXPECT_EQ(Export(back, dir.filePath(QStringLiteral("back.txt"))), fromFile);
+    EXPECT_EQ(Export(back, dir.filePath(u"back.txt"_s)), fromFile);
     // What the questionnaire does not show made the trip too; the deleted response stays only if
     // the store kept it beside the questionnaire. (The campaign questionnaire test checks that it
     // is written back whole.)
     const vw::CCampaign round = Load(back);
-    EXPECT_EQ(round.m_versionNumber, QStringLiteral("5,6,1,0"));
+    EXPECT_EQ(round.m_versionNumber, u"5,6,1,0"_s);
     ASSERT_NE(round.FindModality(12), nullptr);
     EXPECT_TRUE(round.FindModality(12)->m_isDeleted);
     ASSERT_EQ(round.Waves().size(), 1u);
-    EXPECT_EQ(round.Waves().front()->m_name, QStringLiteral("Autumn"));
+    EXPECT_EQ(round.Waves().front()->m_name, u"Autumn"_s);
 
-    const QString xml = dir.filePath(QStringLiteral("panel.xml"));
-    EXPECT_EQ(Batch({server, QStringLiteral("saveas:") + xml}).exitCode, 0);
-    EXPECT_EQ(Export(xml, dir.filePath(QStringLiteral("xml.txt"))), fromFile);
+    const QString xml = dir.filePath(u"panel.xml"_s);
+    EXPECT_EQ(Batch({server, u"saveas:"_s + xml}).exitCode, 0);
+    EXPECT_EQ(Export(xml, dir.filePath(u"xml.txt"_s)), fromFile);
 
     // A server nobody listens on: not saved, and the reason is given.
-    const BatchRun refused = Batch(
-        {file, QStringLiteral("saveas:postgresql://nobody@/none?host=%1&port=1").arg(dir.path())});
+    const BatchRun refused =
+        Batch({file, u"saveas:postgresql://nobody@/none?host=%1&port=1"_s.arg(dir.path())});
     EXPECT_EQ(refused.exitCode, -2);
     EXPECT_FALSE(refused.messages.isEmpty());
 
@@ -154,10 +152,9 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
         ASSERT_TRUE(t->document->OpenSilently(server)) << t->document->LastError().toStdString();
     }
     CQuestion& frenchQuestion = *french.document->Questionnaire()->GetAdrQuestion(0);
-    frenchQuestion.SetLocalisedLongCaption(kFrench, QStringLiteral("Quel fruit aimez-vous ?"));
+    frenchQuestion.SetLocalisedLongCaption(kFrench, u"Quel fruit aimez-vous ?"_s);
     CQuestion& englishQuestion = *english.document->Questionnaire()->GetAdrQuestion(0);
-    englishQuestion.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish,
-                                                               QStringLiteral("Green apple"));
+    englishQuestion.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish, u"Green apple"_s);
     std::thread first([&french] { french.saved = french.document->SaveBatch(); });
     std::thread second([&english] { english.saved = english.document->SaveBatch(); });
     first.join();
@@ -166,33 +163,32 @@ TEST(CampaignFromAnotherProgram, ExportsMovesToAServerAndBackIsSharedThereAndMig
     EXPECT_TRUE(english.saved) << english.document->LastError().toStdString();
 
     const vw::CCampaign both = Load(server);
-    EXPECT_EQ(QuestionCaption(both, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
-    EXPECT_EQ(ResponseCaption(both, 11, kEnglish), QStringLiteral("Green apple"));
-    EXPECT_EQ(ResponseCaption(both, 11, kFrench), QStringLiteral("Pomme"));
-    EXPECT_EQ(both.m_versionNumber, QStringLiteral("5,6,1,0"));
+    EXPECT_EQ(QuestionCaption(both, kFrench), u"Quel fruit aimez-vous ?"_s);
+    EXPECT_EQ(ResponseCaption(both, 11, kEnglish), u"Green apple"_s);
+    EXPECT_EQ(ResponseCaption(both, 11, kFrench), u"Pomme"_s);
+    EXPECT_EQ(both.m_versionNumber, u"5,6,1,0"_s);
 
     // The file, translated through its export and given a language.
     ASSERT_TRUE(testutil::WriteAll(exported, testutil::Utf16Le(translated)));
-    const BatchRun importRun = Batch({file, QStringLiteral("translate:") + exported});
+    const BatchRun importRun = Batch({file, u"translate:"_s + exported});
     EXPECT_EQ(importRun.exitCode, 2) << importRun.messages.toStdString();
 
-    const BatchRun added =
-        Batch({file, QStringLiteral("addlanguage"), QStringLiteral("languages:%1").arg(kGerman)});
+    const BatchRun added = Batch({file, u"addlanguage"_s, u"languages:%1"_s.arg(kGerman)});
     EXPECT_EQ(added.exitCode, 0) << added.messages.toStdString();
 
     util::sql::Connection db;
     ASSERT_TRUE(db.Open(file));
-    EXPECT_TRUE(db.HasTable(QStringLiteral("Tags")));
-    EXPECT_TRUE(db.HasColumn(QStringLiteral("Questions"), QStringLiteral("Tags")));
-    EXPECT_TRUE(db.HasColumn(QStringLiteral("Modalities"), QStringLiteral("Tags")));
+    EXPECT_TRUE(db.HasTable(u"Tags"_s));
+    EXPECT_TRUE(db.HasColumn(u"Questions"_s, u"Tags"_s));
+    EXPECT_TRUE(db.HasColumn(u"Modalities"_s, u"Tags"_s));
     db.Close();
 
     const vw::CCampaign saved = Load(file);
-    EXPECT_EQ(saved.m_versionNumber, QStringLiteral("5,6,1,0"));
-    EXPECT_EQ(QuestionCaption(saved, kFrench), QStringLiteral("Quel fruit aimez-vous ?"));
-    EXPECT_EQ(ResponseCaption(saved, 13, kFrench), QStringLiteral("Prune"));
-    EXPECT_EQ(ResponseCaption(saved, 11, kFrench), QStringLiteral("Pomme"));
-    EXPECT_EQ(saved.FindQuestion(10)->m_userData, QStringLiteral("kept as is"));
+    EXPECT_EQ(saved.m_versionNumber, u"5,6,1,0"_s);
+    EXPECT_EQ(QuestionCaption(saved, kFrench), u"Quel fruit aimez-vous ?"_s);
+    EXPECT_EQ(ResponseCaption(saved, 13, kFrench), u"Prune"_s);
+    EXPECT_EQ(ResponseCaption(saved, 11, kFrench), u"Pomme"_s);
+    EXPECT_EQ(saved.FindQuestion(10)->m_userData, u"kept as is"_s);
     ASSERT_NE(saved.FindLanguage(kGerman), nullptr);
     EXPECT_TRUE(saved.FindLanguage(kEnglish)->m_isDefault);
 }
@@ -207,7 +203,7 @@ QByteArray Snapshot(const QString& location, const QString& scratch) {
     QStringList tables = db.Tables();
     db.Close();
     tables.sort();
-    const QByteArray names = tables.join(QLatin1Char(' ')).toUtf8();
+    const QByteArray names = tables.join(u' ').toUtf8();
     return tables.isEmpty() ? names : names + '\n' + Export(location, scratch);
 }
 
@@ -223,14 +219,14 @@ TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetN
     testutil::PostgresServer postgres;
     ASSERT_TRUE(postgres.Start()) << postgres.Error().toStdString();
     QTemporaryDir dir;
-    const QString scratch = dir.filePath(QStringLiteral("scratch.txt"));
-    const QString xml = testutil::SourcePath(QStringLiteral("examples/customer-satisfaction.xml"));
-    const QString file = dir.filePath(QStringLiteral("source.qew"));
+    const QString scratch = dir.filePath(u"scratch.txt"_s);
+    const QString xml = testutil::SourcePath(u"examples/customer-satisfaction.xml"_s);
+    const QString file = dir.filePath(u"source.qew"_s);
     for (const QString& from : {xml, file}) {
-        const BatchRun run = Batch({from, QStringLiteral("saveas:") + file});
+        const BatchRun run = Batch({from, u"saveas:"_s + file});
         ASSERT_EQ(run.exitCode, 0) << run.messages.toStdString();
     }
-    EXPECT_EQ(Load(file).m_versionNumber, QStringLiteral("5,6,1,0")); // as the program writes it
+    EXPECT_EQ(Load(file).m_versionNumber, u"5,6,1,0"_s); // as the program writes it
     app::AppContext context;
     CQuestionnaire original;
     CQuestionnaire campaign;
@@ -253,10 +249,10 @@ TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetN
     }
     EXPECT_GT(responses, 10);
 
-    const QString server = postgres.CreateDatabase(QStringLiteral("source"));
-    ASSERT_EQ(Batch({file, QStringLiteral("saveas:") + server}).exitCode, 0);
+    const QString server = postgres.CreateDatabase(u"source"_s);
+    ASSERT_EQ(Batch({file, u"saveas:"_s + server}).exitCode, 0);
     // Targets hold another campaign than the sources.
-    const QString other = dir.filePath(QStringLiteral("other.qew"));
+    const QString other = dir.filePath(u"other.qew"_s);
     WriteWithPython(other);
 
     enum class Target { File, Absent, Server, EmptyServer };
@@ -270,15 +266,15 @@ TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetN
     };
     int row = 0;
     for (const auto& c : cases) {
-        const QString name = QStringLiteral("target%1").arg(++row);
-        QString target = dir.filePath(name + QStringLiteral(".qew"));
+        const QString name = u"target%1"_s.arg(++row);
+        QString target = dir.filePath(name + u".qew"_s);
         if (c.target == Target::File) {
             ASSERT_TRUE(QFile::copy(other, target));
         }
         if (c.target == Target::Server || c.target == Target::EmptyServer)
             target = postgres.CreateDatabase(name);
         if (c.target == Target::Server) {
-            ASSERT_EQ(Batch({other, QStringLiteral("saveas:") + target}).exitCode, 0);
+            ASSERT_EQ(Batch({other, u"saveas:"_s + target}).exitCode, 0);
         }
         const QByteArray before = Snapshot(target, scratch);
         const QStringList files = QDir(dir.path()).entryList(QDir::Files);
@@ -289,7 +285,7 @@ TEST(CampaignSaveAs, KeepsEveryResponseCaptionAndAFailedOneChangesNeitherTargetN
         ASSERT_TRUE(document.OpenSilently(c.source)) << document.LastError().toStdString();
         QString& shortcut = document.Questionnaire()->GetAdrQuestion(0)->m_shortcut;
         const QString mended = shortcut;
-        shortcut = QString(51, QLatin1Char('x'));
+        shortcut = QString(51, u'x');
         EXPECT_FALSE(document.SaveBatchAs(target)) << row;
         EXPECT_FALSE(document.LastError().isEmpty()) << row;
         EXPECT_EQ(document.Path(), c.source) << row;

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 namespace vw = varnel_wave;
 
 namespace {
@@ -21,11 +22,11 @@ constexpr qint32 kFrench = 1036;
 // upper-case name in the exchange tests.)
 TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNotShow) {
     QTemporaryDir dir;
-    const QString location = dir.filePath(QStringLiteral("panel.qew"));
+    const QString location = dir.filePath(u"panel.qew"_s);
     ASSERT_TRUE(campaign::CreateDatabase(location));
     // Both languages flagged default, question 300 deleted, and an older version text.
     const auto expected = vw::campaigntest::BuildCampaign();
-    expected->m_versionNumber = QStringLiteral("5.6.0.0");
+    expected->m_versionNumber = u"5.6.0.0"_s;
     expected->FindLanguage(kFrench)->m_isDefault = true;
     expected->FindQuestion(300)->m_isDeleted = true;
     const util::Outcome created = campaign::SaveCampaign(location, *expected);
@@ -36,14 +37,14 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
     campaign::RemovedResponses removed;
     ASSERT_TRUE(campaign::LoadCampaignAsQuestionnaire(location, q, *read, removed));
     q.PrepareLinks();
-    EXPECT_EQ(q.GetName(), QStringLiteral("Panel"));
+    EXPECT_EQ(q.GetName(), u"Panel"_s);
     ASSERT_EQ(q.GetLanguageCount(), 2);
     EXPECT_EQ(q.GetDefaultLanguage(), kFrench);        // the later of the two flagged
     EXPECT_FALSE(q.IsAllowingInstructionAndComment()); // a campaign keeps none
     ASSERT_EQ(q.GetNbreQuestion(), 2);
     CQuestion& question = *q.GetAdrQuestion(0);
     EXPECT_EQ(question.m_id, 100);
-    EXPECT_EQ(question.m_shortcut, QStringLiteral("Q100"));
+    EXPECT_EQ(question.m_shortcut, u"Q100"_s);
     EXPECT_EQ(q.GetQuestion(1).m_id, 200);
     const struct {
         const CLocalisedText& text;
@@ -62,31 +63,30 @@ TEST(CampaignQuestionnaire, ShowsWhatIsNotDeletedAndSavesBackKeepingWhatItDoesNo
     }
     ASSERT_EQ(question.GetNbreModalite(), 1);
     EXPECT_EQ(question.GetModalite(0).m_id, 1001);
-    EXPECT_EQ(question.GetModalite(0).GetLocalisedLongCaption(kFrench), QStringLiteral("Oui"));
+    EXPECT_EQ(question.GetModalite(0).GetLocalisedLongCaption(kFrench), u"Oui"_s);
     ASSERT_EQ(removed.size(), 1u);
     EXPECT_EQ(removed[0]->m_modalityID, 1002);
     EXPECT_TRUE(removed[0]->m_isDeleted);
 
     // Saved back over the campaign as read.
-    question.SetLocalisedShortCaption(kFrench, QStringLiteral("Âge"));
-    question.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish, QStringLiteral("Certainly"));
+    question.SetLocalisedShortCaption(kFrench, u"Âge"_s);
+    question.GetAdrModalite(0)->SetLocalisedLongCaption(kEnglish, u"Certainly"_s);
     const util::Outcome saved =
         campaign::SaveQuestionnaireIntoCampaign(location, q, read, removed, true);
     ASSERT_TRUE(saved) << saved.Reason().toStdString();
     vw::CCampaign written;
     ASSERT_TRUE(campaign::LoadCampaign(location, written));
-    EXPECT_EQ(written.m_versionNumber, QStringLiteral("5,6,1,0"));
+    EXPECT_EQ(written.m_versionNumber, u"5,6,1,0"_s);
     const vw::CQuestion* question100 = written.FindQuestion(100);
     ASSERT_NE(question100, nullptr);
     EXPECT_EQ(question100->m_indent, 1); // not in the questionnaire, kept
     ASSERT_NE(question100->FindCaption(kFrench), nullptr);
-    EXPECT_EQ(question100->FindCaption(kFrench)->m_shortCaption, QStringLiteral("Âge"));
-    EXPECT_EQ(question100->FindCaption(kFrench)->m_longCaption,
-              QStringLiteral("Quel âge avez-vous ?"));
+    EXPECT_EQ(question100->FindCaption(kFrench)->m_shortCaption, u"Âge"_s);
+    EXPECT_EQ(question100->FindCaption(kFrench)->m_longCaption, u"Quel âge avez-vous ?"_s);
     const vw::CModality* kept = written.FindModality(1001);
     ASSERT_NE(kept, nullptr);
-    EXPECT_EQ(kept->FindCaption(kEnglish)->m_shortCaption, QStringLiteral("Certainly"));
-    EXPECT_EQ(kept->m_userData, QStringLiteral("data of 1001"));
+    EXPECT_EQ(kept->FindCaption(kEnglish)->m_shortCaption, u"Certainly"_s);
+    EXPECT_EQ(kept->m_userData, u"data of 1001"_s);
     // The deleted response and question are back as they were.
     const vw::CModality* deleted = written.FindModality(1002);
     ASSERT_NE(deleted, nullptr);
@@ -123,7 +123,7 @@ TEST(CampaignQuestionnaire, RefusesIdsBelowZeroItWouldShow) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.change);
         QTemporaryDir dir;
-        const QString location = dir.filePath(QStringLiteral("panel.qew"));
+        const QString location = dir.filePath(u"panel.qew"_s);
         ASSERT_TRUE(campaign::CreateDatabase(location));
         const auto built = vw::campaigntest::BuildCampaign();
         built->FindQuestion(300)->m_isDeleted = true;

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using campaign::LoadCampaign;
 using campaign::SaveCampaign;
 using util::sql::Connection;
@@ -23,7 +24,7 @@ namespace {
 // --- a campaign written out field by field, so that two campaigns compare line by line ---
 
 template <typename... Fields> QString Line(const Fields&... fields) {
-    return QStringList{QVariant(fields).toString()...}.join(QLatin1Char('|'));
+    return QStringList{QVariant(fields).toString()...}.join(u'|');
 }
 
 std::string Describe(const CCampaign& c) {
@@ -32,7 +33,7 @@ std::string Describe(const CCampaign& c) {
         lines.append(Line("wave", w->m_waveID, w->m_waveOrder, w->m_name, w->m_description,
                           w->m_waveStart, w->m_waveEnd, w->m_waveMidpoint));
         for (const CVolume* v : w->Volumes())
-            lines.append(QStringLiteral(" lists volume %1").arg(v->m_volumeID));
+            lines.append(u" lists volume %1"_s.arg(v->m_volumeID));
     }
     for (const auto& v : c.Volumes())
         lines.append(
@@ -75,7 +76,7 @@ std::string Describe(const CCampaign& c) {
         }
     }
     for (const CModality* m : c.Modalities())
-        lines.append(QStringLiteral("listed response %1").arg(m->m_modalityID));
+        lines.append(u"listed response %1"_s.arg(m->m_modalityID));
     for (const auto& x : c.QuestionClasses())
         lines.append(Line("class", x->m_questionClassID, x->m_caption));
     for (const auto& x : c.Languages())
@@ -84,7 +85,7 @@ std::string Describe(const CCampaign& c) {
         lines.append(Line("version", x->m_versionID, x->m_longCaption, x->m_shortCaption));
     for (const auto& x : c.Tags())
         lines.append(Line("tag", x->m_tagID, x->m_caption, x->m_description));
-    return lines.join(QLatin1Char('\n')).toStdString();
+    return lines.join(u'\n').toStdString();
 }
 
 std::string Load(const QString& location) {
@@ -97,7 +98,7 @@ std::string Load(const QString& location) {
 class CampaignStoreTest : public testutil::EachEngineTest {
 protected:
     void SetUp() override {
-        m_location = NewLocation(QStringLiteral("campaign"));
+        m_location = NewLocation(u"campaign"_s);
         ASSERT_FALSE(m_location.isEmpty());
         const util::Outcome created = campaign::CreateDatabase(m_location);
         ASSERT_TRUE(created) << created.Reason().toStdString();
@@ -127,13 +128,13 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     EXPECT_EQ(Rows("SELECT COUNT(*) FROM \"QuestionCaptions\""), QStringList{"6"});
 
     CCampaign changed(*built);
-    changed.m_name = QStringLiteral("Changed");
-    changed.Questions()[0]->m_captions[0]->m_longCaption = QStringLiteral("Changed caption");
+    changed.m_name = u"Changed"_s;
+    changed.Questions()[0]->m_captions[0]->m_longCaption = u"Changed caption"_s;
     // Appearing in a volume the campaign does not hold breaks a relation.
     changed.AddQuestion(Question(400, 4, 77));
     const util::Outcome failed = SaveCampaign(m_location, changed);
     ASSERT_FALSE(failed);
-    EXPECT_TRUE(failed.Reason().contains(QLatin1String("CDBAccessADO::SaveQuestions")))
+    EXPECT_TRUE(failed.Reason().contains("CDBAccessADO::SaveQuestions"_L1))
         << failed.Reason().toStdString();
     // Loads back as first saved: every field round-trips and the failed save left nothing.
     EXPECT_EQ(Load(m_location), Describe(*built));
@@ -142,7 +143,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     // tables' sort orders load back in them.
     const auto smaller = BuildCampaign(false);
     const auto unsorted = BuildCampaign(false, false);
-    smaller->m_name = unsorted->m_name = QStringLiteral("Renamed");
+    smaller->m_name = unsorted->m_name = u"Renamed"_s;
     Save(*unsorted);
     // Question 300 went with its captions and matching, the second tag with it.
     EXPECT_EQ(Rows("SELECT (SELECT COUNT(*) FROM \"Campaigns\"), (SELECT COUNT(*) FROM \"Tags\"), "
@@ -150,13 +151,12 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
                    "(SELECT COUNT(*) FROM \"QuestionMatchings\")"),
               QStringList{"1|1|4|2"});
     // Caption rows of owners the campaign lacks, which no relation would let in, are skipped.
-    QStringList statements{
-        QStringLiteral("INSERT INTO \"QuestionCaptions\" (\"QuestionID\", \"LanguageID\", "
-                       "\"LongCaption\") VALUES (999, 1033, 'x')"),
-        QStringLiteral("INSERT INTO \"ModalityCaptions\" (\"ModalityID\", \"QuestionID\", "
-                       "\"LanguageID\", \"ShortCaption\") VALUES (9999, 100, 1033, 'y')")};
+    QStringList statements{u"INSERT INTO \"QuestionCaptions\" (\"QuestionID\", \"LanguageID\", "
+                           "\"LongCaption\") VALUES (999, 1033, 'x')"_s,
+                           u"INSERT INTO \"ModalityCaptions\" (\"ModalityID\", \"QuestionID\", "
+                           "\"LanguageID\", \"ShortCaption\") VALUES (9999, 100, 1033, 'y')"_s};
     if (!Sqlite())
-        statements.prepend(QStringLiteral("SET session_replication_role = replica"));
+        statements.prepend(u"SET session_replication_role = replica"_s);
     ASSERT_TRUE(testutil::Sql(m_location, statements));
     EXPECT_EQ(Load(m_location), Describe(*smaller));
 
@@ -165,7 +165,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     CQuestion question(*smaller->FindQuestion(100));
     CModality response(*smaller->FindModality(1001));
     question.m_captions.erase(question.m_captions.begin() + 1);
-    question.m_captions[0]->m_longCaption = QStringLiteral("Your age?");
+    question.m_captions[0]->m_longCaption = u"Your age?"_s;
     auto germanQuestion = QuestionCaption(100, 1031, "Wie alt sind Sie?", "Alter");
     // A first U+FEFF is a character: SQLite would take it for a byte order mark and drop it.
     if (Sqlite())
@@ -175,7 +175,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     response.m_captions.erase(response.m_captions.begin() + 1);
     auto german = std::make_unique<CModalityCaption>(*response.m_captions[0]);
     german->m_languageID = 1031;
-    german->m_shortCaption = QStringLiteral("Ja");
+    german->m_shortCaption = u"Ja"_s;
     response.AddCaption(std::move(german));
     {
         Connection db;
@@ -211,10 +211,9 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
     // Question flags a file lacks hold true, as the migration adding their columns fills them
     // (question 200 holds false).
     Save(*BuildCampaign());
-    ASSERT_TRUE(testutil::Sql(
-        m_location,
-        {QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""),
-         QStringLiteral("ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\"")}));
+    ASSERT_TRUE(testutil::Sql(m_location,
+                              {u"ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""_s,
+                               u"ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\""_s}));
     CCampaign withoutFlags;
     ASSERT_TRUE(LoadCampaign(m_location, withoutFlags));
     for (const auto& question : withoutFlags.Questions()) {
@@ -241,7 +240,7 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         }
     }
     // A file older than tags is read without a tag table.
-    ASSERT_TRUE(testutil::Sql(m_location, {QStringLiteral("DROP TABLE \"Tags\"")}));
+    ASSERT_TRUE(testutil::Sql(m_location, {u"DROP TABLE \"Tags\""_s}));
     CCampaign loaded;
     const util::Outcome read = LoadCampaign(m_location, loaded);
     ASSERT_TRUE(read) << read.Reason().toStdString();
@@ -251,21 +250,20 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
     // Any other missing table fails the read and the save under the operation that needs it.
     const auto built = BuildCampaign();
     CCampaign renamed(*built);
-    renamed.m_name = QStringLiteral("Renamed");
+    renamed.m_name = u"Renamed"_s;
     for (const char* table : {"Languages", "QuestionClasses", "Versions"}) {
         SCOPED_TRACE(table);
         ASSERT_TRUE(campaign::CreateDatabase(m_location));
         Save(*built);
-        ASSERT_TRUE(testutil::Sql(m_location,
-                                  {QStringLiteral("DROP TABLE \"%1\"").arg(QLatin1String(table))}));
+        ASSERT_TRUE(testutil::Sql(m_location, {u"DROP TABLE \"%1\""_s.arg(QLatin1String(table))}));
         CCampaign damaged;
         const util::Outcome read = LoadCampaign(m_location, damaged);
         ASSERT_FALSE(read);
-        EXPECT_TRUE(read.Reason().contains(QLatin1String("CDBAccessADO::Read") + table))
+        EXPECT_TRUE(read.Reason().contains("CDBAccessADO::Read"_L1 + table))
             << read.Reason().toStdString();
         const util::Outcome saved = SaveCampaign(m_location, renamed);
         ASSERT_FALSE(saved);
-        EXPECT_TRUE(saved.Reason().contains(QLatin1String("CDBAccessADO::Save") + table))
+        EXPECT_TRUE(saved.Reason().contains("CDBAccessADO::Save"_L1 + table))
             << saved.Reason().toStdString();
         // The campaign row written before the failure went with it.
         EXPECT_EQ(Rows("SELECT \"Name\" FROM \"Campaigns\""), QStringList{"Panel"});
@@ -295,7 +293,7 @@ TEST(CampaignStoreClosed, ReadsAndSavesWithoutADatabaseFailUnderTheirNames) {
     }
     // Loading a missing file fails without creating it.
     QTemporaryDir dir;
-    const QString location = dir.filePath(QStringLiteral("missing.qew"));
+    const QString location = dir.filePath(u"missing.qew"_s);
     EXPECT_FALSE(LoadCampaign(location, c));
     EXPECT_FALSE(QFileInfo::exists(location));
 }
