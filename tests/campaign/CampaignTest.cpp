@@ -77,7 +77,7 @@ QByteArray WaveBytes(qint32 firstId, const QByteArray& volumes) {
            Date(45010.25) + Date(45005.375) + volumes + I32(77);
 }
 
-TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
+TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesLoadBackWholeAndEndWhenCutShort) {
     // A loaded info keeps its own first field.
     VolumeSourceInfo info = SampleInfo();
     EXPECT_EQ(Store(info), kInfoBytes);
@@ -122,26 +122,19 @@ TEST(ArchiveLayoutTest, SourceInfoAndWaveMatchHandMadeBytesAndLoadBackWhole) {
     std::vector<std::unique_ptr<CVolume>> taken = loaded.TakeLoadedVolumes();
     EXPECT_EQ(taken.size(), 2u);
     EXPECT_EQ(loaded.Volumes()[0], taken[0].get());
-}
 
-TEST(ArchiveLayoutTest, EveryShortBufferEndsAtEndOfFile) {
-    CVolume volume;
-    volume.m_volumeID = 3;
-    volume.m_name = u"V"_s;
-    CWave wave = SampleWave();
-    wave.AddVolume(&volume);
-    const QByteArray waveBytes = Store(wave);
-    for (qsizetype size = 0; size < waveBytes.size(); ++size) {
+    // Every short buffer, cut inside a volume and its source info too, ends at end of file.
+    for (qsizetype size = 0; size < bytes.size(); ++size) {
         VolumeSourceInfo info;
         if (size < kInfoBytes.size()) {
             EXPECT_EQ(Load(info, kInfoBytes.left(size)), CArchiveVersion::kEndOfFile) << size;
         }
-        CWave loaded;
-        EXPECT_EQ(Load(loaded, waveBytes.left(size)), CArchiveVersion::kEndOfFile) << size;
+        CWave cut;
+        EXPECT_EQ(Load(cut, bytes.left(size)), CArchiveVersion::kEndOfFile) << size;
     }
 }
 
-TEST(ArchiveLayoutTest, MisuseReportsItsCauseAndTheFirstOneStays) {
+TEST(ArchiveLayoutTest, MisuseAndDamageAreReportedAndTheFirstCauseStays) {
     CArchiveVersion loading(I32(1));
     loading.WriteInt32(5);
     EXPECT_EQ(loading.GetCause(), CArchiveVersion::kReadOnly);
@@ -160,9 +153,8 @@ TEST(ArchiveLayoutTest, MisuseReportsItsCauseAndTheFirstOneStays) {
     CArchiveVersion misused(kInfoBytes);
     misused.WriteString(u"wave1.qes"_s);
     EXPECT_EQ(misused.GetCause(), CArchiveVersion::kReadOnly);
-}
 
-TEST(ArchiveLayoutTest, NegativeCountIsRefusedAndAnInvalidDateLoadsAsZero) {
+    // Damage: a negative count is refused, an invalid date loads as zero.
     CWave loaded;
     EXPECT_EQ(Load(loaded, WaveBytes(12, I32(-1))), CArchiveVersion::kGeneric);
     EXPECT_TRUE(loaded.Volumes().empty()) << "refused before any volume";
