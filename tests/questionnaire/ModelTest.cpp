@@ -13,19 +13,16 @@ namespace {
 
 TEST(LocaleTable, LanguagesAndLookupsByIdAbbreviationAndTag) {
     const util::LocaleTable& table = util::LocaleTable::Instance();
-    EXPECT_EQ(CLanguage(1033).m_shortName, u"ENU"_s);
+    // The short names ENU, FRA and DEU show in every export's header, which the export tests check.
     EXPECT_EQ(CLanguage(1033).m_name, u"English (United States)"_s);
-    EXPECT_EQ(CLanguage(1036).m_shortName, u"FRA"_s);
     EXPECT_EQ(CLanguage(9).m_name, u"English"_s); // neutral locale
     // An id nobody knows has no name: the import relies on that to refuse it.
     EXPECT_TRUE(CLanguage(0x7FFF).m_shortName.isEmpty() && CLanguage(0x7FFF).m_name.isEmpty());
     const util::LocaleInfo* german = table.Find(1031);
     ASSERT_NE(german, nullptr);
-    EXPECT_EQ(german->tag, u"de-DE"_s);
-    EXPECT_EQ(german->ansiCodePage, 1252);
-    EXPECT_EQ(german->oemCodePage, 850);
-    EXPECT_EQ(german->listSeparator, u";"_s);
-    EXPECT_EQ(german->languageNative, u"Deutsch"_s);
+    EXPECT_EQ(std::tie(german->tag, german->ansiCodePage, german->oemCodePage,
+                       german->listSeparator, german->languageNative),
+              std::tuple(u"de-DE"_s, 1252, 850, u";"_s, u"Deutsch"_s));
     EXPECT_EQ(table.FindByAbbreviation(u"enu"_s), (QList<qint32>{9, 1033}));
     EXPECT_GT(table.FindByAbbreviation(u"ZZZ"_s).size(), 1);
     ASSERT_NE(table.FindByTag(u"ja_JP"_s), nullptr);
