@@ -63,7 +63,8 @@ TEST(CaptionList, OrderAndLabelsFollowTheInstructionsSwitch) {
 }
 
 // Each id read in English, then written in German: known ids take the text, unknown ones are
-// ignored.
+// ignored. The routings' English texts tell them apart, so a German text read back went to the
+// routing the id names.
 TEST(CaptionAccess, ReadsAndWritesEveryKindAndIgnoresUnknownIds) {
     const CQuestionnaire q = testutil::MakeSample();
     const struct {
@@ -97,9 +98,6 @@ TEST(CaptionAccess, ReadsAndWritesEveryKindAndIgnoresUnknownIds) {
         else
             EXPECT_EQ(written, q);
     }
-    CQuestionnaire written = q;
-    WriteCaption(written, -2, 7, kGerman, u"Weiter"_s);
-    EXPECT_EQ(written.GetFiltre(2).GetLocalisedMessage(kGerman), u"Weiter"_s);
 }
 
 TEST(SystemMessages, LanguagesFallBackToEnglish) {
