@@ -372,42 +372,31 @@ TEST_P(CampaignDatabaseTest, RowsThatBreakTheSchemaAreRefusedAndChangedKeysAndDe
     ExpectTextRules(m_db);
 
     // On a server a Yes/No column is never null; a file keeps what was written, here nothing.
-    EXPECT_EQ(Value(m_db, "SELECT \"IsMainVolume\" IS NULL, \"IsMainVolume\" FROM \"Volumes\" "
-                          "WHERE \"VolumeID\" = 1"),
+    EXPECT_EQ(Value(m_db, R"(SELECT "IsMainVolume" IS NULL, "IsMainVolume" FROM "Volumes" WHERE )"
+                          R"("VolumeID" = 1)"),
               Sqlite() ? u"1|"_s : u"false|false"_s);
-    Exec(m_db, u"UPDATE \"Volumes\" SET \"VolumeID\" = 5 WHERE \"VolumeID\" = 2"_s);
-    Exec(m_db, u"UPDATE \"Modalities\" SET \"ModalityID\" = 101 WHERE \"ModalityID\" = 100"_s);
-    EXPECT_EQ(Value(m_db, "SELECT \"MasterModalityID\", \"ChildModalityID\", \"MergeVolumeID\" "
-                          "FROM \"ModalityMergings\""),
-              u"200|101|5"_s);
-    EXPECT_EQ(Value(m_db, "SELECT \"AppearanceVolumeID\" FROM \"Questions\" WHERE "
-                          "\"QuestionID\" = 20"),
-              u"5"_s);
-    EXPECT_EQ(Rows(m_db, u"SELECT \"ModalityID\" FROM \"ModalityCaptions\" ORDER "
-                         "BY 1"_s),
+    Exec(m_db, uR"(UPDATE "Volumes" SET "VolumeID" = 5 WHERE "VolumeID" = 2)"_s);
+    Exec(m_db, uR"(UPDATE "Modalities" SET "ModalityID" = 101 WHERE "ModalityID" = 100)"_s);
+    EXPECT_EQ(Value(m_db,
+                    R"(SELECT "MasterModalityID", "ChildModalityID", "MergeVolumeID", )"
+                    R"((SELECT "AppearanceVolumeID" FROM "Questions" WHERE "QuestionID" = 20) )"
+                    R"(FROM "ModalityMergings")"),
+              u"200|101|5|5"_s);
+    EXPECT_EQ(Rows(m_db, uR"(SELECT "ModalityID" FROM "ModalityCaptions" ORDER BY 1)"_s),
               (QStringList{u"101"_s, u"200"_s}));
 
     Exec(m_db, u"DELETE FROM \"Volumes\" WHERE \"VolumeID\" = 1"_s);
-    const struct {
-        const char* table;
-        const char* rows; // what is left is volume 5's
-    } remaining[] = {
-        {"Volumes", "5"},
-        {"Questions", "20"},
-        {"QuestionCaptions", "20"},
-        {"QuestionMatchings", "20"},
-        {"Modalities", "200"},
-        {"ModalityCaptions", "200"},
-        {"ModalityMatchings", "200"},
-        {"ModalityMergings", ""},
-    };
-    for (const auto& c : remaining) {
-        const campaign::Table* table = campaign::CampaignSchema().FindTable(QLatin1String(c.table));
-        ASSERT_NE(table, nullptr);
+    // What is left is volume 5's, by each table's first column.
+    for (const char* left :
+         {"Volumes 5", "Questions 20", "QuestionCaptions 20", "QuestionMatchings 20",
+          "Modalities 200", "ModalityCaptions 200", "ModalityMatchings 200", "ModalityMergings"}) {
+        const QStringList c = QString::fromLatin1(left).split(u' ');
+        const campaign::Table* table = campaign::CampaignSchema().FindTable(c[0]);
+        ASSERT_NE(table, nullptr) << left;
         const QString key = m_db.Quote(table->columns[0].name);
         EXPECT_EQ(Rows(m_db, u"SELECT %1 FROM %2"_s.arg(key, m_db.Quote(table->name))).join(u','),
-                  QLatin1String(c.rows))
-            << c.table;
+                  c.value(1))
+            << left;
     }
 }
 
@@ -625,12 +614,13 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
         << "14 tables, 104 columns, 20 indexes, 10 relations";
     // A version text older than the tables: every step finds its work done, fills included.
     InsertCampaign(fresh);
-    Exec(fresh, u"UPDATE \"Questions\" SET \"IsDevelopLevels\" = %1, "
-                "\"IsVisibleInAnalyse\" = %1"_s.arg(Bool(false)));
+    Exec(fresh,
+         uR"(UPDATE "Questions" SET "IsDevelopLevels" = %1, "IsVisibleInAnalyse" = %1)"_s.arg(
+             Bool(false)));
     const util::Outcome skipped = MigrateDatabase(fresh, u"5.0"_s);
     ASSERT_TRUE(skipped) << skipped.Reason().toStdString();
     EXPECT_EQ(Catalogue(fresh), expected);
-    EXPECT_EQ(Value(fresh, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM \"Questions\""),
+    EXPECT_EQ(Value(fresh, R"(SELECT "IsDevelopLevels", "IsVisibleInAnalyse" FROM "Questions")"),
               u"%1|%1"_s.arg(Bool(false)));
     // Besides what a new database allows, the oldest one allows empty texts where steps let it.
     const QStringList alsoEmpty =
@@ -651,21 +641,23 @@ TEST_P(MigrationsTest, AnOldDatabaseBecomesTheCurrentOne) {
         ASSERT_TRUE(migrated) << migrated.Reason().toStdString();
         EXPECT_EQ(Catalogue(db), expected);
         // The rows are kept, rebuilt tables included, and relations still cascade.
-        EXPECT_EQ(Value(db, "SELECT \"CaseData\", \"Versions\", \"LongCaption\", \"ShortCaption\" "
-                            "FROM \"Volumes\", \"Questions\" q, \"QuestionCaptions\" c WHERE "
-                            "\"VolumeID\" = 1 AND q.\"QuestionID\" = 10 AND c.\"QuestionID\" = 10"),
+        EXPECT_EQ(Value(db,
+                        R"(SELECT "CaseData", "Versions", "LongCaption", "ShortCaption" FROM )"
+                        R"("Volumes", "Questions" q, "QuestionCaptions" c WHERE "VolumeID" = 1 )"
+                        R"(AND q."QuestionID" = 10 AND c."QuestionID" = 10)"),
                   u"cases|v1|Long|Short"_s);
         if (Sqlite()) {
             EXPECT_EQ(Value(db, "PRAGMA foreign_keys"), u"1"_s);
         }
         if (*from == '\0') {
-            EXPECT_EQ(Value(db, "SELECT \"MatchUsingAncestorValues\", \"CaseSensitiveMatching\", "
-                                "\"AddNoNewQuestions\", \"ReconciliationSourceQuestionIDs\" "
-                                "FROM \"Volumes\""),
-                      u"%1|%1|%1|"_s.arg(Bool(false)));
-            EXPECT_EQ(Value(db, "SELECT \"IsDevelopLevels\", \"IsVisibleInAnalyse\" FROM "
-                                "\"Questions\""),
-                      u"%1|%1"_s.arg(Bool(true)));
+            EXPECT_EQ(
+                Value(db,
+                      R"(SELECT "MatchUsingAncestorValues", "CaseSensitiveMatching", )"
+                      R"("AddNoNewQuestions", "ReconciliationSourceQuestionIDs" FROM "Volumes")"),
+                u"%1|%1|%1|"_s.arg(Bool(false)));
+            EXPECT_EQ(
+                Value(db, R"(SELECT "IsDevelopLevels", "IsVisibleInAnalyse" FROM "Questions")"),
+                u"%1|%1"_s.arg(Bool(true)));
             EXPECT_EQ(Value(db, "SELECT \"BaseType\" FROM \"Modalities\""), u"0"_s);
             ExpectTextRules(db, alsoEmpty);
         }
@@ -687,8 +679,9 @@ TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
     EXPECT_FALSE(db.HasTable(u"Tags"_s));
     // Once the cause is gone the same version text migrates: what was done is not done twice.
     Exec(db, u"DELETE FROM \"Waves\" WHERE \"WaveID\" = 2"_s);
-    Exec(db, u"INSERT INTO \"Volumes\" (\"VolumeID\", \"WaveID\", "
-             "\"AddNoNewQuestions\") VALUES (1, 1, %1)"_s.arg(Bool(true)));
+    Exec(db,
+         uR"(INSERT INTO "Volumes" ("VolumeID", "WaveID", "AddNoNewQuestions") VALUES (1, 1, %1))"_s
+             .arg(Bool(true)));
     const util::Outcome again = MigrateDatabase(db, u"5.2.3.6"_s);
     ASSERT_TRUE(again) << again.Reason().toStdString();
     EXPECT_EQ(Value(db, "SELECT \"AddNoNewQuestions\" FROM \"Volumes\""), Bool(true));
