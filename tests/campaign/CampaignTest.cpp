@@ -17,15 +17,16 @@ using namespace varnel_wave;
 
 namespace {
 
-QByteArray I32(qint32 value) {
-    QByteArray b(4, '\0');
+template <class T> QByteArray LittleEndian(T value) {
+    QByteArray b(sizeof value, '\0');
     qToLittleEndian(value, b.data());
     return b;
 }
+QByteArray I32(qint32 value) {
+    return LittleEndian(value);
+}
 QByteArray F64(double value) {
-    QByteArray b(8, '\0');
-    qToLittleEndian(std::bit_cast<quint64>(value), b.data());
-    return b;
+    return LittleEndian(std::bit_cast<quint64>(value));
 }
 // Short wide strings only: the length fits the byte after the marker.
 QByteArray Wide(const QString& text) {

@@ -325,20 +325,17 @@ TEST_P(CampaignDatabaseTest, CatalogueHoldsEveryTableColumnIndexAndRelation) {
     }
     EXPECT_EQ(Lines(testutil::TableNames(m_db)), Lines(tables));
     // Every relation cascades on update and delete.
-    QStringList relations =
-        Split("Modalities_ModalityMergingsChild Modalities.ModalityID "
-              "ModalityMergings.ChildModalityID;"
-              "Modalities_ModalityMergingsMaster Modalities.ModalityID "
-              "ModalityMergings.MasterModalityID;"
-              "Modalities_Modality_Captions Modalities.ModalityID ModalityCaptions.ModalityID;"
-              "Questions_Question_Captions Questions.QuestionID QuestionCaptions.QuestionID;"
-              "Volumes_ModalityMergings Volumes.VolumeID ModalityMergings.MergeVolumeID;"
-              "Volumes_Modalities Volumes.VolumeID Modalities.AppearanceVolumeID;"
-              "Volumes_Modality_Matchings Volumes.VolumeID ModalityMatchings.VolumeID;"
-              "Volumes_Question_Matchings Volumes.VolumeID QuestionMatchings.VolumeID;"
-              "Volumes_Questions Volumes.VolumeID Questions.AppearanceVolumeID;"
-              "Waves_Volumes Waves.WaveID Volumes.WaveID",
-              ';');
+    QStringList relations = {
+        "Modalities_ModalityMergingsChild Modalities.ModalityID ModalityMergings.ChildModalityID",
+        "Modalities_ModalityMergingsMaster Modalities.ModalityID ModalityMergings.MasterModalityID",
+        "Modalities_Modality_Captions Modalities.ModalityID ModalityCaptions.ModalityID",
+        "Questions_Question_Captions Questions.QuestionID QuestionCaptions.QuestionID",
+        "Volumes_ModalityMergings Volumes.VolumeID ModalityMergings.MergeVolumeID",
+        "Volumes_Modalities Volumes.VolumeID Modalities.AppearanceVolumeID",
+        "Volumes_Modality_Matchings Volumes.VolumeID ModalityMatchings.VolumeID",
+        "Volumes_Question_Matchings Volumes.VolumeID QuestionMatchings.VolumeID",
+        "Volumes_Questions Volumes.VolumeID Questions.AppearanceVolumeID",
+        "Waves_Volumes Waves.WaveID Volumes.WaveID"};
     relations.sort();
     EXPECT_EQ(Lines(testutil::RelationCatalogue(m_db)), Lines(relations));
 }
