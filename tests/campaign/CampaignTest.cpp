@@ -217,35 +217,15 @@ CModalityMatching* AddResponse(CCampaign& campaign, qint32 id, qint32 question, 
     return campaign.AddModalityMatching(std::move(matching));
 }
 
-TEST(CampaignTest, VolumesAreListedAndOrderedByTheirWaves) {
-    // How volumes are listed in their waves is checked on the full campaign below.
-    const auto campaign = TwoWaves();
-    EXPECT_EQ(campaign->FindVolume(6), nullptr);
-
-    struct Case {
-        qint32 first, second;
-        bool before;
-    };
-    const Case cases[] = {
-        {10, 11, true},        {11, 10, false},   {10, 10, false},  {11, 5, true},
-        {5, 10, false},        {10, kOpen, true}, {5, kOpen, true}, {kOpen, 10, false},
-        {kOpen, kOpen, false}, {10, 55, false},   {55, 10, false},  {55, kOpen, false},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(campaign->IsVolumeBefore(c.first, c.second), c.before)
-            << c.first << " before " << c.second;
-}
-
 // Each case also holds a response in volume 11, where no question matching is, left alone.
 TEST(CampaignTest, EndVolumeRepair) {
-    struct Case {
+    const struct {
         const char* what;
         qint32 question;
         qint32 questionEnd; // of the question matching in volume 10
         qint32 responseEnd; // of the response matching in volume 10
         qint32 expectedEnd;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"open end cut back", 2, 11, kOpen, 11},
         {"open end cut back to its own volume", 4, 10, kOpen, 10},
         {"later end cut back across waves", 2, 11, 5, 11},
@@ -255,7 +235,7 @@ TEST(CampaignTest, EndVolumeRepair) {
         {"question 1 never changed", 1, 10, kOpen, kOpen},
         {"unknown question end leaves it", 2, 99, kOpen, kOpen},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         auto campaign = TwoWaves();
         AddQuestion(*campaign, c.question);
         AddQuestionMatching(*campaign, c.question, 10, c.questionEnd);
@@ -281,8 +261,23 @@ TEST(CampaignTest, EndVolumeRepair) {
     }
 }
 
-TEST(CampaignTest, RowsFindTheirOwnersByIdAndUnknownOnesAreDropped) {
+// How volumes are listed in their waves is checked on the full campaign below.
+TEST(CampaignTest, VolumesOrderByTheirWavesRowsFindTheirOwnersByIdAndUnknownOnesAreDropped) {
     auto campaign = TwoWaves();
+    EXPECT_EQ(campaign->FindVolume(6), nullptr);
+
+    const struct {
+        qint32 first, second;
+        bool before;
+    } cases[] = {
+        {10, 11, true},        {11, 10, false},   {10, 10, false},  {11, 5, true},
+        {5, 10, false},        {10, kOpen, true}, {5, kOpen, true}, {kOpen, 10, false},
+        {kOpen, kOpen, false}, {10, 55, false},   {55, 10, false},  {55, kOpen, false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(campaign->IsVolumeBefore(c.first, c.second), c.before)
+            << c.first << " before " << c.second;
+
     CQuestion* two = AddQuestion(*campaign, 2);
     CQuestion* three = AddQuestion(*campaign, 3);
     AddQuestion(*campaign, 2); // listed, but the id keeps finding the first
