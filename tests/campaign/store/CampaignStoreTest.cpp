@@ -125,7 +125,7 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     const auto built = BuildCampaign();
     Save(*built);
     // The empty French short caption and wave description are no text, not a changed one.
-    EXPECT_EQ(Rows("SELECT COUNT(*) FROM \"QuestionCaptions\""), QStringList{"6"});
+    EXPECT_EQ(Rows(R"(SELECT COUNT(*) FROM "QuestionCaptions")"), QStringList{"6"});
 
     CCampaign changed(*built);
     changed.m_name = u"Changed"_s;
@@ -146,15 +146,15 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
     smaller->m_name = unsorted->m_name = u"Renamed"_s;
     Save(*unsorted);
     // Question 300 went with its captions and matching, the second tag with it.
-    EXPECT_EQ(Rows("SELECT (SELECT COUNT(*) FROM \"Campaigns\"), (SELECT COUNT(*) FROM \"Tags\"), "
-                   "(SELECT COUNT(*) FROM \"QuestionCaptions\"), "
-                   "(SELECT COUNT(*) FROM \"QuestionMatchings\")"),
+    EXPECT_EQ(Rows(R"(SELECT (SELECT COUNT(*) FROM "Campaigns"), (SELECT COUNT(*) FROM "Tags"), )"
+                   R"((SELECT COUNT(*) FROM "QuestionCaptions"), )"
+                   R"((SELECT COUNT(*) FROM "QuestionMatchings"))"),
               QStringList{"1|1|4|2"});
     // Caption rows of owners the campaign lacks, which no relation would let in, are skipped.
-    QStringList statements{u"INSERT INTO \"QuestionCaptions\" (\"QuestionID\", \"LanguageID\", "
-                           "\"LongCaption\") VALUES (999, 1033, 'x')"_s,
-                           u"INSERT INTO \"ModalityCaptions\" (\"ModalityID\", \"QuestionID\", "
-                           "\"LanguageID\", \"ShortCaption\") VALUES (9999, 100, 1033, 'y')"_s};
+    QStringList statements{uR"(INSERT INTO "QuestionCaptions" ("QuestionID", "LanguageID", )"
+                           R"("LongCaption") VALUES (999, 1033, 'x'))"_s,
+                           uR"(INSERT INTO "ModalityCaptions" ("ModalityID", "QuestionID", )"
+                           R"("LanguageID", "ShortCaption") VALUES (9999, 100, 1033, 'y'))"_s};
     if (!Sqlite())
         statements.prepend(u"SET session_replication_role = replica"_s);
     ASSERT_TRUE(testutil::Sql(m_location, statements));
@@ -185,12 +185,12 @@ TEST_P(CampaignStoreTest, SavesLoadBackEqualInPlaceAndAFailedSaveChangesNothing)
             ASSERT_TRUE(campaign::SaveModalityCaptions(db, response));
         }
     }
-    EXPECT_EQ(Rows("SELECT \"LanguageID\", \"LongCaption\", \"ShortCaption\" FROM "
-                   "\"QuestionCaptions\" WHERE \"QuestionID\" = 100 ORDER BY 1"),
+    EXPECT_EQ(Rows(R"(SELECT "LanguageID", "LongCaption", "ShortCaption" FROM "QuestionCaptions" )"
+                   R"(WHERE "QuestionID" = 100 ORDER BY 1)"),
               (QStringList{"1031|Wie alt sind Sie?|" + germanShort, "1033|Your age?|Age",
                            QString::fromUtf8("1036|Quel \xC3\xA2ge avez-vous ?|")}));
-    EXPECT_EQ(Rows("SELECT \"LanguageID\", \"QuestionID\", \"ShortCaption\" FROM "
-                   "\"ModalityCaptions\" WHERE \"ModalityID\" = 1001 ORDER BY 1"),
+    EXPECT_EQ(Rows(R"(SELECT "LanguageID", "QuestionID", "ShortCaption" FROM "ModalityCaptions" )"
+                   R"(WHERE "ModalityID" = 1001 ORDER BY 1)"),
               (QStringList{"1031|100|Ja", "1033|100|Yes", "1036|100|Oui"}));
 }
 
@@ -212,8 +212,8 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
     // (question 200 holds false).
     Save(*BuildCampaign());
     ASSERT_TRUE(testutil::Sql(m_location,
-                              {u"ALTER TABLE \"Questions\" DROP COLUMN \"IsDevelopLevels\""_s,
-                               u"ALTER TABLE \"Questions\" DROP COLUMN \"IsVisibleInAnalyse\""_s}));
+                              {uR"(ALTER TABLE "Questions" DROP COLUMN "IsDevelopLevels")"_s,
+                               uR"(ALTER TABLE "Questions" DROP COLUMN "IsVisibleInAnalyse")"_s}));
     CCampaign withoutFlags;
     ASSERT_TRUE(LoadCampaign(m_location, withoutFlags));
     for (const auto& question : withoutFlags.Questions()) {
@@ -240,7 +240,7 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         }
     }
     // A file older than tags is read without a tag table.
-    ASSERT_TRUE(testutil::Sql(m_location, {u"DROP TABLE \"Tags\""_s}));
+    ASSERT_TRUE(testutil::Sql(m_location, {uR"(DROP TABLE "Tags")"_s}));
     CCampaign loaded;
     const util::Outcome read = LoadCampaign(m_location, loaded);
     ASSERT_TRUE(read) << read.Reason().toStdString();
@@ -255,7 +255,7 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         SCOPED_TRACE(table);
         ASSERT_TRUE(campaign::CreateDatabase(m_location));
         Save(*built);
-        ASSERT_TRUE(testutil::Sql(m_location, {u"DROP TABLE \"%1\""_s.arg(QLatin1String(table))}));
+        ASSERT_TRUE(testutil::Sql(m_location, {uR"(DROP TABLE "%1")"_s.arg(QLatin1String(table))}));
         CCampaign damaged;
         const util::Outcome read = LoadCampaign(m_location, damaged);
         ASSERT_FALSE(read);
@@ -266,7 +266,7 @@ TEST_P(CampaignStoreTest, ColumnsAndTablesNewerThanTheFileAreNotReadOthersMustBe
         EXPECT_TRUE(saved.Reason().contains("CDBAccessADO::Save"_L1 + table))
             << saved.Reason().toStdString();
         // The campaign row written before the failure went with it.
-        EXPECT_EQ(Rows("SELECT \"Name\" FROM \"Campaigns\""), QStringList{"Panel"});
+        EXPECT_EQ(Rows(R"(SELECT "Name" FROM "Campaigns")"), QStringList{"Panel"});
     }
 }
 
