@@ -658,7 +658,7 @@ TEST_P(MigrationsTest, AFailingStepStopsTheRestAndKeepsTheEarlierOnes) {
              .arg(Bool(true)));
     const util::Outcome again = MigrateDatabase(db, u"5.2.3.6"_s);
     ASSERT_TRUE(again) << again.Reason().toStdString();
-    EXPECT_EQ(Value(db, "SELECT \"AddNoNewQuestions\" FROM \"Volumes\""), Bool(true));
+    EXPECT_EQ(Value(db, R"(SELECT "AddNoNewQuestions" FROM "Volumes")"), Bool(true));
     EXPECT_TRUE(db.HasTable(u"Tags"_s));
 }
 
@@ -668,13 +668,13 @@ TEST_P(MigrationsTest, AStepThatFailsHalfWayLeavesItsTableAsItWas) {
     InsertCampaign(db);
     // Too long for the Text(255) that the last step makes of it.
     const QString longText(300, u'x');
-    Exec(db, u"UPDATE \"Versions\" SET \"ShortCaption\" = '%1'"_s.arg(longText));
+    Exec(db, uR"(UPDATE "Versions" SET "ShortCaption" = '%1')"_s.arg(longText));
     ExpectFailedIn(MigrateDatabase(db, u"5,6,0,0"_s), "CVersionsRSAdo::MoveTo5_6_1_0");
     // The step before it stays applied.
-    EXPECT_TRUE(db.Exec(u"UPDATE \"QuestionCaptions\" SET \"LongCaption\" = ''"_s));
+    EXPECT_TRUE(db.Exec(uR"(UPDATE "QuestionCaptions" SET "LongCaption" = '')"_s));
     // Its own first change, the long caption becoming a memo, is undone with it.
-    EXPECT_FALSE(db.Exec(u"UPDATE \"Versions\" SET \"LongCaption\" = '%1'"_s.arg(longText)));
-    EXPECT_EQ(Value(db, "SELECT \"ShortCaption\" FROM \"Versions\""), longText);
+    EXPECT_FALSE(db.Exec(uR"(UPDATE "Versions" SET "LongCaption" = '%1')"_s.arg(longText)));
+    EXPECT_EQ(Value(db, R"(SELECT "ShortCaption" FROM "Versions")"), longText);
     EXPECT_EQ(testutil::TableNames(db).size(), 14);
 }
 
@@ -689,7 +689,7 @@ TEST_P(MigrationsTest, AnotherProgramWritingIsWaitedFor) {
         Connection writer;
         util::sql::Transaction transaction(writer);
         EXPECT_TRUE(writer.Open(location) && transaction.Begin() &&
-                    writer.Exec(u"DELETE FROM \"Questions\" WHERE 1 = 0"_s));
+                    writer.Exec(uR"(DELETE FROM "Questions" WHERE 1 = 0)"_s));
         holding = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(1500));
         EXPECT_TRUE(transaction.Commit());
@@ -717,7 +717,7 @@ TEST_P(MigrationsTest, TheRepairRunsOnlyForDatabasesOlderThanIt) {
         Make(db, broken);
         InsertCampaign(db);
         ASSERT_TRUE(MigrateDatabase(db, QLatin1String(c.from))) << c.from;
-        EXPECT_EQ(bool(db.Exec(u"UPDATE \"Questions\" SET \"Versions\" = ''"_s)), c.repaired)
+        EXPECT_EQ(bool(db.Exec(uR"(UPDATE "Questions" SET "Versions" = '')"_s)), c.repaired)
             << c.from;
     }
 }
