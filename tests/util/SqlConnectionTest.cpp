@@ -84,6 +84,7 @@ TEST_P(SqlConnectionTest, TablesColumnsInsertsAndUpserts) {
     ASSERT_TRUE(row.Row(2, QVariant(), u"é \U0001F600"_s));
     EXPECT_FALSE(row.Row(2, 20, u"again"_s)) << "a duplicate key is refused";
     EXPECT_FALSE(row.Result().Reason().isEmpty());
+    EXPECT_EQ(Rows(), (QStringList{u"1|10|"_s, u"2|null|é \U0001F600"_s}));
 
     Inserter upsert(m_db,
                     m_db.InsertOrReplace(u"Items"_s, {u"Id"_s, u"Order"_s, u"Text"_s}, {u"Id"_s}));
