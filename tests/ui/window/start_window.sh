@@ -40,8 +40,9 @@ for wayland in "" gone-away; do
     { echo "WAYLAND_DISPLAY='$wayland', no DISPLAY: status $status"; cat "$dir/none.err"; exit 1; }
 done
 
-# A real X server.
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$dir/display" 2>"$dir/xvfb.err" &
+# A real X server. Without -noreset it starts over each time its last client leaves, and a
+# client that comes during that moment is refused: the program, right after xwininfo below.
+Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 -nolisten tcp 3>"$dir/display" 2>"$dir/xvfb.err" &
 xvfb=$!
 wait_for 100 "$xvfb" test -s "$dir/display" || { echo "Xvfb did not start"; cat "$dir/xvfb.err"; exit 1; }
 DISPLAY=":$(cat "$dir/display")"
