@@ -17,7 +17,16 @@ CaptionGroups::CaptionGroups(const CQuestionnaire& q, const CaptionList& caption
     m_byKey.reserve(captions.size());
     for (qsizetype k = 0; k < captions.size(); ++k) {
         const qint32 questionId = captions.questionIds[k];
-        m_byKey.insert(Key(questionId, captions.responseIds[k]), k);
+        const quint64 key = Key(questionId, captions.responseIds[k]);
+        if (const auto it = m_byKey.find(key); it != m_byKey.end()) {
+            QList<qsizetype>& listings = m_listings[key];
+            if (listings.isEmpty())
+                listings.append(*it);
+            listings.append(k);
+            *it = k;
+        } else {
+            m_byKey.insert(key, k);
+        }
         m_texts.push_back(questionId == kSystemMessageMarker
                               ? nullptr
                               : FindCaptionTexts(q, questionId, captions.responseIds[k]));
@@ -66,10 +75,18 @@ void CaptionGroups::Moved(qsizetype k, const QString& before) {
     const QString after = Text(k);
     if (after == before)
         return;
+    // A caption listed twice has one reference text: a listing left behind would still be
+    // matched by its old text and missed by its new one.
+    const auto repeated =
+        m_listings.constFind(Key(m_captions.questionIds[k], m_captions.responseIds[k]));
+    const QList<qsizetype> listings =
+        repeated == m_listings.cend() ? QList<qsizetype>{k} : *repeated;
     QList<qsizetype>& old = m_byText[before].captions;
-    old.erase(std::lower_bound(old.begin(), old.end(), k));
+    for (qsizetype listing : listings)
+        old.erase(std::lower_bound(old.begin(), old.end(), listing));
     QList<qsizetype>& now = m_byText[after].captions;
-    now.insert(std::lower_bound(now.begin(), now.end(), k), k);
+    for (qsizetype listing : listings)
+        now.insert(std::lower_bound(now.begin(), now.end(), listing), listing);
 }
 
 } // namespace exchange

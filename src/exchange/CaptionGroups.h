@@ -45,8 +45,9 @@ public:
     // Where caption k's texts live, found once: null for system messages and unknown ids.
     const CLocalisedText* Texts(qsizetype k) const { return m_texts[size_t(k)]; }
     qint32 Reference() const { return m_reference; }
-    // Called after caption k's reference text may have changed from `before`. Groups are never
-    // kept in step when reference texts can change.
+    // Called after caption k's reference text may have changed from `before`: the caption moves
+    // to its new group under every listing of it. Groups are never kept in step when reference
+    // texts can change.
     void Moved(qsizetype k, const QString& before);
 
 private:
@@ -59,6 +60,8 @@ private:
     QHash<QString, Group> m_byText;
     std::vector<const CLocalisedText*> m_texts; // by caption
     QHash<quint64, qsizetype> m_byKey;          // caption by its ids
+    // The captions the list names more than once: all their listings, in list order.
+    QHash<quint64, QList<qsizetype>> m_listings;
 };
 
 } // namespace exchange

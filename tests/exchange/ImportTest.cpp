@@ -415,6 +415,37 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
     const QList<QList<qint32>> layouts = {{kEnglish, kFrench, kGerman, 1040},
                                           {kEnglish, kFrench, kEnglish, kGerman},
                                           {kEnglish, kGerman, kGerman, kFrench}};
+    auto check = [&](const CQuestionnaire& q, const questionnaire::CaptionList& captions,
+                     const QList<qint32>& layout, const QString& file, int round) {
+        CQuestionnaire expected = q;
+        const qint32 count = CopyIdenticalByTheRule(expected, captions, layout, kEnglish, file);
+        m_q = q;
+        m_captions = captions;
+        m_options.copyIdentical = true;
+        m_options.languages = languages;
+        m_options.explicitLanguages = layout;
+        EXPECT_EQ(Import(file), count) << "round " << round;
+        EXPECT_TRUE(m_q == expected) << "round " << round;
+    };
+    {
+        // A caption listed twice whose source a row rewrites is matched under both listings by
+        // its new source; the second listing decodes the cell once more than the first.
+        CQuestionnaire q;
+        for (qint32 lcid : languages)
+            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
+        q.SetDefaultLanguage(kEnglish);
+        for (int id = 1; id <= 2; ++id) {
+            auto question = std::make_unique<CQuestion>(id, u"Q%1"_s.arg(id));
+            question->SetLocalisedLongCaption(kEnglish, u"x"_s);
+            q.AddQuestion(std::move(question));
+        }
+        const questionnaire::CaptionList captions{{1, 2, 1}, {-1, -1, -1}};
+        check(q, captions, {kEnglish, kFrench, kEnglish},
+              u"QuestionId\tResponseId\tE\tF\tE\r\n1\t-1\tx\t\ty\r\n"
+              "2\t-1\ty\t\\\\\\\\\t\r\n"_s,
+              -1);
+        EXPECT_EQ(Caption(1, -1, kFrench), u"\\"_s);
+    }
     for (int round = 0; round < 60; ++round) {
         CQuestionnaire q;
         for (qint32 lcid : languages)
@@ -455,15 +486,7 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
                 file += QLatin1Char('\t') + text(4);
             file += u"\r\n"_s;
         }
-        CQuestionnaire expected = q;
-        const qint32 count = CopyIdenticalByTheRule(expected, captions, layout, kEnglish, file);
-        m_q = q;
-        m_captions = captions;
-        m_options.copyIdentical = true;
-        m_options.languages = languages;
-        m_options.explicitLanguages = layout;
-        EXPECT_EQ(Import(file), count) << "round " << round;
-        EXPECT_TRUE(m_q == expected) << "round " << round;
+        check(q, captions, layout, file, round);
     }
 }
 
