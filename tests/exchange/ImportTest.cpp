@@ -415,6 +415,13 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
     const QList<QList<qint32>> layouts = {{kEnglish, kFrench, kGerman, 1040},
                                           {kEnglish, kFrench, kEnglish, kGerman},
                                           {kEnglish, kGerman, kGerman, kFrench}};
+    auto languagesOnly = [&] {
+        CQuestionnaire q;
+        for (qint32 lcid : languages)
+            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
+        q.SetDefaultLanguage(kEnglish);
+        return q;
+    };
     auto check = [&](const CQuestionnaire& q, const questionnaire::CaptionList& captions,
                      const QList<qint32>& layout, const QString& file, int round) {
         CQuestionnaire expected = q;
@@ -430,10 +437,7 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
     {
         // A caption listed twice whose source a row rewrites is matched under both listings by
         // its new source; the second listing decodes the cell once more than the first.
-        CQuestionnaire q;
-        for (qint32 lcid : languages)
-            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
-        q.SetDefaultLanguage(kEnglish);
+        CQuestionnaire q = languagesOnly();
         for (int id = 1; id <= 2; ++id) {
             auto question = std::make_unique<CQuestion>(id, u"Q%1"_s.arg(id));
             question->SetLocalisedLongCaption(kEnglish, u"x"_s);
@@ -447,10 +451,7 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
         EXPECT_EQ(Caption(1, -1, kFrench), u"\\"_s);
     }
     for (int round = 0; round < 60; ++round) {
-        CQuestionnaire q;
-        for (qint32 lcid : languages)
-            q.AddLanguage(std::make_unique<CLanguage>(quint32(lcid)));
-        q.SetDefaultLanguage(kEnglish);
+        CQuestionnaire q = languagesOnly();
         for (int id = 1; id <= 12; ++id) {
             auto question = std::make_unique<CQuestion>(id, u"Q%1"_s.arg(id));
             for (qint32 lcid : languages)
