@@ -443,7 +443,7 @@ TEST_F(ImportTest, CopyIdenticalDoesWhatTheRuleDoesRowByRow) {
             question->SetLocalisedLongCaption(kEnglish, u"x"_s);
             q.AddQuestion(std::move(question));
         }
-        const questionnaire::CaptionList captions{{1, 2, 1}, {-1, -1, -1}};
+        const questionnaire::CaptionList captions{{1, 2, 1}, {-1, -1, -1}, {}};
         check(q, captions, {kEnglish, kFrench, kEnglish},
               u"QuestionId\tResponseId\tE\tF\tE\r\n1\t-1\tx\t\ty\r\n"
               "2\t-1\ty\t\\\\\\\\\t\r\n"_s,
