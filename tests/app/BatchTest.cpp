@@ -180,10 +180,11 @@ TEST_F(BatchProcessTest, RunsEndWithTheirResultAndWriteOnlyWhatTheyShould) {
         }
         // The files themselves are checked against the other programs by the XLIFF and TMX
         // tests; here, that the run chose the right writer.
-        if (r.file && r.holds)
+        if (r.file && r.holds) {
             EXPECT_TRUE(testutil::ReadAll(Path(QLatin1String(r.file))).contains(r.holds));
-        else if (r.file)
+        } else if (r.file) {
             EXPECT_FALSE(QFileInfo::exists(Path(QLatin1String(r.file))));
+        }
     }
     // What the import and the added languages saved.
     CQuestionnaire q;

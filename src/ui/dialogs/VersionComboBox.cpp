@@ -14,12 +14,6 @@
 
 namespace ui {
 
-namespace {
-
-constexpr int kIdRole = Qt::UserRole;
-
-} // namespace
-
 VersionComboBox::VersionComboBox(QWidget* parent) : QComboBox(parent) {
     // A plain item delegate draws the check mark each item carries; the menu-like one of some
     // styles would show the current item instead.
